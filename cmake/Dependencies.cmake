@@ -1,0 +1,16 @@
+# What the libraries stand on. Every dependency is an imported target named here once.
+find_package(PkgConfig REQUIRED)
+find_package(TBB REQUIRED)
+find_package(fmt REQUIRED)
+find_package(PNG REQUIRED)
+find_package(JPEG REQUIRED)
+pkg_check_modules(LCMS2 REQUIRED IMPORTED_TARGET lcms2)
+pkg_check_modules(AGG REQUIRED IMPORTED_TARGET libagg)
+
+if(RENDERER_BUILD_TOOLS)
+  find_package(pugixml REQUIRED)
+  find_package(CLI11 REQUIRED)
+endif()
+if(RENDERER_BUILD_TESTS)
+  find_package(GTest REQUIRED)
+endif()

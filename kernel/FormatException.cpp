@@ -1,0 +1,7 @@
+#include <kernel/FormatException.h>
+
+namespace Kernel {
+
+FormatException::~FormatException() = default;
+
+} // namespace Kernel
