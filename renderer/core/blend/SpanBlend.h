@@ -1,0 +1,31 @@
+#pragma once
+
+#include <array>
+
+#include <renderer/paint/FillBlendMode.h>
+
+namespace Renderer {
+
+/// The blend functions of one pixel format and one mode: they composite a scratch span of
+/// premultiplied pixels into a row of the destination.
+///
+/// With S the scratch pixel, c the coverage byte and m the mask byte (255 where there is no mask), the
+/// source is S scaled by (c/255)^ratio · m/255; it is composited over the backdrop by the mode's
+/// formula, with premultiplied storage.
+struct SpanBlend
+{
+    /// One coverage for the whole span.
+    using RunFunction = void (*)(void* destination, const unsigned char* mask, const void* scratch,
+                                 unsigned char cover, double gammaRatio, unsigned length);
+    /// A coverage byte per pixel.
+    using MaskFunction = void (*)(void* destination, const unsigned char* mask, const void* scratch,
+                                  const unsigned char* covers, double gammaRatio, unsigned length);
+
+    RunFunction run = nullptr;
+    MaskFunction mask = nullptr;
+};
+
+/// One entry per blend mode; spans use the first FillBlendMode::SpanModeCount, composite groups all.
+using SpanBlendTable = std::array<SpanBlend, 33>;
+
+} // namespace Renderer

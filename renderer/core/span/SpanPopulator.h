@@ -1,0 +1,23 @@
+#pragma once
+
+#include <kernel/Countable.h>
+#include <kernel/Counted.h>
+
+namespace Renderer {
+
+/// One step of the span pipeline: a colour populator writes or changes the scratch pixels of a span, a
+/// transparency populator scales their alpha.
+struct SpanPopulator
+{
+    /// \param context what the populator was made with.
+    /// \param scratch the span's pixels, premultiplied, in the format of the target.
+    /// \param x, y the page's device pixel where the span begins.
+    using Function = void (*)(void* context, void* scratch, int x, int y, unsigned length);
+
+    Function function = nullptr;
+    void* context = nullptr;
+    /// Keeps the context alive; empty when the maker does.
+    Kernel::Counted<const Kernel::Countable> owner;
+};
+
+} // namespace Renderer

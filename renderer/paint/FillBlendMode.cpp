@@ -1,0 +1,36 @@
+#include <renderer/paint/FillBlendMode.h>
+
+#include <array>
+
+namespace Renderer {
+
+namespace {
+
+struct Row
+{
+    const char* name;
+    bool common; // known to other programs' documents
+};
+
+constexpr std::array<Row, 32> Rows{{
+    {"Normal", true},      {"Darken", true},      {"DarkerColor", true},  {"Multiply", true},
+    {"ColorBurn", true},   {"LinearBurn", true},  {"Lighten", true},      {"LighterColor", true},
+    {"Screen", true},      {"ColorDodge", true},  {"Add", false},         {"Overlay", true},
+    {"SoftLight", true},   {"HardLight", true},   {"VividLight", false},  {"PinLight", false},
+    {"LinearLight", false}, {"HardMix", false},   {"Difference", true},   {"Exclusion", true},
+    {"Subtract", false},   {"Hue", true},         {"Saturation", true},   {"Luminosity", true},
+    {"Color", true},       {"Average", false},    {"Negation", false},    {"Reflect", false},
+    {"Glow", false},       {"ContrastInvert", false}, {"Erase", false},   {"Mask", false},
+}};
+
+} // namespace
+
+Kernel::String FillBlendMode::ToString(BlendMode mode, bool restricted)
+{
+    const auto index = static_cast<unsigned>(mode);
+    if (index >= Rows.size() || (restricted && !Rows[index].common))
+        return {};
+    return Rows[index].name;
+}
+
+} // namespace Renderer
