@@ -1,0 +1,72 @@
+#pragma once
+
+#include <kernel/Counted.h>
+#include <kernel/Rect.h>
+#include <raster/DynamicBuffer.h>
+#include <renderer/Export.h>
+#include <renderer/core/RenderTarget.h>
+
+namespace Renderer {
+
+/// Which buffers a bitmap target has attached, so that one target can serve several in turn.
+struct BufferState
+{
+    Kernel::Counted<Raster::DynamicBuffer> buffer; ///< empty when none is attached
+    Kernel::RectT<int> rect{};                     ///< the part of the page that it shows
+    Kernel::RectT<int> deviceClip{};
+};
+
+/// The target that draws pixels into a buffer.
+///
+/// Device coordinates are the page's: a pixel (x, y) covers [x, x+1) × [y, y+1).
+class RENDERER_EXPORT BitmapRenderTarget : public RenderTarget
+{
+public:
+    /// Makes a target without a buffer for one of the formats RGBA8, RGBA16, IA8, IA16, CMYKA8,
+    /// LABA16, RGBAUF.
+    /// \return null for other formats. The raw pointer goes straight into a Counted.
+    static BitmapRenderTarget* Create(Raster::Format format,
+                                      Raster::ICCManager::ICCProfileSet profiles);
+
+    ~BitmapRenderTarget() override;
+
+    /// Makes a transparent buffer of the target's format and attaches it at (0, 0).
+    /// \return false, with the target as it was, when the buffer cannot be had.
+    virtual bool CreateBuffer(unsigned width, unsigned height) = 0;
+    /// Draws into a caller's buffer from now on, limited to \p rect of the page, which becomes the
+    /// device clip. A buffer that holds the rectangle at its own coordinates shows the page from
+    /// (0, 0); any other buffer of at least the rectangle's size shows the page from the rectangle's
+    /// left top corner.
+    /// \return false, with the target as it was, for a buffer of another format or too small a one.
+    virtual bool AttachBuffer(Kernel::Counted<Raster::DynamicBuffer> buffer,
+                              Kernel::RectT<int> rect) = 0;
+    /// Releases every attached buffer; the device clip becomes (0, 0, 0, 0).
+    virtual void DetachBuffer() = 0;
+    /// The destination buffer; empty when none is attached.
+    virtual Kernel::Counted<Raster::DynamicBuffer> GetBuffer() const = 0;
+    /// The buffer that drawing goes to at present: the destination or that of the innermost group.
+    virtual Kernel::Counted<Raster::DynamicBuffer> GetCurrentBuffer() const = 0;
+    /// The one-channel mask that scales what is drawn; empty when there is none.
+    virtual Kernel::Counted<Raster::DynamicBuffer> GetCurrentMaskBuffer() const = 0;
+    virtual BufferState GetBufferState() const = 0;
+    /// Attaches what a state says. \return false when its buffer has another format.
+    virtual bool SetBufferState(BufferState state) = 0;
+    /// The gamma of coverage: a pixel covered by c gets c^gamma. 1 by default.
+    virtual void SetGamma(double gamma) = 0;
+    /// Registers a rectangle that a filter of the host shows live; overlapping ones are merged.
+    virtual void PushLiveFilters(Kernel::RectT<int> rect) = 0;
+    virtual void PopLiveFilters() = 0;
+
+    Kernel::Counted<RenderTarget> PushSubRender(const Kernel::RectT<double>& bounds,
+                                                Raster::Format format,
+                                                const Raster::ICCManager::ICCProfileSet& profiles) override;
+    void PopSubRender(Kernel::Consolidated<Colour> matte) override;
+
+protected:
+    BitmapRenderTarget();
+
+private:
+    Kernel::Counted<BitmapRenderTarget> m_subRender;
+};
+
+} // namespace Renderer

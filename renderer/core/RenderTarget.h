@@ -1,0 +1,451 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include <geometry/GlyphMetrics.h>
+#include <geometry/GlyphPosition.h>
+#include <geometry/PolyCurve.h>
+#include <geometry/PolyPolyCurve.h>
+#include <geometry/Polygon.h>
+#include <geometry/WindingOrderMode.h>
+#include <kernel/Consolidated.h>
+#include <kernel/Countable.h>
+#include <kernel/Counted.h>
+#include <kernel/Font.h>
+#include <kernel/NonCounted.h>
+#include <kernel/Point.h>
+#include <kernel/Rect.h>
+#include <raster/AffineTransform.h>
+#include <raster/DynamicBitmap.h>
+#include <raster/DynamicBuffer.h>
+#include <raster/Format.h>
+#include <raster/ICCManager.h>
+#include <renderer/Export.h>
+#include <renderer/core/RenderingFilter.h>
+#include <renderer/paint/BlendOptions.h>
+#include <renderer/paint/Colour.h>
+#include <renderer/paint/FillBlendMode.h>
+#include <renderer/paint/FillDescriptorConst.h>
+#include <renderer/paint/LineStyleDescriptorConst.h>
+
+namespace Raster {
+class ColourTransform;
+}
+
+namespace Renderer {
+
+class FileExportOptions;
+class FilterEffectsContext;
+using Raster::ColourTransform;
+
+/// A set of poly-curves, each with its own transform.
+using ConstPolyPolyCurve = Geometry::ConstPolyPolyCurveDblT<Raster::AffineTransform>;
+using PolyPolygon = Geometry::PolyPolygonType<double>;
+
+/// The abstract drawing surface: everything draws through it, and each target turns the same calls
+/// into another product.
+///
+/// Geometry arrives in logical coordinates. The current transform, which maps them to device
+/// coordinates (pixels, y downwards), is the world transform followed by the log-to-device
+/// transform. A second stack holds the scalar transform, which scales stroke weights and other sizes
+/// that have no direction.
+///
+/// A target is driven by one thread at a time; only the abort flag may be written by others. Drawing
+/// calls fail silently: what cannot be drawn is left out. Pushes nest and are popped in reverse
+/// order; unbalanced pops are a caller's error.
+///
+/// In all drawing calls \p opacity runs from 0 to 1 (not above 0 or NaN: nothing is drawn), \p fill,
+/// \p transparency and \p lineFill may be empty, and the transparency scales what is drawn by its own
+/// alpha. The two trailing flags of the curve and polygon calls switch anti-aliasing on for drawing
+/// without and with clip paths respectively.
+class RENDERER_EXPORT RenderTarget : public Kernel::Countable
+{
+public:
+    /// How a pushed transform affects the scalar transform.
+    enum class TransformScalarMode
+    {
+        Concatenate = 0, ///< it also applies to the scalar transform
+        Inherit = 1,     ///< the scalar transform stays as it was
+        Reset = 2,       ///< the scalar transform becomes the identity
+    };
+
+    /// How the buffer of a composite group starts.
+    enum class CompositeInit
+    {
+        Clear = 0,
+        ClearOnTouch = 1,       ///< as Clear, but cleared tile by tile when first drawn on
+        CopyBackdrop = 2,       ///< with the pixels below the group
+        CopyBackdropColour = 3, ///< with the colour of the pixels below and alpha 0
+    };
+
+    /// A tag for a run of calls that belong together for an exporter.
+    enum class LogicalGroup
+    {
+        Layer = 0,
+        Group = 1,
+        Object = 2,
+        Other = 3,
+    };
+
+    using ColourTransforms = std::vector<Kernel::Counted<const ColourTransform>>;
+
+    ~RenderTarget() override;
+
+    /// Sets or clears the abort flag, through the abort pointer. Any thread may call it.
+    virtual void SetAbort(bool abort);
+
+    /// The device expansion tolerance in logical units: divided by the scale
+    /// sqrt(((m00+m01)² + (m10+m11)²)/2) of the current transform, or by 1 where that is not above
+    /// 1e-128.
+    virtual double GetLogicalExpansionTolerance() const;
+
+    /// \name Drawing
+    /// @{
+
+    /// Draws a path: its fill, and its stroke when \p lineStyle is visible.
+    virtual void DrawPolyCurve(Kernel::Counted<const Geometry::PolyCurveDbl> curve, float opacity,
+                               FillBlendMode::BlendMode mode, const BlendOptions& options,
+                               const FillDescriptorConst& fill,
+                               const FillDescriptorConst& transparency,
+                               const FillDescriptorConst& lineFill,
+                               const LineStyleDescriptorConst& lineStyle,
+                               Geometry::WindingOrderMode winding, bool antialias,
+                               bool antialiasUnderClip) = 0;
+
+    /// Draws each path of the set in turn, placed by its own transform, until aborted.
+    virtual void DrawPolyPolyCurve(Kernel::Counted<const ConstPolyPolyCurve> curves, float opacity,
+                                   FillBlendMode::BlendMode mode, const BlendOptions& options,
+                                   const FillDescriptorConst& fill,
+                                   const FillDescriptorConst& transparency,
+                                   const FillDescriptorConst& lineFill,
+                                   const LineStyleDescriptorConst& lineStyle,
+                                   Geometry::WindingOrderMode winding, bool antialias,
+                                   bool antialiasUnderClip);
+
+    /// Fills polygons.
+    virtual void DrawPolyPolygon(Kernel::Counted<const PolyPolygon> polygons, float opacity,
+                                 FillBlendMode::BlendMode mode, const BlendOptions& options,
+                                 const FillDescriptorConst& fill,
+                                 const FillDescriptorConst& transparency,
+                                 Geometry::WindingOrderMode winding, bool antialias,
+                                 bool antialiasUnderClip) = 0;
+
+    /// Strokes open polylines with \p fill as the paint.
+    virtual void DrawPolyPolyline(Kernel::Counted<const PolyPolygon> polylines, float opacity,
+                                  FillBlendMode::BlendMode mode, const BlendOptions& options,
+                                  const FillDescriptorConst& fill,
+                                  const FillDescriptorConst& transparency,
+                                  const LineStyleDescriptorConst& lineStyle) = 0;
+
+    /// Draws glyphs at \p origin plus their positions; those outside the clip are skipped.
+    /// \param positions one per glyph, in logical units; null lays the glyphs out by their advances.
+    /// \param antialias as the first flag of the curve calls.
+    virtual void DrawGlyphMetrics(
+        Kernel::PointT<double> origin,
+        const std::vector<Kernel::Counted<const Geometry::GlyphMetrics>>& glyphs,
+        const Kernel::Font& font, double size, const Geometry::GlyphPosition* positions,
+        float opacity, FillBlendMode::BlendMode mode, const BlendOptions& options,
+        const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
+        const FillDescriptorConst& lineFill, const LineStyleDescriptorConst& lineStyle,
+        bool antialias);
+
+    /// Draws a bitmap into a rectangle, magnified by the target's up resampler.
+    /// \param antialiasUnderClip whether the edges are anti-aliased under clip paths.
+    virtual void DrawBitmap(const Kernel::RectT<double>& dest,
+                            Kernel::Counted<const Raster::DynamicBitmap> bitmap, float opacity,
+                            FillBlendMode::BlendMode mode, const BlendOptions& options,
+                            bool antialiasUnderClip = false);
+
+    /// Draws a buffer into a rectangle; targets without pixels ignore it.
+    virtual void DrawBuffer(const Kernel::RectT<double>& dest,
+                            Kernel::Counted<const Raster::DynamicBuffer> buffer, float opacity,
+                            FillBlendMode::BlendMode mode, const BlendOptions& options,
+                            bool antialiasUnderClip = false);
+
+    /// Moves every pixel of the clip towards the paint, alpha included, by opacity times the
+    /// transparency's alpha.
+    virtual void Interpolate(float opacity, FillBlendMode::BlendMode mode,
+                             const BlendOptions& options, const FillDescriptorConst& fill,
+                             const FillDescriptorConst& transparency) = 0;
+
+    /// Floods the device clip with the paint; without a device clip, everything.
+    virtual void Blend(float opacity, FillBlendMode::BlendMode mode, const BlendOptions& options,
+                       const FillDescriptorConst& fill, const FillDescriptorConst& transparency);
+
+    /// Makes the device clip transparent.
+    virtual void Clear() = 0;
+    /// @}
+
+    /// \name Groups and effects
+    /// @{
+
+    /// Between the two, only alpha is drawn.
+    virtual void PushAlphaChannelOnly() = 0;
+    virtual void PopAlphaChannelOnly() = 0;
+
+    /// Splits a list of effects into lists that the target can run one after another within
+    /// \p bounds (logical) and appends them to \p parts.
+    virtual void
+    SplitFilterEffects(Kernel::Counted<const FilterEffectsContext> effects,
+                       Kernel::RectT<double> bounds,
+                       std::vector<Kernel::Counted<const FilterEffectsContext>>& parts) = 0;
+    /// Opens a layer that the effects are applied to when it is popped.
+    /// \return false when the target cannot run them; the caller then draws directly and pops
+    ///         nothing.
+    virtual bool PushFilterEffects(Kernel::Counted<const FilterEffectsContext> effects,
+                                   Kernel::RectT<double> bounds) = 0;
+    virtual void PopFilterEffects() = 0;
+    /// Says which parts of a layer its effects will need.
+    virtual void PushFilterEffectsSupport(bool needsContent, bool needsShape, bool needsBackdrop,
+                                          bool knocksOut, bool clipsToShape,
+                                          FillBlendMode::BlendMode mode,
+                                          const BlendOptions& options, double opacity) = 0;
+    virtual void PopFilterEffectsSupport() = 0;
+
+    /// Opens a group that is drawn into a buffer of its own and composited as one object when it is
+    /// popped. Clip paths that are in force apply to the group as a whole.
+    virtual void PushComposite(CompositeInit init, FillBlendMode::BlendMode mode,
+                               const BlendOptions& options, float opacity) = 0;
+    /// Closes the group: its alpha scales \p fill, which is painted.
+    virtual void PopCompositeAsTransparency(const FillDescriptorConst& fill,
+                                            const FillDescriptorConst& transparency) = 0;
+    /// Closes the group and paints it; a fill that is not empty is painted over it within its alpha
+    /// first, and \p transparency scales it.
+    virtual void PopCompositeAsFill(const FillDescriptorConst& fill,
+                                    const FillDescriptorConst& transparency) = 0;
+    /// Closes the group and interpolates towards it.
+    virtual void PopCompositeAsFillAndInterpolate(const FillDescriptorConst& fill) = 0;
+    /// Closes the group and interpolates towards \p fill by its alpha.
+    virtual void PopCompositeAsTransparencyAndInterpolate(const FillDescriptorConst& fill) = 0;
+
+    /// Between the two, what is drawn is scaled by a mask that covers \p bounds (logical).
+    virtual void PushClippingMask(const Kernel::RectT<double>& bounds,
+                                  Kernel::Counted<const Raster::DynamicBuffer> mask);
+    virtual void PopClippingMask();
+
+    /// Opens a separate target of another format for the part \p bounds (logical); empty when the
+    /// target has none, and then nothing is to be popped.
+    virtual Kernel::Counted<RenderTarget>
+    PushSubRender(const Kernel::RectT<double>& bounds, Raster::Format format,
+                  const Raster::ICCManager::ICCProfileSet& profiles);
+    /// Draws the separate target back, matted with a colour.
+    virtual void PopSubRender(Kernel::Consolidated<Colour> matte);
+    /// @}
+
+    /// \name Clips
+    /// @{
+
+    /// Narrows the clip to the inside of a path; nested clips multiply.
+    virtual void PushClipPath(Kernel::Counted<const PolyPolygon> polygons,
+                              Geometry::WindingOrderMode winding) = 0;
+    virtual void PushClipCurvesPath(Kernel::Counted<const Geometry::PolyCurveDbl> curve,
+                                    Geometry::WindingOrderMode winding) = 0;
+    virtual void PushClipPolyCurvesPath(Kernel::Counted<const ConstPolyPolyCurve> curves,
+                                        Geometry::WindingOrderMode winding) = 0;
+    virtual void PopClipPath() = 0;
+    /// Clip paths pushed between these two are united and count as one clip from the pop on; it is
+    /// removed by PopClipPath.
+    virtual void PushClipPathGroup() = 0;
+    virtual void PopClipPathGroup() = 0;
+    virtual bool HasClipPaths() const = 0;
+    /// Narrows the device clip to a rectangle in logical coordinates.
+    virtual void PushLogicalDeviceClip(Kernel::RectT<double> rect) = 0;
+    virtual void PopDeviceClip() = 0;
+    /// @}
+
+    /// \name State
+    /// @{
+    virtual void SetLogToDevTransform(Raster::AffineTransform::Params transform);
+    virtual void SetWorldTransform(Raster::AffineTransform::Params transform);
+    /// Puts a transform in front of the world transform: it acts in local coordinates.
+    /// \param scalar what is put in front of the scalar transform.
+    virtual void PushTransform(Raster::AffineTransform::Params transform,
+                               Raster::AffineTransform::Params scalar);
+    virtual void PushTransform(Raster::AffineTransform::Params transform, TransformScalarMode mode);
+    virtual void PopTransform();
+
+    virtual void PushLogicalGroup(LogicalGroup group);
+    virtual void PopLogicalGroup();
+
+    virtual void SetColourFormatAndProfiles(Raster::Format format,
+                                            Raster::ICCManager::ICCProfileSet profiles);
+
+    /// Colour adjustments act on every colour that is drawn, in the order of the list.
+    virtual void PushColourTransform(Kernel::Counted<ColourTransform> transform) = 0;
+    virtual void PopColourTransform() = 0;
+    virtual void SetColourTransforms(const ColourTransforms& transforms) = 0;
+    virtual ColourTransforms GetColourTransforms() const = 0;
+
+    virtual void SetUpResamplerType(Raster::ResamplerType type);
+    virtual void SetDownResamplerType(Raster::ResamplerType type);
+
+    virtual void PushExportOptions(Kernel::NonCounted<const FileExportOptions> options);
+    virtual void PopExportOptions();
+
+    virtual void SetRenderingFilter(Kernel::Counted<RenderingFilter> filter);
+    virtual Kernel::Counted<const RenderingFilter> GetRenderingFilter() const;
+
+    virtual void PushRenderable(Kernel::NonCounted<const Renderable> renderable);
+    virtual void PopRenderable();
+
+    /// Puts a colour below everything that is drawn so far.
+    virtual void Matte(Kernel::Consolidated<Colour> colour);
+
+    /// Whether bitmaps of another format than the target's may be given without conversion.
+    virtual bool IsAllowOtherFormatBitmaps() const;
+    virtual void SetIsSuppressAsserts(bool suppress);
+    virtual void SetIsAllowDegradedBitmaps(bool allow);
+
+protected:
+    /// The weight of a stroke in device pixels.
+    virtual double GetLineWeightDevice(const LineStyleDescriptorConst& lineStyle) const;
+
+public:
+    bool IsSuppressAsserts() const { return true; }
+    bool IsAllowDegradedBitmaps() const { return m_allowDegradedBitmaps; }
+
+    double GetRasterizationScaleFactor() const { return m_rasterizationScaleFactor; }
+    /// Stores the factor; round-mid-pixel becomes the lowest bit of the factor rounded to nearest.
+    void SetRasterizationScaleFactor(double factor);
+    bool GetRoundMidPixel() const { return m_roundMidPixel; }
+
+    /// The largest distance in device pixels by which a flattened curve may leave the true one.
+    double GetDeviceExpansionTolerance() const { return m_deviceExpansionTolerance; }
+    void SetDeviceExpansionTolerance(double tolerance) { m_deviceExpansionTolerance = tolerance; }
+
+    bool IsFinalPass() const { return m_finalPass; }
+    void SetIsFinalPass(bool finalPass) { m_finalPass = finalPass; }
+    /// A final pass with a tolerance below a quarter of a pixel.
+    bool IsRetinaPass() const { return m_finalPass && m_deviceExpansionTolerance < 0.25; }
+
+    const Raster::AffineTransform::Params& GetLogToDevTransform() const { return m_logToDev; }
+    const Raster::AffineTransform::Params& GetWorldTransform() const { return m_world; }
+    const Raster::AffineTransform::Params& GetScalarTransform() const { return m_scalarStack.back(); }
+    /// The world transform, then the log-to-device transform.
+    Raster::AffineTransform::Params GetCurrentTransform() const;
+
+    /// The device clip; all members −2147483647 while it is unset.
+    const Kernel::RectT<int>& GetDeviceClip() const { return m_deviceClip; }
+    /// The device clip in logical coordinates (its box); unset stays unset.
+    Kernel::RectT<double> GetLogicalClip() const;
+    /// Whether a logical rectangle lies wholly inside the clip's box (\p wholly) or touches it. An
+    /// unset clip holds everything.
+    bool IsRectInClip(const Kernel::RectT<double>& rect, bool wholly) const;
+
+    const Raster::ICCManager::ICCProfileSet& GetProfiles() const { return m_profiles; }
+    /// The set's profile for the current colour format.
+    Kernel::Counted<const Raster::ICCProfile> GetProfile() const;
+    Raster::Format GetColourFormat() const { return m_colourFormat; }
+
+    bool GetAntialias() const { return m_antialias; }
+    void SetAntialias(bool antialias) { m_antialias = antialias; }
+    /// Whether clips and shapes are combined at sub-pixel accuracy, so that shapes which abut along a
+    /// clip leave no seam.
+    bool GetPerfectClipping() const { return m_perfectClipping; }
+    void SetPerfectClipping(bool perfect) { m_perfectClipping = perfect; }
+    bool GetDithering() const { return m_dithering; }
+    void SetDithering(bool dithering) { m_dithering = dithering; }
+    bool GetAllowEffects() const { return m_allowEffects; }
+    void SetAllowEffects(bool allow) { m_allowEffects = allow; }
+    bool GetPrefersVectorClips() const { return m_prefersVectorClips; }
+    void SetPrefersVectorClips(bool prefers) { m_prefersVectorClips = prefers; }
+
+    /// Whether the present work is to stop.
+    bool IsAborting() const;
+    /// The flag that is read and written; always accessed atomically (std::atomic_ref, relaxed).
+    bool* GetAbortingPointer() const { return m_abort; }
+    /// Shares a flag with others; null restores the target's own.
+    void SetAbortPointer(bool* flag) { m_abort = flag ? flag : &m_ownAbort; }
+
+    /// A caller's tag for the target.
+    int GetIndex() const { return m_index; }
+    void SetIndex(int index) { m_index = index; }
+
+    Raster::ResamplerType GetUpResamplerType() const { return m_upResampler; }
+    Raster::ResamplerType GetDownResamplerType() const { return m_downResampler; }
+
+    /// Whether the rendering filter lets an object through; true without a filter.
+    bool ShouldRender(Kernel::NonCounted<const Renderable> renderable) const;
+    /// The same for an object that holds others.
+    bool ShouldRenderContainer(Kernel::NonCounted<const Renderable> renderable) const;
+    /// @}
+
+    /// \name Conveniences
+    /// They fill in blend mode Normal, default options, no transparency, the even-odd rule and the
+    /// flags true, false. An empty line style descriptor draws no stroke.
+    /// @{
+    void DrawEllipse(const Kernel::RectT<double>& bounds, float opacity,
+                     const FillDescriptorConst& fill, const FillDescriptorConst& lineFill,
+                     const LineStyleDescriptorConst& lineStyle);
+    /// \param size the whole width and height.
+    void DrawEllipse(Kernel::PointT<double> centre, Kernel::PointT<double> size, float opacity,
+                     const FillDescriptorConst& fill, const FillDescriptorConst& lineFill,
+                     const LineStyleDescriptorConst& lineStyle);
+    void DrawCircle(Kernel::PointT<double> centre, double radius, float opacity,
+                    const FillDescriptorConst& fill, const FillDescriptorConst& lineFill,
+                    const LineStyleDescriptorConst& lineStyle);
+    void DrawLine(Kernel::PointT<double> from, Kernel::PointT<double> to, float opacity,
+                  const FillDescriptorConst& lineFill, const LineStyleDescriptorConst& lineStyle);
+    void DrawLine(double x1, double y1, double x2, double y2, float opacity,
+                  const FillDescriptorConst& lineFill, const LineStyleDescriptorConst& lineStyle);
+    void DrawRectangle(const Kernel::RectT<double>& rect, float opacity,
+                       const FillDescriptorConst& fill, const FillDescriptorConst& lineFill,
+                       const LineStyleDescriptorConst& lineStyle);
+    void DrawRectangle(double left, double top, double right, double bottom, float opacity,
+                       const FillDescriptorConst& fill, const FillDescriptorConst& lineFill,
+                       const LineStyleDescriptorConst& lineStyle);
+    void DrawPolyCurve(Kernel::Counted<const Geometry::PolyCurveDbl> curve, float opacity,
+                       const FillDescriptorConst& fill, const FillDescriptorConst& lineFill,
+                       const LineStyleDescriptorConst& lineStyle);
+    void DrawPolyPolyCurve(Kernel::Counted<const ConstPolyPolyCurve> curves, float opacity,
+                           const FillDescriptorConst& fill, const FillDescriptorConst& lineFill,
+                           const LineStyleDescriptorConst& lineStyle);
+    void DrawPolygon(const Geometry::PolygonType<double>& polygon, float opacity,
+                     const FillDescriptorConst& fill);
+    void DrawPolyline(const Geometry::PolygonType<double>& polyline, float opacity,
+                      const FillDescriptorConst& lineFill,
+                      const LineStyleDescriptorConst& lineStyle);
+    void DrawPolyPolygon(Kernel::Counted<const PolyPolygon> polygons, float opacity,
+                         const FillDescriptorConst& fill);
+    void DrawPolyPolyline(Kernel::Counted<const PolyPolygon> polylines, float opacity,
+                          const FillDescriptorConst& lineFill,
+                          const LineStyleDescriptorConst& lineStyle);
+    /// Narrows the clip to a logical rectangle, as a path.
+    void PushClipRectanglePath(const Kernel::RectT<double>& rect);
+    /// @}
+
+protected:
+    RenderTarget();
+    RenderTarget(const RenderTarget&) = delete;
+    RenderTarget& operator=(const RenderTarget&) = delete;
+
+    void SetDeviceClip(const Kernel::RectT<int>& clip) { m_deviceClip = clip; }
+
+private:
+    double m_rasterizationScaleFactor = 1.0;
+    bool m_roundMidPixel = true;
+    Kernel::Counted<RenderingFilter> m_renderingFilter;
+    double m_deviceExpansionTolerance = 1.0 / 3.0;
+    bool m_finalPass = true;
+    std::vector<Raster::AffineTransform::Params> m_transformStack;
+    std::vector<Raster::AffineTransform::Params> m_scalarStack;
+    Kernel::RectT<int> m_deviceClip = Kernel::RectT<int>::MakeUnset();
+    Raster::ICCManager::ICCProfileSet m_profiles;
+    Raster::Format m_colourFormat{};
+    bool m_antialias = true;
+    bool m_perfectClipping = false;
+    bool m_dithering = false;
+    bool m_allowEffects = true;
+    bool m_prefersVectorClips = false;
+    bool m_allowDegradedBitmaps = false;
+    Raster::AffineTransform::Params m_logToDev;
+    Raster::AffineTransform::Params m_world;
+    bool m_ownAbort = false;
+    bool* m_abort = &m_ownAbort;
+    int m_index = 0;
+    Raster::ResamplerType m_upResampler = Raster::ResamplerType::Bilinear;
+    Raster::ResamplerType m_downResampler = Raster::ResamplerType::Bilinear;
+};
+
+} // namespace Renderer
