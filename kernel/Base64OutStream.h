@@ -1,0 +1,3 @@
+#pragma once
+
+#include <kernel/EncodingOutStream.h> // defines Base64OutStream
