@@ -1,0 +1,7 @@
+#include <raster/ColourTransform.h>
+
+namespace Raster {
+
+ColourTransform::~ColourTransform() = default;
+
+} // namespace Raster

@@ -1,0 +1,79 @@
+#include <raster/DynamicBuffer.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include <raster/Pixel.h>
+
+namespace Raster {
+
+namespace {
+
+constexpr std::uint64_t MaxRowBytes = std::numeric_limits<std::int32_t>::max();
+/// More than any machine has; allocators need not be asked.
+constexpr std::uint64_t MaxBytes = std::uint64_t{1} << 39;
+
+constexpr std::uint64_t RowMultiple = 16;
+constexpr std::size_t StartAlignment = 64;
+
+/// Zeroed memory whose start is aligned for vector loads. calloc gets large blocks from the system
+/// already zeroed, so pages cost nothing until they are touched; std::aligned_alloc would not give
+/// that. The address of the block is kept just before the aligned start.
+unsigned char* AllocateZeroed(std::size_t size) noexcept
+{
+    void* const block = std::calloc(size + StartAlignment, 1);
+    if (!block)
+        return nullptr;
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
+    const std::size_t offset = StartAlignment - address % StartAlignment;
+    static_assert(alignof(std::max_align_t) >= sizeof(void*));
+    unsigned char* const start = static_cast<unsigned char*>(block) + offset;
+    std::memcpy(start - sizeof(block), &block, sizeof(block));
+    return start;
+}
+
+} // namespace
+
+void DynamicBuffer::FreeMemory::operator()(unsigned char* memory) const noexcept
+{
+    void* block = nullptr;
+    std::memcpy(&block, memory - sizeof(block), sizeof(block));
+    std::free(block);
+}
+
+Kernel::Counted<DynamicBuffer> DynamicBuffer::Create(Format format, unsigned width, unsigned height)
+{
+    const std::uint64_t pixelSize = Raster::GetPixelSize(format);
+    const std::uint64_t rowBytes = pixelSize * width;
+    if (rowBytes == 0 || rowBytes > MaxRowBytes || height == 0 ||
+        height > std::uint64_t{std::numeric_limits<std::int32_t>::max()})
+        return {};
+
+    const std::uint64_t stride = (rowBytes + RowMultiple - 1) / RowMultiple * RowMultiple;
+    if (stride > MaxBytes / height)
+        return {};
+    Memory data(AllocateZeroed(stride * height));
+    if (!data)
+        return {};
+    return Kernel::Counted<DynamicBuffer>(
+        new (std::nothrow) DynamicBuffer(format, width, height, static_cast<unsigned>(pixelSize),
+                                         static_cast<std::ptrdiff_t>(stride), std::move(data)));
+}
+
+DynamicBuffer::DynamicBuffer(Format format, unsigned width, unsigned height, unsigned pixelSize,
+                             std::ptrdiff_t stride, Memory data) noexcept
+    : m_format(format),
+      m_width(width),
+      m_height(height),
+      m_pixelSize(pixelSize),
+      m_stride(stride),
+      m_data(std::move(data))
+{}
+
+DynamicBuffer::~DynamicBuffer() = default;
+
+} // namespace Raster
