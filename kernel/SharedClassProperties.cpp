@@ -34,8 +34,8 @@ const SharedSerialisable* SharedClassProperties::Consolidate(SharedSerialisable&
     const SharedClassProperties& record = object.GetObjectSharedClassProperties();
 
     // Candidates are retained before they are looked at, because an entry whose count is 0 belongs
-    // to an object under destruction. They are released after the lock: the last release removes the
-    // candidate's own entry, which takes the lock again.
+    // to an object under destruction. They are released after the lock: the last release removes
+    // the candidate's own entry, which takes the lock again.
     std::vector<Counted<const SharedSerialisable>> candidates;
     const std::lock_guard lock(record.m_table->mutex);
     const auto [first, last] = record.m_table->instances.equal_range(hash);
