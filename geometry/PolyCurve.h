@@ -19,15 +19,17 @@ public:
     /// \name Building, in the manner of a pen
     /// @{
     void MoveTo(Point start);
-    /// \pre MoveTo was called (so for the next two). After Close, drawing goes on from the start of
-    /// the closed run, as a new run.
+    /// Goes on with the last run. After Close, drawing goes on from the start of the closed run, as
+    /// a new run; without any run, the first point given starts one (so for the next two).
     void LineTo(Point end);
     void CurveTo(Point control1, Point control2, Point end);
     void QuadTo(Point control, Point end);
+    /// Closes the last run. One that was only started stays, as a closed run of one point.
     void Close();
+    /// Adds a run as it is; an empty one adds nothing. An open one can be drawn on.
     void AddCurve(CurveDbl curve);
-    /// A closed ellipse of four cubics (radial error 2.7e-4 of the radius; see the source), clockwise
-    /// from its right end (y down).
+    /// A closed ellipse of four cubics (radial error 2.0e-4 of the radius; see GetArcHandleLength),
+    /// clockwise from its right end (y down).
     void AddEllipse(Point centre, double radiusX, double radiusY);
     /// @}
 
@@ -44,7 +46,8 @@ public:
     void ExpandAdaptive(double tolerance, PolyPolygonType<double>& out) const;
 
 private:
-    CurveDbl& OpenRun();
+    /// The run that drawing goes on with; \p fallback starts the first one.
+    CurveDbl& OpenRun(Point fallback);
 
     std::vector<CurveDbl> m_curves;
 };
