@@ -3,8 +3,8 @@
 #include <kernel/Counted.h>
 #include <kernel/Rect.h>
 #include <raster/DynamicBuffer.h>
-#include <renderer/Export.h>
 #include <renderer/core/RenderTarget.h>
+#include <renderer/Export.h>
 
 namespace Renderer {
 
@@ -35,9 +35,9 @@ public:
     virtual bool CreateBuffer(unsigned width, unsigned height) = 0;
     /// Draws into a caller's buffer from now on, limited to \p rect of the page, which becomes the
     /// device clip. A buffer that holds the rectangle at its own coordinates shows the page from
-    /// (0, 0); any other buffer of at least the rectangle's size shows the page from the rectangle's
-    /// left top corner.
-    /// \return false, with the target as it was, for a buffer of another format or too small a one.
+    /// (0, 0); any other buffer of at least the rectangle's size shows the page from the
+    /// rectangle's left top corner. \return false, with the target as it was, for a buffer of
+    /// another format or too small a one.
     virtual bool AttachBuffer(Kernel::Counted<Raster::DynamicBuffer> buffer,
                               Kernel::RectT<int> rect) = 0;
     /// Releases every attached buffer; the device clip becomes (0, 0, 0, 0).
@@ -57,9 +57,9 @@ public:
     virtual void PushLiveFilters(Kernel::RectT<int> rect) = 0;
     virtual void PopLiveFilters() = 0;
 
-    Kernel::Counted<RenderTarget> PushSubRender(const Kernel::RectT<double>& bounds,
-                                                Raster::Format format,
-                                                const Raster::ICCManager::ICCProfileSet& profiles) override;
+    Kernel::Counted<RenderTarget>
+    PushSubRender(const Kernel::RectT<double>& bounds, Raster::Format format,
+                  const Raster::ICCManager::ICCProfileSet& profiles) override;
     void PopSubRender(Kernel::Consolidated<Colour> matte) override;
 
 protected:

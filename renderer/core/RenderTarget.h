@@ -6,8 +6,8 @@
 #include <geometry/GlyphMetrics.h>
 #include <geometry/GlyphPosition.h>
 #include <geometry/PolyCurve.h>
-#include <geometry/PolyPolyCurve.h>
 #include <geometry/Polygon.h>
+#include <geometry/PolyPolyCurve.h>
 #include <geometry/WindingOrderMode.h>
 #include <kernel/Consolidated.h>
 #include <kernel/Countable.h>
@@ -21,8 +21,8 @@
 #include <raster/DynamicBuffer.h>
 #include <raster/Format.h>
 #include <raster/ICCManager.h>
-#include <renderer/Export.h>
 #include <renderer/core/RenderingFilter.h>
+#include <renderer/Export.h>
 #include <renderer/paint/BlendOptions.h>
 #include <renderer/paint/Colour.h>
 #include <renderer/paint/FillBlendMode.h>
@@ -48,17 +48,17 @@ using PolyPolygon = Geometry::PolyPolygonType<double>;
 ///
 /// Geometry arrives in logical coordinates. The current transform, which maps them to device
 /// coordinates (pixels, y downwards), is the world transform followed by the log-to-device
-/// transform. A second stack holds the scalar transform, which scales stroke weights and other sizes
-/// that have no direction.
+/// transform. A second stack holds the scalar transform, which scales stroke weights and other
+/// sizes that have no direction.
 ///
-/// A target is driven by one thread at a time; only the abort flag may be written by others. Drawing
-/// calls fail silently: what cannot be drawn is left out. Pushes nest and are popped in reverse
-/// order; unbalanced pops are a caller's error.
+/// A target is driven by one thread at a time; only the abort flag may be written by others.
+/// Drawing calls fail silently: what cannot be drawn is left out. Pushes nest and are popped in
+/// reverse order; unbalanced pops are a caller's error.
 ///
-/// In all drawing calls \p opacity runs from 0 to 1 (not above 0 or NaN: nothing is drawn), \p fill,
-/// \p transparency and \p lineFill may be empty, and the transparency scales what is drawn by its own
-/// alpha. The two trailing flags of the curve and polygon calls switch anti-aliasing on for drawing
-/// without and with clip paths respectively.
+/// In all drawing calls \p opacity runs from 0 to 1 (not above 0 or NaN: nothing is drawn), \p
+/// fill, \p transparency and \p lineFill may be empty, and the transparency scales what is drawn by
+/// its own alpha. The two trailing flags of the curve and polygon calls switch anti-aliasing on for
+/// drawing without and with clip paths respectively.
 class RENDERER_EXPORT RenderTarget : public Kernel::Countable
 {
 public:
@@ -104,14 +104,12 @@ public:
     /// @{
 
     /// Draws a path: its fill, and its stroke when \p lineStyle is visible.
-    virtual void DrawPolyCurve(Kernel::Counted<const Geometry::PolyCurveDbl> curve, float opacity,
-                               FillBlendMode::BlendMode mode, const BlendOptions& options,
-                               const FillDescriptorConst& fill,
-                               const FillDescriptorConst& transparency,
-                               const FillDescriptorConst& lineFill,
-                               const LineStyleDescriptorConst& lineStyle,
-                               Geometry::WindingOrderMode winding, bool antialias,
-                               bool antialiasUnderClip) = 0;
+    virtual void
+    DrawPolyCurve(Kernel::Counted<const Geometry::PolyCurveDbl> curve, float opacity,
+                  FillBlendMode::BlendMode mode, const BlendOptions& options,
+                  const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
+                  const FillDescriptorConst& lineFill, const LineStyleDescriptorConst& lineStyle,
+                  Geometry::WindingOrderMode winding, bool antialias, bool antialiasUnderClip) = 0;
 
     /// Draws each path of the set in turn, placed by its own transform, until aborted.
     virtual void DrawPolyPolyCurve(Kernel::Counted<const ConstPolyPolyCurve> curves, float opacity,
@@ -139,16 +137,17 @@ public:
                                   const LineStyleDescriptorConst& lineStyle) = 0;
 
     /// Draws glyphs at \p origin plus their positions; those outside the clip are skipped.
-    /// \param positions one per glyph, in logical units; null lays the glyphs out by their advances.
-    /// \param antialias as the first flag of the curve calls.
-    virtual void DrawGlyphMetrics(
-        Kernel::PointT<double> origin,
-        const std::vector<Kernel::Counted<const Geometry::GlyphMetrics>>& glyphs,
-        const Kernel::Font& font, double size, const Geometry::GlyphPosition* positions,
-        float opacity, FillBlendMode::BlendMode mode, const BlendOptions& options,
-        const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
-        const FillDescriptorConst& lineFill, const LineStyleDescriptorConst& lineStyle,
-        bool antialias);
+    /// \param positions one per glyph, in logical units; null lays the glyphs out by their
+    /// advances. \param antialias as the first flag of the curve calls.
+    virtual void
+    DrawGlyphMetrics(Kernel::PointT<double> origin,
+                     const std::vector<Kernel::Counted<const Geometry::GlyphMetrics>>& glyphs,
+                     const Kernel::Font& font, double size,
+                     const Geometry::GlyphPosition* positions, float opacity,
+                     FillBlendMode::BlendMode mode, const BlendOptions& options,
+                     const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
+                     const FillDescriptorConst& lineFill, const LineStyleDescriptorConst& lineStyle,
+                     bool antialias);
 
     /// Draws a bitmap into a rectangle, magnified by the target's up resampler.
     /// \param antialiasUnderClip whether the edges are anti-aliased under clip paths.
@@ -321,7 +320,10 @@ public:
 
     const Raster::AffineTransform::Params& GetLogToDevTransform() const { return m_logToDev; }
     const Raster::AffineTransform::Params& GetWorldTransform() const { return m_world; }
-    const Raster::AffineTransform::Params& GetScalarTransform() const { return m_scalarStack.back(); }
+    const Raster::AffineTransform::Params& GetScalarTransform() const
+    {
+        return m_scalarStack.back();
+    }
     /// The world transform, then the log-to-device transform.
     Raster::AffineTransform::Params GetCurrentTransform() const;
 
@@ -340,8 +342,8 @@ public:
 
     bool GetAntialias() const { return m_antialias; }
     void SetAntialias(bool antialias) { m_antialias = antialias; }
-    /// Whether clips and shapes are combined at sub-pixel accuracy, so that shapes which abut along a
-    /// clip leave no seam.
+    /// Whether clips and shapes are combined at sub-pixel accuracy, so that shapes which abut along
+    /// a clip leave no seam.
     bool GetPerfectClipping() const { return m_perfectClipping; }
     void SetPerfectClipping(bool perfect) { m_perfectClipping = perfect; }
     bool GetDithering() const { return m_dithering; }

@@ -1,0 +1,161 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <vector>
+
+#include <geometry/Curve.h>
+#include <geometry/Polygon.h>
+#include <kernel/Counted.h>
+#include <kernel/Point.h>
+#include <kernel/Rect.h>
+#include <raster/AffineTransform.h>
+#include <raster/DynamicBuffer.h>
+#include <renderer/core/blend/SpanBlend.h>
+#include <renderer/core/coverage/CoverageStore.h>
+#include <renderer/core/span/SpanPopulator.h>
+#include <renderer/paint/FillBlendMode.h>
+
+namespace Renderer {
+
+struct AggEngine;
+
+namespace Coverage {
+class ClipCoverage;
+}
+
+/// Turns the polygons of one drawing call into anti-aliased coverage, row by row, and drives the
+/// span pipeline: for every run of covered pixels the colour populators write the scratch span, the
+/// transparency populators scale it, and the selected blend function composites it into the
+/// destination.
+///
+/// Coordinates are the page's device pixels; the destination shows the page from its origin on.
+class RenderTargetRasterizer
+{
+public:
+    RenderTargetRasterizer();
+    ~RenderTargetRasterizer();
+    RenderTargetRasterizer(const RenderTargetRasterizer&) = delete;
+    RenderTargetRasterizer& operator=(const RenderTargetRasterizer&) = delete;
+
+    /// \name Destination
+    /// @{
+
+    /// Attaches a destination and resets everything.
+    /// \param stride bytes from row to row; negative for bottom-up rows, whose first one then lies
+    /// at
+    ///        buffer − (height − 1) · stride.
+    /// \param pixelSize bytes per pixel.
+    void Create(unsigned char* buffer, unsigned width, unsigned height, int stride,
+                unsigned pixelSize, Kernel::PointT<int> origin = {});
+    /// Points at another buffer of the same pixel size and leaves the rest.
+    void SwapBuffer(unsigned char* buffer, unsigned width, unsigned height, int stride,
+                    Kernel::PointT<int> origin = {});
+    /// The first byte of page row \p y, at the destination's left edge.
+    unsigned char* GetRow(int y) const;
+    Kernel::PointT<int> GetOrigin() const { return m_origin; }
+    /// The part of the page that the destination shows.
+    Kernel::RectT<int> GetDestinationRect() const;
+    /// @}
+
+    /// \name The state of a call
+    /// @{
+
+    /// Empties the path; even-odd, the clip box of the whole destination, both gammas 2.2.
+    void ResetRasterizer();
+    /// Empties both lists of populators.
+    void ResetSpanPopulators();
+    void ResetAll();
+
+    void AddColourSpanPopulator(const SpanPopulator& populator);
+    void AddTransparencySpanPopulator(const SpanPopulator& populator);
+    unsigned GetSpanPopulatorCount() const;
+
+    /// The pixel format's blend functions; kept by reference.
+    void SetBlendTable(const SpanBlendTable& table) { m_table = &table; }
+    /// Selects the blend function of a mode (1 to 29 as they are, everything else Normal), the
+    /// call's gamma (2.2 is neutral) and an optional mask: one byte per pixel that scales coverage.
+    /// \param maskOrigin where on the page the mask begins. Outside the mask nothing is drawn.
+    void SelectBlend(FillBlendMode::BlendMode mode, double gamma,
+                     const Raster::DynamicBuffer* mask = nullptr,
+                     Kernel::PointT<int> maskOrigin = {});
+    /// The same for composite groups, which know Erase and Mask too.
+    void SelectCompositeBlend(FillBlendMode::BlendMode mode, double gamma,
+                              const Raster::DynamicBuffer* mask = nullptr,
+                              Kernel::PointT<int> maskOrigin = {});
+    /// @}
+
+    /// \name Coverage gamma
+    /// @{
+
+    /// Coverage c becomes c^gamma; drops a gamma curve.
+    void SetGamma(double gamma);
+    /// Coverage follows a curve over [0, 1]; an empty one means SetGamma(1). A curve within 0.001
+    /// of the present one changes nothing.
+    void SetGammaCurve(Kernel::Counted<const Geometry::CurveDbl> curve);
+    const std::array<unsigned char, 256>& GetGammaTable() const { return m_gammaTable; }
+    /// @}
+
+    /// \name Path
+    /// @{
+    bool IsEvenOdd() const { return m_rule.evenOdd; }
+    void SetEvenOdd(bool evenOdd) { m_rule.evenOdd = evenOdd; }
+    /// Limits drawing to a rectangle of the page (and to the destination and the selected mask) and
+    /// empties the path.
+    void SetClipBox(const Kernel::RectT<int>& clip);
+    /// Adds polygons, each closed, their points mapped by \p transform. A set with a point that is
+    /// not finite adds nothing.
+    void AddPolygons(const Geometry::PolyPolygonType<double>& polygons,
+                     const Raster::AffineTransform::Params& transform);
+    /// The path's edges, for building clips.
+    Coverage::CoverageStore& GetStore() { return m_store; }
+    const Coverage::CoverageRule& GetRule() const { return m_rule; }
+    AggEngine& GetRasterizer() { return *m_engine; }
+    /// @}
+
+    /// \name Drawing
+    /// @{
+
+    /// Runs the span loop over the path.
+    /// \param clip scales coverage; null lets everything through.
+    /// \param abort tested once per row.
+    void Render(bool antialias, const Coverage::ClipCoverage* clip, const bool* abort);
+    /// Runs the span loop over whole pixels: every pixel of \p rect within the clip box is covered.
+    void RenderRect(const Kernel::RectT<int>& rect, const Coverage::ClipCoverage* clip,
+                    const bool* abort);
+
+    /// Trims a span to [clip.left, clip.right): x and length, and covers unless null. A span
+    /// outside gets length 0.
+    static void ClipX(int& x, int& length, const unsigned char*& covers,
+                      const Kernel::RectT<int>& clip);
+    /// @}
+
+private:
+    friend class SpanWriter;
+
+    template<class Writer>
+    void RenderCoverage(Writer& writer, const bool* abort);
+    template<class Writer>
+    void RenderAliased(Writer& writer, const bool* abort);
+
+    std::unique_ptr<AggEngine> m_engine;
+    Kernel::PointT<int> m_origin{};
+    unsigned m_pixelSize = 4;
+    const unsigned char* m_maskData = nullptr;
+    Kernel::RectT<int> m_maskRect = Kernel::RectT<int>::MakeUnset(); // of the page
+    Kernel::RectT<int> m_clipBox{};
+    Coverage::CoverageStore m_store;
+    Coverage::CoverageRule m_rule;
+    std::vector<unsigned char> m_scratch;
+    std::vector<unsigned char> m_covers; // coverage times clip
+    std::vector<SpanPopulator> m_colourPopulators;
+    std::vector<SpanPopulator> m_transparencyPopulators;
+    const SpanBlendTable* m_table = nullptr;
+    SpanBlend m_blend;
+    double m_referenceGamma = 2.2;
+    double m_callGamma = 2.2;
+    std::array<unsigned char, 256> m_gammaTable;
+    Kernel::Counted<const Geometry::CurveDbl> m_gammaCurve;
+};
+
+} // namespace Renderer

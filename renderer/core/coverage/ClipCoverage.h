@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <kernel/Countable.h>
+#include <kernel/Counted.h>
+#include <kernel/Rect.h>
+#include <renderer/core/coverage/CoverageRows.h>
+#include <renderer/core/coverage/CoverageStore.h>
+
+namespace Renderer::Coverage {
+
+/// a·b/255 rounded to nearest; exact for bytes.
+inline unsigned char MultiplyBytes(unsigned a, unsigned b) noexcept
+{
+    return static_cast<unsigned char>(((a * b + 128) * 257) >> 16);
+}
+
+/// What a clip lets through: coverage per pixel of a rectangle, kept as runs per row; 0 outside.
+/// Immutable once built, shared.
+class ClipCoverage : public Kernel::Countable
+{
+public:
+    struct Run
+    {
+        int x;
+        unsigned length;
+        /// Where the coverage bytes of the run begin, or Solid.
+        std::size_t bytes;
+        unsigned char cover; ///< of a solid run; never 0
+    };
+    static constexpr std::size_t Solid = ~std::size_t{0};
+
+    /// The rectangle within which the clip is known.
+    const Kernel::RectT<int>& GetRect() const noexcept { return m_rect; }
+
+    /// The runs of row \p y from left to right, without overlap. \pre y lies in GetRect()
+    const Run* BeginRow(int y) const noexcept
+    {
+        return m_runs.data() + m_rows[std::size_t(y - m_rect.top)];
+    }
+    const Run* EndRow(int y) const noexcept
+    {
+        return m_runs.data() + m_rows[std::size_t(y - m_rect.top) + 1];
+    }
+    const unsigned char* GetBytes(const Run& run) const noexcept
+    {
+        return m_bytes.data() + run.bytes;
+    }
+
+    /// Rasterises the edges of \p store within its window.
+    static Kernel::Counted<const ClipCoverage> FromStore(CoverageStore& store,
+                                                         const CoverageRule& rule);
+    /// Coverage 255 within \p inside, known within \p rect.
+    static Kernel::Counted<const ClipCoverage> FromRect(const Kernel::RectT<int>& rect,
+                                                        const Kernel::RectT<int>& inside);
+    /// The product of both within the common rectangle: what both let through.
+    static Kernel::Counted<const ClipCoverage> Multiply(const ClipCoverage& a,
+                                                        const ClipCoverage& b);
+    /// a + b − a·b within the common rectangle: what either lets through.
+    static Kernel::Counted<const ClipCoverage> Unite(const ClipCoverage& a, const ClipCoverage& b);
+
+    /// Writes the coverage of pixels [x, x + length) of row \p y; 0 outside the rectangle.
+    void ReadRow(int x, int y, unsigned length, unsigned char* out) const;
+
+private:
+    class Builder;
+
+    Kernel::RectT<int> m_rect{};
+    std::vector<std::size_t> m_rows; // start of each row in m_runs, and the end of the last
+    std::vector<Run> m_runs;
+    std::vector<unsigned char> m_bytes;
+};
+
+} // namespace Renderer::Coverage

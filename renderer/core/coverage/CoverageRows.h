@@ -1,0 +1,141 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+#include <kernel/Rect.h>
+#include <renderer/core/coverage/SubPixel.h>
+
+namespace Renderer::Coverage {
+
+/// How accumulated area becomes coverage.
+struct CoverageRule
+{
+    bool evenOdd = true;
+    /// 256 coverages, or null for the identity.
+    const unsigned char* gamma = nullptr;
+
+    /// \param area the signed area to the left, 512 · 256 for a full pixel.
+    unsigned char Apply(std::int32_t area) const noexcept
+    {
+        int cover = area >> (SubPixelShift + 1);
+        if (cover < 0)
+            cover = -cover;
+        if (evenOdd) {
+            cover &= 2 * SubPixelScale - 1;
+            if (cover > SubPixelScale)
+                cover = 2 * SubPixelScale - cover;
+        }
+        if (cover > SubPixelMask)
+            cover = SubPixelMask;
+        return gamma ? gamma[cover] : static_cast<unsigned char>(cover);
+    }
+};
+
+/// The accumulator of a band of rows: per pixel one signed number, such that the sum of all numbers
+/// up to a pixel is the signed area that the path covers there.
+///
+/// A cell (x, cover, area) adds `(cover << 9) − area` at x and `area` at x + 1. A bit for every
+/// four pixels says what was touched, so that clear and solid stretches are skipped. Rows are
+/// cleared again as they are swept.
+class CoverageRows
+{
+public:
+    /// Makes room for the rows of \p window; they are all clear.
+    void Open(const Kernel::RectT<int>& window)
+    {
+        m_window = window;
+        // One more pixel for the second addition of the last cell, in whole groups of four.
+        m_stride = (static_cast<std::size_t>(window.Width()) + 1 + 3) / 4 * 4;
+        m_markStride = (m_stride / 4 + 63) / 64;
+        const auto rows = static_cast<std::size_t>(window.Height());
+        if (m_areas.size() < m_stride * rows)
+            m_areas.resize(m_stride * rows);
+        if (m_marks.size() < m_markStride * rows)
+            m_marks.resize(m_markStride * rows);
+        if (m_covers.size() < m_stride)
+            m_covers.resize(m_stride);
+    }
+
+    /// Bytes that Open needs for a row of \p width pixels.
+    static std::size_t BytesPerRow(int width)
+    {
+        return (static_cast<std::size_t>(width) + 4) * sizeof(std::uint32_t);
+    }
+
+    void AddCell(int x, int y, int cover, int area) noexcept
+    {
+        const auto column = static_cast<std::size_t>(x - m_window.left);
+        const auto row = static_cast<std::size_t>(y - m_window.top);
+        // Unsigned, since sums of very many overlapping edges wrap around as in the engine.
+        std::uint32_t* const at = m_areas.data() + row * m_stride + column;
+        at[0] += (static_cast<std::uint32_t>(cover) << (SubPixelShift + 1)) -
+                 static_cast<std::uint32_t>(area);
+        at[1] += static_cast<std::uint32_t>(area);
+        std::uint64_t* const marks = m_marks.data() + row * m_markStride;
+        marks[column / 256] |= std::uint64_t{1} << (column / 4 % 64);
+        marks[(column + 1) / 256] |= std::uint64_t{1} << ((column + 1) / 4 % 64);
+    }
+
+    /// Turns row \p y into coverage, left to right, and clears it.
+    /// \param sink gets `Run(x, length, cover)` for stretches of one coverage that is not 0, and
+    ///        `Mask(x, length, covers)` for the others; both lie in the window.
+    template<class Sink>
+    void SweepRow(int y, const CoverageRule& rule, Sink&& sink)
+    {
+        const auto row = static_cast<std::size_t>(y - m_window.top);
+        std::uint32_t* const areas = m_areas.data() + row * m_stride;
+        std::uint64_t* const marks = m_marks.data() + row * m_markStride;
+        const auto width = static_cast<std::size_t>(m_window.Width());
+        std::uint32_t sum = 0;
+        std::size_t done = 0;    // columns that were handed on
+        std::size_t maskEnd = 0; // end of the stretch of bytes that is gathered from `done` on
+        const auto flushMask = [&] {
+            const std::size_t end = maskEnd < width ? maskEnd : width;
+            if (end > done)
+                sink.Mask(m_window.left + int(done), unsigned(end - done), m_covers.data() + done);
+            done = maskEnd;
+        };
+        for (std::size_t word = 0; word < m_markStride; ++word) {
+            for (std::uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
+                const std::size_t group = (word * 64 + std::size_t(std::countr_zero(bits))) * 4;
+                if (group != maskEnd || maskEnd == done) {
+                    flushMask();
+                    EmitRun(sink, rule, sum, done, group < width ? group : width);
+                    done = maskEnd = group;
+                }
+                for (std::size_t i = group; i < group + 4; ++i) {
+                    sum += areas[i];
+                    areas[i] = 0;
+                    m_covers[i] = rule.Apply(static_cast<std::int32_t>(sum));
+                }
+                maskEnd = group + 4;
+            }
+            marks[word] = 0;
+        }
+        flushMask();
+        EmitRun(sink, rule, sum, done, width);
+    }
+
+private:
+    template<class Sink>
+    void EmitRun(Sink& sink, const CoverageRule& rule, std::uint32_t sum, std::size_t begin,
+                 std::size_t end) const
+    {
+        if (begin >= end)
+            return;
+        if (const unsigned char cover = rule.Apply(static_cast<std::int32_t>(sum)))
+            sink.Run(m_window.left + int(begin), unsigned(end - begin), cover);
+    }
+
+    Kernel::RectT<int> m_window{};
+    std::size_t m_stride = 0;     // numbers per row
+    std::size_t m_markStride = 0; // words per row
+    std::vector<std::uint32_t> m_areas;
+    std::vector<std::uint64_t> m_marks;
+    std::vector<unsigned char> m_covers; // one row
+};
+
+} // namespace Renderer::Coverage

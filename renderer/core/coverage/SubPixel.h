@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Renderer::Coverage {
+
+/// The 24.8 fixed point of the coverage engine: 256 steps per pixel.
+inline constexpr int SubPixelShift = 8;
+inline constexpr int SubPixelScale = 1 << SubPixelShift;
+inline constexpr int SubPixelMask = SubPixelScale - 1;
+
+/// Edges at least this wide are halved before they are walked, as the engine does, so that its
+/// products stay within 32 bits.
+inline constexpr std::int64_t WidthLimit = std::int64_t{16384} << SubPixelShift;
+
+/// Edges are cut at ± this many pixels before they become fixed point: far outside any page, and
+/// small enough that differences of coordinates fit 32 bits with room to spare.
+inline constexpr double GuardBox = 2097152.0;
+
+/// One edge in fixed point, in coordinates of the page.
+struct Edge
+{
+    int x1, y1, x2, y2;
+};
+
+/// Floor division with its remainder, 0 ≤ remainder < divisor. \pre divisor > 0
+struct FloorDivision
+{
+    std::int64_t quotient;
+    std::int64_t remainder;
+
+    FloorDivision(std::int64_t dividend, std::int64_t divisor) noexcept
+        : quotient(dividend / divisor), remainder(dividend % divisor)
+    {
+        if (remainder < 0) {
+            --quotient;
+            remainder += divisor;
+        }
+    }
+};
+
+/// Walks floor((start + i·step) / divisor) for i = 0, 1, 2… by additions alone.
+class FloorLine
+{
+public:
+    /// \param skip the first i.
+    FloorLine(std::int64_t start, std::int64_t step, std::int64_t divisor,
+              std::int64_t skip) noexcept
+        : m_value(start + step * skip, divisor), m_step(step, divisor), m_divisor(divisor)
+    {}
+
+    std::int64_t GetValue() const noexcept { return m_value.quotient; }
+
+    void Advance() noexcept
+    {
+        m_value.quotient += m_step.quotient;
+        m_value.remainder += m_step.remainder;
+        if (m_value.remainder >= m_divisor) {
+            m_value.remainder -= m_divisor;
+            ++m_value.quotient;
+        }
+    }
+
+private:
+    FloorDivision m_value;
+    FloorDivision m_step;
+    std::int64_t m_divisor;
+};
+
+} // namespace Renderer::Coverage
