@@ -21,10 +21,8 @@ public:
     explicit Consolidated(Counted<const T> canonical) noexcept : m_object(std::move(canonical)) {}
 
     template<class U>
-        requires std::is_convertible_v<const U*, const T*>
-    Consolidated(const Consolidated<U>& other) noexcept : m_object(other.GetCounted())
-    {
-    }
+    requires std::is_convertible_v<const U*, const T*> Consolidated(const Consolidated<U>& other)
+    noexcept : m_object(other.GetCounted()) {}
 
     const T* Get() const noexcept { return m_object.Get(); }
     const T* operator->() const noexcept { return m_object.Get(); }

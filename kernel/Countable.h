@@ -28,11 +28,13 @@ public:
             delete this;
     }
 
-    /// Adds one reference unless the count is 0, which means that the object is about to be deleted.
-    /// \return whether a reference was added. For weak tables, which know the address but own nothing.
+    /// Adds one reference unless the count is 0, which means that the object is about to be
+    /// deleted. \return whether a reference was added. For weak tables, which know the address but
+    /// own nothing.
     bool TryRetain() const noexcept;
 
-    /// The present number of references; for tests and diagnostics, since other threads may change it.
+    /// The present number of references; for tests and diagnostics, since other threads may change
+    /// it.
     unsigned GetReferenceCount() const noexcept { return m_count.load(std::memory_order_relaxed); }
 
 private:

@@ -9,8 +9,8 @@ namespace Kernel {
 
 /// Owning reference to a Countable; may be empty.
 ///
-/// Converts to `Counted<const T>` and to references to bases, never back. The object behind it lives
-/// at least as long as the reference.
+/// Converts to `Counted<const T>` and to references to bases, never back. The object behind it
+/// lives at least as long as the reference.
 template<class T>
 class Counted
 {
@@ -30,16 +30,12 @@ public:
     Counted(Counted&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
 
     template<class U>
-        requires std::is_convertible_v<U*, T*>
-    Counted(const Counted<U>& other) noexcept : Counted(static_cast<T*>(other.Get()))
-    {
-    }
+    requires std::is_convertible_v<U*, T*> Counted(const Counted<U>& other)
+    noexcept : Counted(static_cast<T*>(other.Get())) {}
 
     template<class U>
-        requires std::is_convertible_v<U*, T*>
-    Counted(Counted<U>&& other) noexcept : m_object(other.Detach())
-    {
-    }
+    requires std::is_convertible_v<U*, T*> Counted(Counted<U>&& other)
+    noexcept : m_object(other.Detach()) {}
 
     ~Counted()
     {

@@ -40,7 +40,8 @@ void DispatchParallelFor(const Callable& callable, unsigned count, int priority 
 }
 
 /// Limits how many threads, the caller's included, work on one dispatch; 1 does everything on the
-/// calling thread, 0 means as many as there are processors. Takes effect for later dispatches.
+/// calling thread, 0 means as many as there are processors. Larger limits than that gain nothing.
+/// Takes effect for later dispatches.
 KERNEL_EXPORT void SetThreadLimit(unsigned threads);
 
 /// The number of threads that a dispatch may use now; at least 1.

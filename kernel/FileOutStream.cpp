@@ -20,7 +20,8 @@ constexpr std::size_t BufferSize = std::size_t{1} << 16;
 constexpr int MaxSymbolicLinks = 40; // the kernel's own limit
 
 /// The path with the symbolic links of its last component followed, stopping at /proc, whose links
-/// stand for open files rather than for names. A dangling link gives the name that it points to.
+/// stand for open files rather than for names. A dangling link gives the name that it points to,
+/// and links that go in a circle give the empty path.
 fs::path FollowLinks(fs::path path)
 {
     for (int i = 0; i < MaxSymbolicLinks; ++i) {
@@ -35,7 +36,7 @@ fs::path FollowLinks(fs::path path)
         const fs::path link = fs::read_symlink(path, error);
         path = folder / link; // an absolute link replaces the folder
     }
-    return path;
+    return {};
 }
 
 /// The number of this process's open file that \p path names (as /dev/stdout does), or -1.
@@ -63,6 +64,8 @@ FileOutStream::FileOutStream(const fs::path& path)
 {
     m_buffer.reserve(BufferSize);
     m_target = FollowLinks(path);
+    if (m_target.empty())
+        Fail(ELOOP);
     struct stat status = {};
     const bool exists = stat(m_target.c_str(), &status) == 0;
     if (m_target.native().starts_with("/proc/") || (exists && !S_ISREG(status.st_mode))) {

@@ -19,8 +19,7 @@ public:
     explicit FormatException(const std::string& message,
                              std::optional<std::uint64_t> offset = std::nullopt)
         : std::runtime_error(message), m_offset(offset)
-    {
-    }
+    {}
     ~FormatException() override;
 
     /// The byte offset of the damage, if known.

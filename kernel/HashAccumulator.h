@@ -16,14 +16,16 @@ class HashAccumulator
 public:
     /// Adds one integer or enum.
     template<class T>
-        requires(std::is_integral_v<T> || std::is_enum_v<T>)
-    void Add(T value) noexcept
+    requires(std::is_integral_v<T> || std::is_enum_v<T>) void Add(T value) noexcept
     {
         Mix(static_cast<std::uint64_t>(value));
     }
 
     /// Adds a number; −0 hashes as 0, since the two compare equal.
-    void Add(double value) noexcept { Mix(std::bit_cast<std::uint64_t>(value == 0.0 ? 0.0 : value)); }
+    void Add(double value) noexcept
+    {
+        Mix(std::bit_cast<std::uint64_t>(value == 0.0 ? 0.0 : value));
+    }
     void Add(float value) noexcept { Add(static_cast<double>(value)); }
 
     /// Adds a text with its length.

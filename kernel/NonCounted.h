@@ -16,10 +16,8 @@ public:
     NonCounted(T& object) noexcept : m_object(&object) {}
 
     template<class U>
-        requires std::is_convertible_v<U*, T*>
-    NonCounted(const NonCounted<U>& other) noexcept : m_object(other.Get())
-    {
-    }
+    requires std::is_convertible_v<U*, T*> NonCounted(const NonCounted<U>& other)
+    noexcept : m_object(other.Get()) {}
 
     T* Get() const noexcept { return m_object; }
     T* operator->() const noexcept { return m_object; }

@@ -30,8 +30,8 @@ public:
     virtual void Write(const void* data, std::size_t size) = 0;
     void Write(std::string_view text) { Write(text.data(), text.size()); }
 
-    /// Hands everything on and completes the output: encoders write their last group and end mark, a
-    /// file takes its final name. Nothing may be written after it. \throws WriteException
+    /// Hands everything on and completes the output: encoders write their last group and end mark,
+    /// a file takes its final name. Nothing may be written after it. \throws WriteException
     virtual void Close() = 0;
 };
 

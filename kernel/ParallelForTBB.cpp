@@ -2,11 +2,13 @@
 
 #include <kernel/ParallelFor.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <mutex>
 
 #include <tbb/blocked_range.h>
+#include <tbb/info.h>
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
 #include <tbb/task_arena.h>
@@ -48,7 +50,9 @@ std::shared_ptr<Arenas> GetArenas(unsigned threads)
 
 void ParallelFor(Body body, unsigned count, void* context, int priority, unsigned threads)
 {
-    const std::shared_ptr<Arenas> arenas = GetArenas(threads);
+    // TBB has no more threads than processors to give and complains when asked.
+    const auto available = static_cast<unsigned>(tbb::info::default_concurrency());
+    const std::shared_ptr<Arenas> arenas = GetArenas(std::min(threads, available));
     // Single indices balance tiles of unequal cost; ranges keep long loops of small bodies cheap.
     const tbb::blocked_range<unsigned> indices(0, count, 1 + count / 1024);
     const auto run = [&](const tbb::blocked_range<unsigned>& range) {

@@ -11,8 +11,14 @@ struct PointT
 
     friend constexpr bool operator==(const PointT&, const PointT&) noexcept = default;
 
-    friend constexpr PointT operator+(PointT a, PointT b) noexcept { return {a.x + b.x, a.y + b.y}; }
-    friend constexpr PointT operator-(PointT a, PointT b) noexcept { return {a.x - b.x, a.y - b.y}; }
+    friend constexpr PointT operator+(PointT a, PointT b) noexcept
+    {
+        return {a.x + b.x, a.y + b.y};
+    }
+    friend constexpr PointT operator-(PointT a, PointT b) noexcept
+    {
+        return {a.x - b.x, a.y - b.y};
+    }
     friend constexpr PointT operator*(PointT a, T factor) noexcept
     {
         return {a.x * factor, a.y * factor};

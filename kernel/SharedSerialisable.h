@@ -11,8 +11,8 @@ class SharedClassProperties;
 
 /// Root of the immutable value objects that many holders share: colours, fills, gradients, line
 /// styles. Identity is by value: after construction an object is handed to its class's
-/// SharedClassProperties, which keeps it as the canonical instance or drops it in favour of an equal
-/// one. Setters of such classes are used only while a fresh object is built, before that.
+/// SharedClassProperties, which keeps it as the canonical instance or drops it in favour of an
+/// equal one. Setters of such classes are used only while a fresh object is built, before that.
 class KERNEL_EXPORT SharedSerialisable : public virtual Countable
 {
 public:

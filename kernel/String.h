@@ -11,8 +11,7 @@ namespace Kernel {
 
 /// Tag of the UTF-8 encoding.
 struct TEncUtf8
-{
-};
+{};
 
 /// A string in the given encoding. The bytes are kept as they come; nothing is validated or
 /// normalised on the way.
