@@ -13,12 +13,13 @@ namespace Raster {
 
 namespace {
 
-constexpr std::uint64_t MaxRowBytes = std::numeric_limits<std::int32_t>::max();
-/// More than any machine has; allocators need not be asked.
-constexpr std::uint64_t MaxBytes = std::uint64_t{1} << 39;
-
 constexpr std::uint64_t RowMultiple = 16;
 constexpr std::size_t StartAlignment = 64;
+
+/// Leaves room in an int for coordinates a little beyond the last pixel.
+constexpr std::uint64_t MaxSide = std::numeric_limits<std::int32_t>::max() - (RowMultiple - 1);
+/// More than any machine has; allocators need not be asked.
+constexpr std::uint64_t MaxBytes = std::uint64_t{1} << 39;
 
 /// Zeroed memory whose start is aligned for vector loads. calloc gets large blocks from the system
 /// already zeroed, so pages cost nothing until they are touched; std::aligned_alloc would not give
@@ -49,8 +50,7 @@ Kernel::Counted<DynamicBuffer> DynamicBuffer::Create(Format format, unsigned wid
 {
     const std::uint64_t pixelSize = Raster::GetPixelSize(format);
     const std::uint64_t rowBytes = pixelSize * width;
-    if (rowBytes == 0 || rowBytes > MaxRowBytes || height == 0 ||
-        height > std::uint64_t{std::numeric_limits<std::int32_t>::max()})
+    if (rowBytes == 0 || rowBytes > MaxSide || height == 0 || height > MaxSide)
         return {};
 
     const std::uint64_t stride = (rowBytes + RowMultiple - 1) / RowMultiple * RowMultiple;

@@ -15,8 +15,8 @@ class RASTER_EXPORT DynamicBuffer : public DynamicBase
 {
 public:
     /// Makes a buffer of transparent (all zero) pixels.
-    /// \return null when the format stores no pixels, a side is 0 or above 2³¹ − 1 bytes a row, or
-    ///         the memory cannot be had.
+    /// \return null when the format stores no pixels, a side is 0, a row's bytes or the height exceed
+    ///         2³¹ − 16, or the memory cannot be had.
     static Kernel::Counted<DynamicBuffer> Create(Format format, unsigned width, unsigned height);
 
     ~DynamicBuffer() override;
