@@ -8,8 +8,8 @@ namespace Renderer {
 /// Names and numbers of the blend modes.
 struct RENDERER_EXPORT FillBlendMode
 {
-    /// How paint combines with what lies below. The numbers are saved in documents. Modes from Erase
-    /// on exist for composite groups only.
+    /// How paint combines with what lies below. The numbers are saved in documents. Modes from
+    /// Erase on exist for composite groups only.
     enum BlendMode
     {
         Normal = 0,
