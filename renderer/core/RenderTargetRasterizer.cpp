@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cmath>
 
+#include <renderer/core/coverage/AddPolygons.h>
 #include <renderer/core/SpanWriter.h>
 
 namespace Renderer {
@@ -26,8 +27,6 @@ unsigned char ToCoverage(double value)
 
 RenderTargetRasterizer::RenderTargetRasterizer() : m_engine(std::make_unique<AggEngine>())
 {
-    m_engine->clipper.clip_box(-Coverage::GuardBox, -Coverage::GuardBox, Coverage::GuardBox,
-                               Coverage::GuardBox);
     SetGamma(1.0);
 }
 
@@ -183,32 +182,7 @@ void RenderTargetRasterizer::SetClipBox(const RectT<int>& clip)
 void RenderTargetRasterizer::AddPolygons(const Geometry::PolyPolygonType<double>& polygons,
                                          const Raster::AffineTransform::Params& transform)
 {
-    // Beyond this the clipper's products would leave the range of doubles; its guard box is far
-    // nearer.
-    constexpr double limit = 1e15;
-    for (const auto& point : polygons.GetPoints()) {
-        const auto p = transform.Map(point);
-        if (!std::isfinite(p.x) || !std::isfinite(p.y))
-            return;
-    }
-    auto& clipper = m_engine->clipper;
-    for (std::size_t i = 0; i < polygons.GetPolygonCount(); ++i) {
-        const auto polygon = polygons.GetPolygon(i);
-        if (polygon.points.size() < 2)
-            continue;
-        const auto at = [&](std::size_t index) {
-            const auto p = transform.Map(polygon.points[index]);
-            return Kernel::PointT<double>{std::clamp(p.x, -limit, limit),
-                                          std::clamp(p.y, -limit, limit)};
-        };
-        const auto start = at(0);
-        clipper.move_to(start.x, start.y);
-        for (std::size_t k = 1; k < polygon.points.size(); ++k) {
-            const auto point = at(k);
-            clipper.line_to(m_store, point.x, point.y);
-        }
-        clipper.line_to(m_store, start.x, start.y);
-    }
+    Coverage::AddPolygons(m_store, polygons, transform);
 }
 
 // ---- drawing ----

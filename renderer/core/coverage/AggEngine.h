@@ -20,7 +20,6 @@ struct AggEngine
     /// 4096 are beyond what the device clip can hold.
     static constexpr unsigned CellBlockLimit = 1U << 16;
 
-    AGG::rasterizer_sl_clip<AGG::ras_conv_dbl> clipper;
     AGG::rasterizer_cells_aa<AGG::cell_aa> cells{CellBlockLimit};
     AGG::row_accessor<unsigned char> destination;
     AGG::row_accessor<unsigned char> mask;

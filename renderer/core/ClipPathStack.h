@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include <geometry/Polygon.h>
+#include <kernel/Counted.h>
+#include <kernel/Rect.h>
+#include <renderer/core/coverage/ClipCoverage.h>
+#include <renderer/core/coverage/CoverageStore.h>
+
+namespace Renderer {
+
+/// What all clip paths together let through: everything outside the window is cut, and the
+/// coverage, unless empty, scales what is inside.
+struct ClipState
+{
+    Kernel::RectT<int> window{};
+    Kernel::Counted<const Coverage::ClipCoverage> coverage;
+};
+
+/// One clip path in device coordinates, or a group of them that are united.
+class ClipPath
+{
+public:
+    ClipPath(Kernel::Counted<const Geometry::PolyPolygonType<double>> polygons, bool evenOdd);
+    /// An empty group.
+    ClipPath() : m_isGroup(true) {}
+
+    void AddMember(ClipPath member) { m_members.push_back(std::move(member)); }
+    void RemoveMember();
+
+    /// What this path alone lets through within \p rect.
+    ClipState GetState(const Kernel::RectT<int>& rect, Coverage::CoverageStore& store) const;
+
+private:
+    Kernel::Counted<const Coverage::ClipCoverage> GetCoverage(const Kernel::RectT<int>& rect,
+                                                              Coverage::CoverageStore& store) const;
+
+    Kernel::Counted<const Geometry::PolyPolygonType<double>> m_polygons;
+    bool m_evenOdd = true;
+    bool m_isGroup = false;
+    /// The path when it is a rectangle on whole pixels, which needs no coverage; else unset.
+    Kernel::RectT<int> m_wholePixels = Kernel::RectT<int>::MakeUnset();
+    std::vector<ClipPath> m_members;
+};
+
+/// The clip paths in force. Coverage is made when it is first needed and kept per level, so that a
+/// pop costs nothing and a push costs one path.
+class ClipPathStack
+{
+public:
+    void Push(ClipPath path);
+    void Pop();
+    /// Paths pushed between these two are united and count as one from EndGroup on.
+    void BeginGroup();
+    void EndGroup();
+
+    /// Whether any path is in force; open groups do not count yet.
+    bool IsEmpty() const noexcept { return m_paths.size() == m_base; }
+
+    /// Puts all present paths out of force, for the inside of a composite group, whose result they
+    /// clip as a whole. \return what Unseal needs to bring them back.
+    std::size_t Seal() noexcept;
+    void Unseal(std::size_t base) noexcept;
+
+    /// What all paths in force let through within \p rect.
+    const ClipState& Update(const Kernel::RectT<int>& rect);
+
+    void Clear();
+
+private:
+    std::vector<ClipPath> m_paths;
+    std::vector<ClipPath> m_openGroups;
+    std::size_t m_base = 0;          // paths below are out of force
+    std::vector<ClipState> m_states; // per path in force, product with those before
+    Kernel::RectT<int> m_rect{};     // what the states were made for
+    ClipState m_everything;
+    Coverage::CoverageStore m_store;
+};
+
+} // namespace Renderer
