@@ -1,0 +1,142 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+
+#include <renderer/core/span/PopulatorStore.h>
+#include <renderer/paint/Gradient.h>
+
+namespace Renderer {
+
+/// The colours along a gradient, evaluated exactly: interpolated unpremultiplied in the format's
+/// channels from stop to stop. Immutable.
+template<class Processor>
+class GradientRamp
+{
+public:
+    using Pixel = typename Processor::Pixel;
+    using FloatPixel = typename Processor::FloatPixel;
+
+    /// The stretch from one stop to the next; the first one lies before all stops and the last one
+    /// after them, both of one colour.
+    struct Segment
+    {
+        double start;
+        double scale; ///< 1 / length; 0 for segments of one colour
+        GradientMapping mapping;
+        bool isLinear;
+        FloatPixel colour; ///< at the start, unpremultiplied
+        FloatPixel change; ///< over the segment
+        float noise;
+        float noiseChange;
+    };
+
+    /// \pre \p gradient has stops. The segments live in \p store.
+    GradientRamp(const Gradient& gradient, const typename Processor::Profiles& profiles,
+                 PopulatorStore& store)
+        : m_count(gradient.GetColours().size() + 1),
+          m_segments(store.AllocateArray<Segment>(m_count))
+    {
+        const auto& stops = gradient.GetColours();
+        for (std::size_t i = 0; i < stops.size(); ++i)
+            m_segments[i + 1] = MakeSegment(stops[i], profiles);
+        m_segments[0] = m_segments[1];
+        m_segments[0].start = -2.0;
+        for (std::size_t i = 1; i + 1 < m_count; ++i)
+            LeadTo(m_segments[i], m_segments[i + 1]);
+    }
+
+    std::size_t GetCount() const noexcept { return m_count; }
+    const Segment& GetSegment(std::size_t index) const noexcept { return m_segments[index]; }
+
+    /// The segment that holds \p t ≥ −1: the last one that starts at or before it, so that at a
+    /// hard edge the later stop counts. \param hint a segment near by; any valid index will do.
+    std::size_t Find(double t, std::size_t hint) const noexcept
+    {
+        if (t >= m_segments[hint].start) {
+            if (hint + 1 == m_count || t < m_segments[hint + 1].start)
+                return hint;
+            ++hint;
+            if (hint + 1 == m_count || t < m_segments[hint + 1].start)
+                return hint;
+        }
+        const Segment* first = m_segments;
+        const Segment* after =
+            std::upper_bound(first + 1, first + m_count, t,
+                             [](double value, const Segment& s) { return value < s.start; });
+        return static_cast<std::size_t>(after - first) - 1;
+    }
+
+    /// The share of the way's end at \p t of the segment.
+    static double GetMix(const Segment& segment, double t) noexcept
+    {
+        const double u = (t - segment.start) * segment.scale;
+        return segment.isLinear ? u : segment.mapping.Mix(u);
+    }
+
+    /// The unpremultiplied colour at \p t of the segment.
+    static FloatPixel GetColour(const Segment& segment, double t) noexcept
+    {
+        FloatPixel colour = segment.colour;
+        const auto mix = static_cast<float>(GetMix(segment, t));
+        for (std::size_t i = Processor::FirstChannel; i < colour.size(); ++i)
+            colour[i] += segment.change[i] * mix;
+        return colour;
+    }
+
+    /// The premultiplied pixel at \p t; \p segment is a hint and becomes the segment of \p t.
+    Pixel GetPixel(double t, std::size_t& segment) const noexcept
+    {
+        segment = Find(t, segment);
+        return Processor::Store(GetColour(m_segments[segment], t));
+    }
+
+    /// The premultiplied pixels of \p count parameters within [−1, 1].
+    void Evaluate(const double* t, unsigned count, Pixel* out) const noexcept
+    {
+        std::size_t segment = 0;
+        for (unsigned i = 0; i < count; ++i)
+            out[i] = GetPixel(t[i], segment);
+    }
+
+    /// The noise amounts of \p count parameters: those of the stops, mixed like their colours.
+    void EvaluateNoise(const double* t, unsigned count, float* amounts) const noexcept
+    {
+        std::size_t index = 0;
+        for (unsigned i = 0; i < count; ++i) {
+            index = Find(t[i], index);
+            const Segment& segment = m_segments[index];
+            amounts[i] =
+                segment.noise + segment.noiseChange * static_cast<float>(GetMix(segment, t[i]));
+        }
+    }
+
+private:
+    static Segment MakeSegment(const Gradient::ColourPosition& stop,
+                               const typename Processor::Profiles& profiles)
+    {
+        const GradientMapping mapping = stop.GetMapping();
+        return {stop.position,
+                0.0,
+                mapping,
+                mapping.IsLinear(),
+                Processor::ToFloat(Processor::GetPixel(*stop.colour, profiles)),
+                {},
+                static_cast<float>(stop.colour->GetNoise()),
+                0.0F};
+    }
+
+    static void LeadTo(Segment& segment, const Segment& next) noexcept
+    {
+        const double length = next.start - segment.start;
+        segment.scale = length > 0.0 ? 1.0 / length : 0.0;
+        for (std::size_t i = 0; i < segment.change.size(); ++i)
+            segment.change[i] = next.colour[i] - segment.colour[i];
+        segment.noiseChange = next.noise - segment.noise;
+    }
+
+    std::size_t m_count;
+    Segment* m_segments;
+};
+
+} // namespace Renderer

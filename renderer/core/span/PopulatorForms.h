@@ -1,0 +1,91 @@
+#pragma once
+
+#include <algorithm>
+
+#include <renderer/core/span/SpanPopulator.h>
+
+namespace Renderer {
+
+/// What a populator's paint does to the scratch span.
+enum class PopulatorRole
+{
+    Colour,       ///< writes the scratch
+    ColourOver,   ///< is composited Normal over the scratch: the further paints of a stack
+    Transparency, ///< scales the scratch by the paint's alpha
+};
+
+/// Turns a populator class into the functions of the three roles.
+///
+/// \tparam PopulatorT has `using Processor`, `Populate(x, y, length, Pixel* out)`, and, where its
+///         paint is the same everywhere, `GetUniformPixel()`.
+template<class PopulatorT>
+struct PopulatorForms
+{
+    using Processor = typename PopulatorT::Processor;
+    using Pixel = typename Processor::Pixel;
+
+    static constexpr bool IsUniform = requires(const PopulatorT& populator)
+    {
+        populator.GetUniformPixel();
+    };
+
+    /// The populator that plays \p role; \p populator must outlive it.
+    static SpanPopulator Make(PopulatorT& populator, PopulatorRole role)
+    {
+        switch (role) {
+        case PopulatorRole::Colour:
+            return {&Write, &populator, {}};
+        case PopulatorRole::ColourOver:
+            return {&Composite, &populator, {}};
+        case PopulatorRole::Transparency:
+            break;
+        }
+        return {&ScaleByAlpha, &populator, {}};
+    }
+
+private:
+    static void Write(void* context, void* scratch, int x, int y, unsigned length)
+    {
+        static_cast<PopulatorT*>(context)->Populate(x, y, length, static_cast<Pixel*>(scratch));
+    }
+
+    static void Composite(void* context, void* scratch, int x, int y, unsigned length)
+    {
+        ForBlocks(context, scratch, x, y, length,
+                  [](const Pixel& paint, Pixel& pixel) { pixel = Processor::Over(paint, pixel); });
+    }
+
+    static void ScaleByAlpha(void* context, void* scratch, int x, int y, unsigned length)
+    {
+        if constexpr (IsUniform) {
+            const auto alpha = static_cast<PopulatorT*>(context)->GetUniformPixel().Alpha();
+            auto* pixels = static_cast<Pixel*>(scratch);
+            for (unsigned i = 0; i < length; ++i)
+                pixels[i] = Processor::Scale(pixels[i], alpha);
+        } else {
+            ForBlocks(context, scratch, x, y, length, [](const Pixel& paint, Pixel& pixel) {
+                pixel = Processor::Scale(pixel, paint.Alpha());
+            });
+        }
+    }
+
+    /// Paints block by block aside and combines each with the scratch.
+    template<class Combine>
+    static void ForBlocks(void* context, void* scratch, int x, int y, unsigned length,
+                          Combine combine)
+    {
+        auto* pixels = static_cast<Pixel*>(scratch);
+        while (length > 0) {
+            Pixel paint[Processor::BlockLength];
+            const unsigned count = std::min(length, Processor::BlockLength);
+            static_cast<PopulatorT*>(context)->Populate(x, y, count, paint);
+            for (unsigned i = 0; i < count; ++i)
+                combine(paint[i], pixels[i]);
+            pixels += count;
+            x += static_cast<int>(count);
+            length -= count;
+        }
+    }
+};
+
+} // namespace Renderer
