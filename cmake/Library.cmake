@@ -1,36 +1,28 @@
-# Settings and functions that every folder's CMakeLists.txt uses.
-set(CMAKE_CXX_STANDARD 20)
-set(CMAKE_CXX_STANDARD_REQUIRED ON)
-set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_CXX_VISIBILITY_PRESET hidden)
-set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-
-find_program(CCACHE_PROGRAM ccache)
-if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
-endif()
-
-add_library(project_options INTERFACE)
-target_compile_options(project_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror -ffp-contract=off)
-target_include_directories(project_options INTERFACE ${CMAKE_SOURCE_DIR})
-
-# project_library(NAME DEPENDS lib… PRIVATE target…): compiles the folder's sources once, as the
-# object library NAME_objects, and links them into the shared library NAME. DEPENDS names other
-# libraries of this project, PRIVATE what only the sources see.
+# project_library(NAME DEPENDS lib… PRIVATE target… PRIVATE_HEADERS pattern…): compiles the folder's
+# sources once, as the object library NAME_objects, and links them into the shared library NAME.
+# DEPENDS names other libraries of this project, PRIVATE what only the sources see. All headers are
+# installed but those that PRIVATE_HEADERS names, as files in the folder or patterns for them.
 function(project_library name)
-  cmake_parse_arguments(ARG "" "" "DEPENDS;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "DEPENDS;PRIVATE;PRIVATE_HEADERS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp)
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS *.h)
+  if(ARG_PRIVATE_HEADERS)
+    file(GLOB private_headers CONFIGURE_DEPENDS ${ARG_PRIVATE_HEADERS})
+    list(REMOVE_ITEM headers ${private_headers})
+  endif()
+
   add_library(${name}_objects OBJECT ${sources})
+  target_link_libraries(${name}_objects PUBLIC project_options ${ARG_DEPENDS}
+                                        PRIVATE ${ARG_PRIVATE})
+
   add_library(${name} SHARED)
-  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
-  target_link_libraries(${name}_objects PUBLIC project_options PRIVATE ${ARG_PRIVATE})
-  foreach(dependency ${ARG_DEPENDS})
-    target_link_libraries(${name}_objects PUBLIC ${dependency})
-  endforeach()
+  add_library(Renderer::${name} ALIAS ${name})
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
+                                           SOVERSION ${PROJECT_VERSION_MAJOR})
+  target_compile_features(${name} INTERFACE cxx_std_20)
   target_link_libraries(${name} PRIVATE ${name}_objects ${ARG_PRIVATE} PUBLIC ${ARG_DEPENDS})
-  target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>)
+  target_sources(${name} INTERFACE FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}
+                                   FILES ${headers})
+  install(TARGETS ${name} EXPORT RendererTargets
+          FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/librenderer)
 endfunction()
