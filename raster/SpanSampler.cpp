@@ -205,13 +205,15 @@ void SpanSampler<P>::SampleCopy(int x, int y, unsigned length, P* out) const
     const std::int64_t end = position + length;
     while (position < end) {
         const std::int64_t index = MapIndex(position, width, m_extend);
+        if (index < 0) {
+            *out++ = P{};
+            ++position;
+            continue;
+        }
         // Pixels follow each other in the picture itself and in its repetitions.
         const bool isRun = index == position || m_extend == ExtendType::Wrap;
         const std::int64_t count = isRun ? std::min(end - position, width - index) : 1;
-        if (index >= 0)
-            std::memcpy(out, pixels + index, std::size_t(count) * sizeof(P));
-        else
-            *out = P{};
+        std::memcpy(out, pixels + index, std::size_t(count) * sizeof(P));
         out += count;
         position += count;
     }
