@@ -44,7 +44,7 @@ int GetOwnDescriptor(const fs::path& path)
 {
     if (path.parent_path() != "/proc/" + std::to_string(getpid()) + "/fd")
         return -1;
-    const std::string& name = path.filename().native();
+    const std::string name = path.filename().native();
     int number = -1;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
     return error == std::errc() && end == name.data() + name.size() ? number : -1;

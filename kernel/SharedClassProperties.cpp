@@ -8,8 +8,16 @@ namespace Kernel {
 
 struct SharedClassProperties::Table
 {
+    /// The count has an address of its own here: it is a virtual base, and the way to it from an
+    /// object that another thread is destroying would read what the destructor changes.
+    struct Instance
+    {
+        const SharedSerialisable* object;
+        const Countable* count;
+    };
+
     mutable std::mutex mutex;
-    std::unordered_multimap<std::uint64_t, const SharedSerialisable*> instances;
+    std::unordered_multimap<std::uint64_t, Instance> instances;
 };
 
 SharedClassProperties::SharedClassProperties() : m_table(std::make_unique<Table>()) {}
@@ -40,18 +48,19 @@ const SharedSerialisable* SharedClassProperties::Consolidate(SharedSerialisable&
     const std::lock_guard lock(record.m_table->mutex);
     const auto [first, last] = record.m_table->instances.equal_range(hash);
     for (auto entry = first; entry != last; ++entry) {
-        if (!entry->second->TryRetain())
+        const auto [candidate, count] = entry->second;
+        if (!count->TryRetain())
             continue;
-        candidates.push_back(Counted<const SharedSerialisable>::Adopt(entry->second));
-        if (candidates.back()->CompareMembers(object)) {
-            entry->second->Retain();
-            return entry->second;
+        candidates.push_back(Counted<const SharedSerialisable>::Adopt(candidate));
+        if (candidate->CompareMembers(object)) {
+            candidate->Retain();
+            return candidate;
         }
     }
+    record.m_table->instances.emplace(hash, Table::Instance{&object, &object});
     object.m_record = &record;
     object.m_hash = hash;
     object.Retain();
-    record.m_table->instances.emplace(hash, &object);
     return &object;
 }
 
@@ -60,7 +69,7 @@ void SharedClassProperties::Remove(const SharedSerialisable& object, std::uint64
     const std::lock_guard lock(m_table->mutex);
     const auto [first, last] = m_table->instances.equal_range(hash);
     for (auto entry = first; entry != last; ++entry) {
-        if (entry->second == &object) {
+        if (entry->second.object == &object) {
             m_table->instances.erase(entry);
             return;
         }
