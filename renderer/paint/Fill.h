@@ -82,6 +82,9 @@ protected:
     Fill(const Fill& other) = default;
 
     using ColourChange = void (*)(Colour& colour, double value);
+    /// The canonical instance of a fill with all its colours changed.
+    static Kernel::Consolidated<Fill> WithChangedColours(const Fill& fill, ColourChange change,
+                                                         double value);
 
 private:
     /// Applies a change to every colour that the fill holds.

@@ -13,14 +13,17 @@ struct Row
 };
 
 constexpr std::array<Row, 32> Rows{{
-    {"Normal", true},      {"Darken", true},      {"DarkerColor", true},  {"Multiply", true},
-    {"ColorBurn", true},   {"LinearBurn", true},  {"Lighten", true},      {"LighterColor", true},
-    {"Screen", true},      {"ColorDodge", true},  {"Add", false},         {"Overlay", true},
-    {"SoftLight", true},   {"HardLight", true},   {"VividLight", false},  {"PinLight", false},
-    {"LinearLight", false}, {"HardMix", false},   {"Difference", true},   {"Exclusion", true},
-    {"Subtract", false},   {"Hue", true},         {"Saturation", true},   {"Luminosity", true},
-    {"Color", true},       {"Average", false},    {"Negation", false},    {"Reflect", false},
-    {"Glow", false},       {"ContrastInvert", false}, {"Erase", false},   {"Mask", false},
+    {"Normal", true},     {"Darken", true},       {"DarkerColor", true},
+    {"Multiply", true},   {"ColorBurn", true},    {"LinearBurn", true},
+    {"Lighten", true},    {"LighterColor", true}, {"Screen", true},
+    {"ColorDodge", true}, {"Add", false},         {"Overlay", true},
+    {"SoftLight", true},  {"HardLight", true},    {"VividLight", false},
+    {"PinLight", false},  {"LinearLight", false}, {"HardMix", false},
+    {"Difference", true}, {"Exclusion", true},    {"Subtract", false},
+    {"Hue", true},        {"Saturation", true},   {"Luminosity", true},
+    {"Color", true},      {"Average", false},     {"Negation", false},
+    {"Reflect", false},   {"Glow", false},        {"ContrastInvert", false},
+    {"Erase", false},     {"Mask", false},
 }};
 
 } // namespace
