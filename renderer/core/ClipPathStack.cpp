@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 #include <renderer/core/coverage/AddPolygons.h>
+#include <renderer/core/DevicePixels.h>
 
 namespace Renderer {
 
@@ -13,17 +13,6 @@ using Kernel::RectT;
 using Polygons = Geometry::PolyPolygonType<double>;
 
 namespace {
-
-/// The tolerance that decides whole-pixel placement, in pixels.
-constexpr double WholePixelTolerance = 1e-6;
-
-std::optional<int> ToWholePixel(double value)
-{
-    const double rounded = std::round(value);
-    if (!(std::abs(rounded) < 1e9) || std::abs(value - rounded) > WholePixelTolerance)
-        return std::nullopt;
-    return static_cast<int>(rounded);
-}
 
 /// The rectangle that the polygons are, if they are one on whole pixels; else unset.
 RectT<int> FindWholePixelRect(const Polygons& polygons)
@@ -36,9 +25,7 @@ RectT<int> FindWholePixelRect(const Polygons& polygons)
     if (points.size() != 4 && !repeatsStart)
         return none;
     const auto box = polygons.GetBoundingBox().GetRect();
-    const auto left = ToWholePixel(box.left), top = ToWholePixel(box.top);
-    const auto right = ToWholePixel(box.right), bottom = ToWholePixel(box.bottom);
-    if (!left || !top || !right || !bottom)
+    if (!IsOnWholePixels(box))
         return none;
     // Neighbours must share exactly one coordinate, and opposite corners none.
     const auto onLeft = [&](std::size_t i) {
@@ -60,7 +47,7 @@ RectT<int> FindWholePixelRect(const Polygons& polygons)
             (onLeft(i) == onLeft(next)) == (onTop(i) == onTop(next)))
             return none;
     }
-    return {*left, *top, *right, *bottom};
+    return RoundToPixels(box);
 }
 
 /// Narrows \p state by another one.

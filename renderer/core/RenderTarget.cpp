@@ -29,8 +29,7 @@ double RenderTarget::GetLogicalExpansionTolerance() const
 
 double RenderTarget::GetLineWeightDevice(const LineStyleDescriptorConst& lineStyle) const
 {
-    return lineStyle.GetEffectiveWeight(
-        GetCurrentTransform(), AffineTransform::Concatenate(GetScalarTransform(), m_logToDev));
+    return lineStyle.GetEffectiveWeight(GetCurrentTransform(), GetScalarTransform(), m_logToDev);
 }
 
 // ---- transforms ----
@@ -164,17 +163,18 @@ void RenderTarget::DrawGlyphMetrics(
         const auto& outline = glyph->GetOutline();
         if (!outline || outline->IsEmpty())
             continue;
-        // Outlines are in em units with y upwards.
+        // Outlines are in units of the em.
         const auto transform = AffineTransform::Concatenate(
-            AffineTransform::Concatenate(AffineTransform::Scaling(size, -size),
+            AffineTransform::Concatenate(AffineTransform::Scaling(size, size),
                                          AffineTransform::Rotation(rotation)),
             AffineTransform::Translation(place.x, place.y));
-        const auto box = outline->GetBoundingBox();
+        const auto& box = glyph->GetBounds();
         if (!box.IsValid())
             continue;
         Kernel::RectT<double> bounds = AffineTransform::MapRect(transform, box.GetRect());
         if (stroked)
-            bounds = lineStyle.InflateBaseRect(bounds, GetCurrentTransform(), GetScalarTransform());
+            bounds = lineStyle.InflateBaseRect(bounds, GetCurrentTransform(), GetScalarTransform(),
+                                               m_logToDev);
         if (!IsRectInClip(bounds, false))
             continue;
         Kernel::Counted<Geometry::PolyCurveDbl> curve = outline->Clone();

@@ -17,11 +17,13 @@
 #include <kernel/Point.h>
 #include <kernel/Rect.h>
 #include <raster/AffineTransform.h>
+#include <raster/ColourTransform.h>
 #include <raster/DynamicBitmap.h>
 #include <raster/DynamicBuffer.h>
 #include <raster/Format.h>
 #include <raster/ICCManager.h>
 #include <renderer/core/RenderingFilter.h>
+#include <renderer/effects/FilterEffectsContext.h>
 #include <renderer/Export.h>
 #include <renderer/paint/BlendOptions.h>
 #include <renderer/paint/Colour.h>
@@ -29,14 +31,9 @@
 #include <renderer/paint/FillDescriptorConst.h>
 #include <renderer/paint/LineStyleDescriptorConst.h>
 
-namespace Raster {
-class ColourTransform;
-}
-
 namespace Renderer {
 
 class FileExportOptions;
-class FilterEffectsContext;
 using Raster::ColourTransform;
 
 /// A set of poly-curves, each with its own transform.

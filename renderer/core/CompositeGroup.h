@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include <kernel/Counted.h>
+#include <kernel/Point.h>
+#include <kernel/Rect.h>
+#include <raster/DynamicBuffer.h>
+#include <renderer/paint/BlendOptions.h>
+#include <renderer/paint/FillBlendMode.h>
+
+namespace Renderer {
+
+/// An open composite group of a bitmap target.
+struct CompositeGroup
+{
+    FillBlendMode::BlendMode mode;
+    BlendOptions options;
+    float opacity;
+    /// The group's pixels, empty when nothing of it can be seen; page pixel rect.left, rect.top is
+    /// its first.
+    Kernel::Counted<Raster::DynamicBuffer> buffer;
+    Kernel::RectT<int> rect{};
+    /// What drawing went to before.
+    Kernel::Counted<Raster::DynamicBuffer> parent;
+    Kernel::PointT<int> parentOrigin{};
+    std::size_t sealedClipPaths = 0;
+};
+
+/// Buffers of closed groups, kept for the next ones.
+class SpareBuffers
+{
+public:
+    /// A transparent buffer of at least the given size; empty when none can be had.
+    Kernel::Counted<Raster::DynamicBuffer> Take(Raster::Format format, unsigned width,
+                                                unsigned height);
+    void Give(Kernel::Counted<Raster::DynamicBuffer> buffer);
+    void Clear() { m_buffers.clear(); }
+
+private:
+    static constexpr std::size_t MaxCount = 4;
+
+    std::vector<Kernel::Counted<Raster::DynamicBuffer>> m_buffers;
+};
+
+} // namespace Renderer

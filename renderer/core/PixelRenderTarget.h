@@ -1,0 +1,239 @@
+#pragma once
+
+#include <vector>
+
+#include <renderer/core/BitmapRenderTarget.h>
+#include <renderer/core/ClipPathStack.h>
+#include <renderer/core/CompositeGroup.h>
+#include <renderer/core/RenderTargetRasterizer.h>
+#include <renderer/core/span/BitmapCache.h>
+#include <renderer/core/span/PopulatorFactory.h>
+#include <renderer/core/span/PopulatorStore.h>
+
+namespace Renderer {
+
+/// Everything of the bitmap targets that does not depend on the pixel format: how a drawing call
+/// becomes populators, coverage and blended spans; clips, groups and buffers. The format comes in
+/// through a few hooks that are called once per drawing call, never per pixel.
+class PixelRenderTarget : public BitmapRenderTarget
+{
+public:
+    using Transform = Raster::AffineTransform::Params;
+
+    ~PixelRenderTarget() override;
+
+    // Drawing
+    void DrawPolyCurve(Kernel::Counted<const Geometry::PolyCurveDbl> curve, float opacity,
+                       FillBlendMode::BlendMode mode, const BlendOptions& options,
+                       const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
+                       const FillDescriptorConst& lineFill,
+                       const LineStyleDescriptorConst& lineStyle,
+                       Geometry::WindingOrderMode winding, bool antialias,
+                       bool antialiasUnderClip) override;
+    void DrawPolyPolygon(Kernel::Counted<const PolyPolygon> polygons, float opacity,
+                         FillBlendMode::BlendMode mode, const BlendOptions& options,
+                         const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
+                         Geometry::WindingOrderMode winding, bool antialias,
+                         bool antialiasUnderClip) override;
+    void DrawPolyPolyline(Kernel::Counted<const PolyPolygon> polylines, float opacity,
+                          FillBlendMode::BlendMode mode, const BlendOptions& options,
+                          const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
+                          const LineStyleDescriptorConst& lineStyle) override;
+    void DrawBuffer(const Kernel::RectT<double>& dest,
+                    Kernel::Counted<const Raster::DynamicBuffer> buffer, float opacity,
+                    FillBlendMode::BlendMode mode, const BlendOptions& options,
+                    bool antialiasUnderClip) override;
+    void Interpolate(float opacity, FillBlendMode::BlendMode mode, const BlendOptions& options,
+                     const FillDescriptorConst& fill,
+                     const FillDescriptorConst& transparency) override;
+    void Clear() override;
+
+    // Groups and effects
+    void PushAlphaChannelOnly() override;
+    void PopAlphaChannelOnly() override;
+    void
+    SplitFilterEffects(Kernel::Counted<const FilterEffectsContext> effects,
+                       Kernel::RectT<double> bounds,
+                       std::vector<Kernel::Counted<const FilterEffectsContext>>& parts) override;
+    bool PushFilterEffects(Kernel::Counted<const FilterEffectsContext> effects,
+                           Kernel::RectT<double> bounds) override;
+    void PopFilterEffects() override;
+    void PushFilterEffectsSupport(bool needsContent, bool needsShape, bool needsBackdrop,
+                                  bool knocksOut, bool clipsToShape, FillBlendMode::BlendMode mode,
+                                  const BlendOptions& options, double opacity) override;
+    void PopFilterEffectsSupport() override;
+    void PushComposite(CompositeInit init, FillBlendMode::BlendMode mode,
+                       const BlendOptions& options, float opacity) override;
+    void PopCompositeAsTransparency(const FillDescriptorConst& fill,
+                                    const FillDescriptorConst& transparency) override;
+    void PopCompositeAsFill(const FillDescriptorConst& fill,
+                            const FillDescriptorConst& transparency) override;
+    void PopCompositeAsFillAndInterpolate(const FillDescriptorConst& fill) override;
+    void PopCompositeAsTransparencyAndInterpolate(const FillDescriptorConst& fill) override;
+
+    // State
+    /// The format is fixed; only the profiles are taken.
+    void SetColourFormatAndProfiles(Raster::Format format,
+                                    Raster::ICCManager::ICCProfileSet profiles) override;
+
+    // Clips
+    void PushClipPath(Kernel::Counted<const PolyPolygon> polygons,
+                      Geometry::WindingOrderMode winding) override;
+    void PushClipCurvesPath(Kernel::Counted<const Geometry::PolyCurveDbl> curve,
+                            Geometry::WindingOrderMode winding) override;
+    void PushClipPolyCurvesPath(Kernel::Counted<const ConstPolyPolyCurve> curves,
+                                Geometry::WindingOrderMode winding) override;
+    void PopClipPath() override;
+    void PushClipPathGroup() override;
+    void PopClipPathGroup() override;
+    bool HasClipPaths() const override;
+    void PushLogicalDeviceClip(Kernel::RectT<double> rect) override;
+    void PopDeviceClip() override;
+    /// Narrows the device clip to a rectangle of the page's pixels.
+    void PushAbsoluteDeviceClip(const Kernel::RectT<int>& rect);
+
+    // Colour transforms
+    void PushColourTransform(Kernel::Counted<ColourTransform> transform) override;
+    void PopColourTransform() override;
+    void SetColourTransforms(const ColourTransforms& transforms) override;
+    ColourTransforms GetColourTransforms() const override;
+
+    // Buffers
+    bool CreateBuffer(unsigned width, unsigned height) override;
+    bool AttachBuffer(Kernel::Counted<Raster::DynamicBuffer> buffer,
+                      Kernel::RectT<int> rect) override;
+    void DetachBuffer() override;
+    Kernel::Counted<Raster::DynamicBuffer> GetBuffer() const override;
+    Kernel::Counted<Raster::DynamicBuffer> GetCurrentBuffer() const override;
+    Kernel::Counted<Raster::DynamicBuffer> GetCurrentMaskBuffer() const override;
+    BufferState GetBufferState() const override;
+    bool SetBufferState(BufferState state) override;
+    void SetGamma(double gamma) override;
+    void PushLiveFilters(Kernel::RectT<int> rect) override;
+    void PopLiveFilters() override;
+
+protected:
+    /// \param table the blend functions of the format; kept by reference.
+    PixelRenderTarget(Raster::Format format, const SpanBlendTable& table,
+                      Raster::ICCManager::ICCProfileSet profiles);
+
+    /// \name What a pixel format adds
+    /// Populators live in GetPopulators() until the call ends.
+    /// @{
+
+    /// Makes the populator of a fill that is no stack. \return false when it cannot be drawn.
+    virtual bool MakeFillPopulator(const Fill& fill, const Transform& fillToDevice,
+                                   PopulatorRole role, SpanPopulator& out) = 0;
+    /// Makes a transparency populator of one alpha.
+    virtual SpanPopulator MakeAlphaPopulator(unsigned char alpha) = 0;
+    /// \return false when the present colour transforms change nothing.
+    virtual bool MakeColourTransformPopulator(SpanPopulator& out) = 0;
+    /// @}
+
+    PopulatorStore& GetPopulators() { return m_populators; }
+    const ColourTransforms& GetActiveColourTransforms() const { return m_colourTransforms; }
+    /// What fills need to know about this target.
+    PopulatorContext GetPopulatorContext();
+
+    /// How a path is turned into coverage.
+    struct PathRule
+    {
+        Geometry::WindingOrderMode winding;
+        bool antialias;
+        bool antialiasUnderClip;
+    };
+    /// How what is drawn combines with what lies below.
+    struct Composition
+    {
+        float opacity;
+        FillBlendMode::BlendMode mode;
+        const BlendOptions& options;
+    };
+
+    RenderTargetRasterizer& GetRasterizer() { return m_rasterizer; }
+
+    /// Adds the colour populator of a paint. \return false when nothing can be drawn.
+    /// \param bounds where it will be asked for colours, give or take a few pixels: a hint that the
+    ///        present populators do without.
+    bool AddFillPopulator(const FillDescriptorConst& fill, const Kernel::RectT<int>& bounds);
+    void AddColourTransformPopulators();
+    /// Adds a populator that scales by a paint's alpha; an empty descriptor or FillNone adds
+    /// nothing and succeeds. \return false when nothing can be drawn.
+    bool AddTransPopulator(const FillDescriptorConst& transparency,
+                           const Kernel::RectT<int>& bounds);
+    /// Feeds polygons, mapped by \p transform, to the rasteriser and runs the span loop.
+    void RasterizePolyPolygon(const PolyPolygon& polygons, const Transform& transform,
+                              const PathRule& rule);
+
+private:
+    /// Resets populators and rasteriser at the end of a call, on every path.
+    class CallScope;
+
+    bool CanDraw(float opacity) const;
+    double GetFlatteningTolerance() const;
+    /// The fill's populators in the given role.
+    bool AddPopulator(const FillDescriptorConst& paint, PopulatorRole role);
+    void AddOpacityPopulator(float opacity);
+    /// Gamma, blend function, paint and opacity of a call. \return false when nothing can be drawn.
+    bool PrepareCall(const Composition& composition, const FillDescriptorConst& fill,
+                     const FillDescriptorConst& transparency, const Kernel::RectT<int>& bounds);
+    void DrawPolygons(const PolyPolygon& polygons, const Transform& transform,
+                      const Composition& composition, const FillDescriptorConst& fill,
+                      const FillDescriptorConst& transparency, const PathRule& rule);
+    void DrawStroke(const Geometry::PolyCurveDbl& curve, const Composition& composition,
+                    const FillDescriptorConst& lineFill, const FillDescriptorConst& transparency,
+                    const LineStyleDescriptorConst& lineStyle, const PathRule& rule);
+    void FillAndStroke(const Geometry::PolyCurveDbl& curve, const Composition& composition,
+                       const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
+                       const FillDescriptorConst& lineFill,
+                       const LineStyleDescriptorConst& lineStyle, const PathRule& rule);
+    Kernel::RectT<int> GetDeviceBounds(const PolyPolygon& polygons,
+                                       const Transform& transform) const;
+    const ClipState& UpdateClipRasterizer();
+    void PushClip(const PolyPolygon& logical, const Transform& transform,
+                  Geometry::WindingOrderMode winding);
+    void PushDeviceClip(const Kernel::RectT<int>& rect, bool withClipPath);
+
+    void ShowBuffer(const Kernel::Counted<Raster::DynamicBuffer>& buffer,
+                    Kernel::PointT<int> origin);
+    /// Closes the innermost group and gives it back; its buffer stays alive with it.
+    CompositeGroup CloseComposite();
+    void CopyBackdrop(const CompositeGroup& group, bool colourOnly);
+    /// Paints a fill over the innermost group, within its alpha.
+    void PaintOverGroup(const FillDescriptorConst& fill);
+    /// Paints a closed group, or \p fill scaled by its alpha when that is not empty.
+    void PaintGroup(const CompositeGroup& group, const FillDescriptorConst& fill,
+                    const FillDescriptorConst& transparency);
+    /// Adds the populator that reads a group's pixels in place.
+    bool AddGroupPopulator(const CompositeGroup& group, PopulatorRole role);
+
+    struct DeviceClip
+    {
+        Kernel::RectT<int> rect;
+        bool withClipPath;
+    };
+
+    unsigned m_pixelSize;
+    RenderTargetRasterizer m_rasterizer;
+    PopulatorStore m_populators;
+    BitmapCache m_bitmaps;
+    PolyPolygon m_polygons; // what a call flattens, kept for its memory
+    PolyPolygon m_outline;  // of the call's stroke
+    double m_gamma = 1.0;
+
+    Kernel::Counted<Raster::DynamicBuffer> m_buffer;  // the destination
+    Kernel::RectT<int> m_bufferRect{};                // what it shows of the page
+    Kernel::PointT<int> m_bufferOrigin{};             // where on the page its first pixel lies
+    Kernel::Counted<Raster::DynamicBuffer> m_current; // the destination or a group's buffer
+    Kernel::PointT<int> m_currentOrigin{};
+
+    std::vector<DeviceClip> m_deviceClips; // what each push replaced
+    ClipPathStack m_clipPaths;
+    std::vector<CompositeGroup> m_groups;
+    SpareBuffers m_spareBuffers;
+    ColourTransforms m_colourTransforms;
+    std::vector<Kernel::RectT<int>> m_liveFilters;                   // none overlap
+    std::vector<std::vector<Kernel::RectT<int>>> m_liveFilterLevels; // what each push replaced
+};
+
+} // namespace Renderer

@@ -1,0 +1,323 @@
+// Drawing calls of PixelRenderTarget: from paths and paint to the span loop.
+
+#include <algorithm>
+
+#include <geometry/Stroker.h>
+#include <renderer/core/CallScope.h>
+#include <renderer/core/DevicePixels.h>
+#include <renderer/core/PixelRenderTarget.h>
+#include <renderer/paint/FillBuffer.h>
+#include <renderer/paint/FillMulti.h>
+
+namespace Renderer {
+
+using Geometry::WindingOrderMode;
+using Kernel::Counted;
+using Kernel::RectT;
+using Raster::AffineTransform;
+
+// ---- paint ----
+
+PopulatorContext PixelRenderTarget::GetPopulatorContext()
+{
+    return {GetProfiles(), GetDownResamplerType(), m_current.Get(), m_currentOrigin, m_bitmaps};
+}
+
+bool PixelRenderTarget::AddFillPopulator(const FillDescriptorConst& fill, const RectT<int>&)
+{
+    return AddPopulator(fill, PopulatorRole::Colour);
+}
+
+bool PixelRenderTarget::AddTransPopulator(const FillDescriptorConst& transparency,
+                                          const RectT<int>&)
+{
+    return transparency.IsFillNone() || AddPopulator(transparency, PopulatorRole::Transparency);
+}
+
+bool PixelRenderTarget::AddPopulator(const FillDescriptorConst& paint, PopulatorRole role)
+{
+    const Fill& fill = *paint.GetFill();
+    if (fill.IsFillNone())
+        return true;
+    if (fill.GetKind() == Fill::Kind::Multi) {
+        for (const auto& part : static_cast<const FillMulti&>(fill).GetDescriptors()) {
+            if (part->IsFillNone())
+                continue;
+            if (!AddPopulator(*part, role))
+                return false;
+            if (role == PopulatorRole::Colour)
+                role = PopulatorRole::ColourOver;
+        }
+        return true;
+    }
+    SpanPopulator populator;
+    if (!MakeFillPopulator(
+            fill, AffineTransform::Concatenate(paint.GetTransform(), GetCurrentTransform()), role,
+            populator))
+        return false;
+    if (role == PopulatorRole::Transparency)
+        m_rasterizer.AddTransparencySpanPopulator(populator);
+    else
+        m_rasterizer.AddColourSpanPopulator(populator);
+    return true;
+}
+
+void PixelRenderTarget::AddColourTransformPopulators()
+{
+    SpanPopulator populator;
+    if (!m_colourTransforms.empty() && MakeColourTransformPopulator(populator))
+        m_rasterizer.AddColourSpanPopulator(populator);
+}
+
+void PixelRenderTarget::AddOpacityPopulator(float opacity)
+{
+    if (opacity < 1.0F)
+        m_rasterizer.AddTransparencySpanPopulator(
+            MakeAlphaPopulator(static_cast<unsigned char>(opacity * 255.0F)));
+}
+
+// ---- the road of one call ----
+
+bool PixelRenderTarget::CanDraw(float opacity) const
+{
+    return m_current && opacity > 0.0F && !IsAborting();
+}
+
+double PixelRenderTarget::GetFlatteningTolerance() const
+{
+    // The tolerance by the library's scale is too coarse where a map stretches one direction far
+    // more than (1, 1).
+    const double logical = GetLogicalExpansionTolerance();
+    const double stretch = AffineTransform::GetLargestSingularValue(GetCurrentTransform());
+    return stretch > 0.0 ? std::min(logical, GetDeviceExpansionTolerance() / stretch) : logical;
+}
+
+RectT<int> PixelRenderTarget::GetDeviceBounds(const PolyPolygon& polygons,
+                                              const Transform& transform) const
+{
+    const auto box = polygons.GetBoundingBox();
+    if (!box.IsValid())
+        return RectT<int>::MakeUnset();
+    const RectT<double> device = AffineTransform::MapRect(transform, box.GetRect());
+    return RectT<int>{TruncateToInt(device.left), TruncateToInt(device.top),
+                      TruncateToInt(device.right), TruncateToInt(device.bottom)}
+        .Intersect(GetDeviceClip());
+}
+
+const ClipState& PixelRenderTarget::UpdateClipRasterizer()
+{
+    return m_clipPaths.Update(GetDeviceClip());
+}
+
+bool PixelRenderTarget::PrepareCall(const Composition& composition, const FillDescriptorConst& fill,
+                                    const FillDescriptorConst& transparency,
+                                    const RectT<int>& bounds)
+{
+    m_rasterizer.SelectBlend(composition.mode, composition.options.GetBlendGamma());
+    if (!AddFillPopulator(fill, bounds))
+        return false;
+    AddColourTransformPopulators();
+    if (!AddTransPopulator(transparency, bounds))
+        return false;
+    AddOpacityPopulator(composition.opacity);
+    return !IsAborting();
+}
+
+void PixelRenderTarget::DrawPolygons(const PolyPolygon& polygons, const Transform& transform,
+                                     const Composition& composition,
+                                     const FillDescriptorConst& fill,
+                                     const FillDescriptorConst& transparency, const PathRule& rule)
+{
+    if (polygons.IsEmpty() || fill.IsFillNone() || GetDeviceClip().IsEmpty())
+        return;
+    const RectT<int> bounds = GetDeviceBounds(polygons, transform);
+    if (bounds.IsUnset())
+        return;
+    CallScope scope(*this);
+    scope.SetGammaCurve(composition.options.GetAntialiasingGamma());
+    if (PrepareCall(composition, fill, transparency, bounds))
+        RasterizePolyPolygon(polygons, transform, rule);
+}
+
+void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
+                                             const Transform& transform, const PathRule& rule)
+{
+    if (IsAborting() || !m_current)
+        return;
+    const bool clipped = !m_clipPaths.IsEmpty();
+    RectT<int> window = GetDeviceClip();
+    const Coverage::ClipCoverage* clip = nullptr;
+    if (clipped) {
+        const ClipState& state = UpdateClipRasterizer();
+        window = window.Intersect(state.window);
+        clip = state.coverage.Get();
+    }
+    m_rasterizer.SetClipBox(window);
+    const bool evenOdd = m_rasterizer.IsEvenOdd();
+    m_rasterizer.SetEvenOdd(rule.winding == WindingOrderMode::EvenOdd);
+    m_rasterizer.AddPolygons(polygons, transform);
+    if (!IsAborting()) {
+        m_current->SyncHostCache();
+        m_rasterizer.Render(GetAntialias() && (clipped ? rule.antialiasUnderClip : rule.antialias),
+                            clip, GetAbortingPointer());
+        m_current->InvalidateHardwareCache(GetDeviceClip());
+    }
+    m_rasterizer.SetEvenOdd(evenOdd);
+}
+
+// ---- drawing calls ----
+
+void PixelRenderTarget::DrawPolyPolygon(Counted<const PolyPolygon> polygons, float opacity,
+                                        FillBlendMode::BlendMode mode, const BlendOptions& options,
+                                        const FillDescriptorConst& fill,
+                                        const FillDescriptorConst& transparency,
+                                        WindingOrderMode winding, bool antialias,
+                                        bool antialiasUnderClip)
+{
+    if (CanDraw(opacity) && polygons)
+        DrawPolygons(*polygons, GetCurrentTransform(), {opacity, mode, options}, fill, transparency,
+                     {winding, antialias, antialiasUnderClip});
+}
+
+void PixelRenderTarget::DrawPolyCurve(Counted<const Geometry::PolyCurveDbl> curve, float opacity,
+                                      FillBlendMode::BlendMode mode, const BlendOptions& options,
+                                      const FillDescriptorConst& fill,
+                                      const FillDescriptorConst& transparency,
+                                      const FillDescriptorConst& lineFill,
+                                      const LineStyleDescriptorConst& lineStyle,
+                                      WindingOrderMode winding, bool antialias,
+                                      bool antialiasUnderClip)
+{
+    if (!CanDraw(opacity) || !curve || curve->IsEmpty())
+        return;
+    const PathRule rule{winding, antialias, antialiasUnderClip};
+    const bool filled = !fill.IsFillNone();
+    const bool stroked = lineStyle.IsLineStyleVisible(lineFill);
+    // Fill and stroke that overlap and do not simply cover what is below are one object.
+    const bool plain =
+        opacity >= 1.0F && mode == FillBlendMode::Normal && transparency.IsFillNone();
+    if (filled && stroked && !plain &&
+        lineStyle.GetStrokeAlignment() != LineStyleDescriptorConst::Outside) {
+        const RectT<double> bounds =
+            lineStyle.InflateBaseRect(curve->GetBoundingBox().GetRect(), GetCurrentTransform(),
+                                      GetScalarTransform(), GetLogToDevTransform());
+        PushAbsoluteDeviceClip(
+            GrowToPixels(AffineTransform::MapRect(GetCurrentTransform(), bounds)));
+        PushComposite(CompositeInit::Clear, mode, options, opacity);
+        FillAndStroke(*curve, {1.0F, FillBlendMode::Normal, options}, fill, {}, lineFill, lineStyle,
+                      {winding, antialias, antialias});
+        PopCompositeAsFill({}, transparency);
+        PopDeviceClip();
+        return;
+    }
+    FillAndStroke(*curve, {opacity, mode, options}, fill, transparency, lineFill, lineStyle, rule);
+}
+
+void PixelRenderTarget::FillAndStroke(const Geometry::PolyCurveDbl& curve,
+                                      const Composition& composition,
+                                      const FillDescriptorConst& fill,
+                                      const FillDescriptorConst& transparency,
+                                      const FillDescriptorConst& lineFill,
+                                      const LineStyleDescriptorConst& lineStyle,
+                                      const PathRule& rule)
+{
+    const bool stroked = lineStyle.IsLineStyleVisible(lineFill);
+    if (stroked && lineStyle.GetBehind())
+        DrawStroke(curve, composition, lineFill, transparency, lineStyle, rule);
+    if (!fill.IsFillNone()) {
+        m_polygons.Clear();
+        curve.ExpandAdaptive(GetFlatteningTolerance(), m_polygons);
+        DrawPolygons(m_polygons, GetCurrentTransform(), composition, fill, transparency, rule);
+    }
+    if (stroked && !lineStyle.GetBehind())
+        DrawStroke(curve, composition, lineFill, transparency, lineStyle, rule);
+}
+
+void PixelRenderTarget::DrawPolyPolyline(Counted<const PolyPolygon> polylines, float opacity,
+                                         FillBlendMode::BlendMode mode, const BlendOptions& options,
+                                         const FillDescriptorConst& fill,
+                                         const FillDescriptorConst& transparency,
+                                         const LineStyleDescriptorConst& lineStyle)
+{
+    if (!CanDraw(opacity) || !polylines || polylines->IsEmpty() ||
+        !lineStyle.IsLineStyleVisible(fill))
+        return;
+    Geometry::PolyCurveDbl curve;
+    for (std::size_t i = 0; i < polylines->GetPolygonCount(); ++i) {
+        const auto points = polylines->GetPolygon(i).points;
+        if (points.empty())
+            continue;
+        Geometry::CurveDbl run(points.front());
+        for (const auto& point : points.subspan(1))
+            run.LineTo(point);
+        curve.AddCurve(std::move(run));
+    }
+    DrawStroke(curve, {opacity, mode, options}, fill, transparency, lineStyle,
+               {WindingOrderMode::NonZero, true, true});
+}
+
+void PixelRenderTarget::DrawStroke(const Geometry::PolyCurveDbl& curve,
+                                   const Composition& composition,
+                                   const FillDescriptorConst& lineFill,
+                                   const FillDescriptorConst& transparency,
+                                   const LineStyleDescriptorConst& lineStyle, const PathRule& rule)
+{
+    const LineStyle& style = *lineStyle.GetLineStyle();
+    const Transform current = GetCurrentTransform();
+    const double weight = GetLineWeightDevice(lineStyle);
+    Geometry::StrokeParameters stroke;
+    stroke.cap = static_cast<Geometry::StrokeCap>(style.GetCap());
+    stroke.join = static_cast<Geometry::StrokeJoin>(style.GetJoin());
+    stroke.mitreLimit = style.GetMiterLimit();
+
+    // Resolution-independent strokes are built on the device; others where the path is, so that the
+    // pen follows the map.
+    double scale = 1.0;
+    if (!style.GetResIndependent()) {
+        scale = AffineTransform::GetScale(current);
+        if (!(scale > 0.0))
+            scale = 1.0;
+    }
+    stroke.width = weight / scale;
+    std::vector<double> dashes;
+    if (style.GetType() == LineStyle::Dashed) {
+        // Dashes are in the units of the weight and scale like it.
+        const double unit = stroke.width / style.GetWeight();
+        dashes = style.GetDashPattern();
+        for (double& dash : dashes)
+            dash *= unit;
+        stroke.dashes = dashes;
+        stroke.dashPhase = style.GetDashPhase() * unit;
+    }
+    m_outline.Clear();
+    PathRule outlineRule = rule;
+    outlineRule.winding = WindingOrderMode::NonZero;
+    if (style.GetResIndependent()) {
+        Geometry::PolyCurveDbl device = curve;
+        device.Transform([&](Kernel::PointT<double> point) { return current.Map(point); });
+        stroke.tolerance = GetDeviceExpansionTolerance();
+        Geometry::StrokePolyCurve(device, stroke, m_outline);
+        DrawPolygons(m_outline, {}, composition, lineFill, transparency, outlineRule);
+    } else {
+        stroke.tolerance = GetFlatteningTolerance();
+        Geometry::StrokePolyCurve(curve, stroke, m_outline);
+        DrawPolygons(m_outline, current, composition, lineFill, transparency, outlineRule);
+    }
+}
+
+void PixelRenderTarget::DrawBuffer(const RectT<double>& dest,
+                                   Counted<const Raster::DynamicBuffer> buffer, float opacity,
+                                   FillBlendMode::BlendMode mode, const BlendOptions& options,
+                                   bool antialiasUnderClip)
+{
+    if (!CanDraw(opacity) || !buffer)
+        return;
+    const FillDescriptorConst fill(
+        FillBuffer::Create(buffer, Raster::ExtendType::Clamp, GetUpResamplerType()),
+        AffineTransform::FromRect(dest));
+    const PolyPolygon polygon(dest);
+    DrawPolygons(polygon, GetCurrentTransform(), {opacity, mode, options}, fill, {},
+                 {WindingOrderMode::EvenOdd, true, antialiasUnderClip});
+}
+
+} // namespace Renderer

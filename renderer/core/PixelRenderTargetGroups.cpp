@@ -1,0 +1,179 @@
+// Composite groups of PixelRenderTarget.
+//
+// A group is drawn into a buffer of the size of the device clip, with no clip path in force;
+// closing it paints that buffer into what lies below like any other paint, over the whole device
+// clip and under the clip paths that were in force when it was opened.
+
+#include <algorithm>
+
+#include <raster/Pixel.h>
+#include <renderer/core/CallScope.h>
+#include <renderer/core/PixelRenderTarget.h>
+#include <renderer/paint/FillBuffer.h>
+
+namespace Renderer {
+
+using Kernel::Counted;
+using Kernel::RectT;
+using Raster::AffineTransform;
+
+void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMode mode,
+                                      const BlendOptions& options, float opacity)
+{
+    CompositeGroup group{mode,      options,         opacity, {}, GetDeviceClip(),
+                         m_current, m_currentOrigin, 0};
+    if (!m_clipPaths.IsEmpty())
+        group.rect = group.rect.Intersect(UpdateClipRasterizer().window);
+    if (m_current && !group.rect.IsEmpty())
+        group.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(group.rect.Width()),
+                                           unsigned(group.rect.Height()));
+    // Without a buffer (nothing can be seen, or no memory) the group swallows what is drawn into
+    // it.
+    if (!group.buffer)
+        group.rect = {};
+    else if (init == CompositeInit::CopyBackdrop || init == CompositeInit::CopyBackdropColour)
+        CopyBackdrop(group, init == CompositeInit::CopyBackdropColour);
+    group.sealedClipPaths = m_clipPaths.Seal();
+    PushDeviceClip(group.rect, false);
+    ShowBuffer(group.buffer, {group.rect.left, group.rect.top});
+    m_groups.push_back(std::move(group));
+}
+
+namespace {
+
+/// Makes pixels transparent and keeps their colour channels.
+void ClearAlpha(Raster::Format format, void* pixels, unsigned count)
+{
+    Raster::WithPixelOfFormat(format, false, [&]<class P>(P) {
+        for (unsigned i = 0; i < count; ++i)
+            static_cast<P*>(pixels)[i].Alpha() = {};
+        return true;
+    });
+}
+
+} // namespace
+
+void PixelRenderTarget::CopyBackdrop(const CompositeGroup& group, bool colourOnly)
+{
+    const std::size_t pixelSize = group.buffer->GetPixelSize();
+    for (int y = group.rect.top; y < group.rect.bottom; ++y) {
+        const unsigned char* const from =
+            m_rasterizer.GetRow(y) + std::size_t(group.rect.left - m_currentOrigin.x) * pixelSize;
+        unsigned char* const to = group.buffer->GetRow(unsigned(y - group.rect.top));
+        std::copy_n(from, std::size_t(group.rect.Width()) * pixelSize, to);
+        if (colourOnly)
+            ClearAlpha(GetColourFormat(), to, unsigned(group.rect.Width()));
+    }
+}
+
+CompositeGroup PixelRenderTarget::CloseComposite()
+{
+    CompositeGroup group = std::move(m_groups.back());
+    m_groups.pop_back();
+    PopDeviceClip();
+    m_clipPaths.Unseal(group.sealedClipPaths);
+    ShowBuffer(group.parent, group.parentOrigin);
+    return group;
+}
+
+void PixelRenderTarget::PopCompositeAsFill(const FillDescriptorConst& fill,
+                                           const FillDescriptorConst& transparency)
+{
+    if (m_groups.empty())
+        return;
+    if (!fill.IsFillNone() && m_groups.back().buffer && !IsAborting())
+        PaintOverGroup(fill);
+    CompositeGroup group = CloseComposite();
+    PaintGroup(group, {}, transparency);
+    m_spareBuffers.Give(std::move(group.buffer));
+}
+
+void PixelRenderTarget::PopCompositeAsTransparency(const FillDescriptorConst& fill,
+                                                   const FillDescriptorConst& transparency)
+{
+    if (m_groups.empty())
+        return;
+    CompositeGroup group = CloseComposite();
+    if (!fill.IsFillNone())
+        PaintGroup(group, fill, transparency);
+    m_spareBuffers.Give(std::move(group.buffer));
+}
+
+void PixelRenderTarget::PaintOverGroup(const FillDescriptorConst& fill)
+{
+    // Source atop: the paint scaled by the group's own alpha, which it leaves as it is.
+    const CompositeGroup& group = m_groups.back();
+    CallScope scope(*this);
+    m_rasterizer.SelectBlend(FillBlendMode::Normal, BlendOptions::DefaultBlendGamma);
+    if (AddFillPopulator(fill, group.rect) &&
+        AddGroupPopulator(group, PopulatorRole::Transparency)) {
+        m_rasterizer.SetClipBox(group.rect);
+        m_rasterizer.RenderRect(group.rect, nullptr, GetAbortingPointer());
+    }
+}
+
+void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescriptorConst& fill,
+                                   const FillDescriptorConst& transparency)
+{
+    if (!group.buffer || !(group.opacity > 0.0F) || IsAborting())
+        return;
+    CallScope scope(*this);
+    m_rasterizer.SelectCompositeBlend(group.mode, group.options.GetBlendGamma());
+    const bool painted = fill.IsFillNone()
+                             ? AddGroupPopulator(group, PopulatorRole::Colour)
+                             : AddFillPopulator(fill, group.rect) &&
+                                   AddGroupPopulator(group, PopulatorRole::Transparency);
+    if (!painted || !AddTransPopulator(transparency, group.rect))
+        return;
+    AddOpacityPopulator(group.opacity);
+    const Coverage::ClipCoverage* const clip =
+        m_clipPaths.IsEmpty() ? nullptr : UpdateClipRasterizer().coverage.Get();
+    m_current->SyncHostCache();
+    m_rasterizer.SetClipBox(group.rect);
+    m_rasterizer.RenderRect(group.rect, clip, GetAbortingPointer());
+    m_current->InvalidateHardwareCache(group.rect);
+}
+
+bool PixelRenderTarget::AddGroupPopulator(const CompositeGroup& group, PopulatorRole role)
+{
+    // The buffer may be larger than the group; its whole size gives the frame its pixels fill.
+    const FillBuffer fill(group.buffer, Raster::ExtendType::Clamp,
+                          Raster::ResamplerType::NearestNeighbour);
+    const Transform frame{double(group.buffer->GetWidth()),  0.0,
+                          double(group.rect.left),           0.0,
+                          double(group.buffer->GetHeight()), double(group.rect.top)};
+    SpanPopulator populator;
+    if (!MakeFillPopulator(fill, frame, role, populator))
+        return false;
+    if (role == PopulatorRole::Transparency)
+        m_rasterizer.AddTransparencySpanPopulator(populator);
+    else
+        m_rasterizer.AddColourSpanPopulator(populator);
+    return true;
+}
+
+// Interpolation is not offered yet: the group is closed and what it holds is dropped.
+
+void PixelRenderTarget::PopCompositeAsFillAndInterpolate(const FillDescriptorConst&)
+{
+    if (!m_groups.empty())
+        m_spareBuffers.Give(CloseComposite().buffer);
+}
+
+void PixelRenderTarget::PopCompositeAsTransparencyAndInterpolate(const FillDescriptorConst&)
+{
+    if (!m_groups.empty())
+        m_spareBuffers.Give(CloseComposite().buffer);
+}
+
+void PixelRenderTarget::Interpolate(float, FillBlendMode::BlendMode, const BlendOptions&,
+                                    const FillDescriptorConst&, const FillDescriptorConst&)
+{}
+
+// Alpha-only drawing is not offered yet: between the two, drawing goes on as before.
+
+void PixelRenderTarget::PushAlphaChannelOnly() {}
+
+void PixelRenderTarget::PopAlphaChannelOnly() {}
+
+} // namespace Renderer

@@ -1,0 +1,9 @@
+#include <renderer/effects/FilterEffectsContext.h>
+
+namespace Renderer {
+
+FilterEffect::~FilterEffect() = default;
+
+FilterEffectsContext::~FilterEffectsContext() = default;
+
+} // namespace Renderer
