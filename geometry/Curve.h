@@ -43,6 +43,15 @@ public:
     void SetClosed(bool closed) noexcept { m_closed = closed; }
     bool IsClosed() const noexcept { return m_closed; }
 
+    /// Replaces every point, controls included, by its image. Exact for affine maps.
+    /// \tparam Map takes a Point and returns one.
+    template<class Map>
+    void Transform(const Map& map)
+    {
+        for (Point& point : m_points)
+            point = map(point);
+    }
+
     bool IsEmpty() const noexcept { return m_points.empty(); }
     std::size_t GetSegmentCount() const noexcept { return m_segments.size(); }
     Segment GetSegment(std::size_t index) const noexcept { return m_segments[index]; }

@@ -33,6 +33,14 @@ public:
     void AddEllipse(Point centre, double radiusX, double radiusY);
     /// @}
 
+    /// Maps every run; see CurveDbl::Transform.
+    template<class Map>
+    void Transform(const Map& map)
+    {
+        for (CurveDbl& curve : m_curves)
+            curve.Transform(map);
+    }
+
     bool IsEmpty() const noexcept { return m_curves.empty(); }
     const std::vector<CurveDbl>& GetCurves() const noexcept { return m_curves; }
 
