@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace Command {
+
+/// What `renderer draw` is told to do.
+struct DrawOptions
+{
+    std::string input;
+    std::string output;
+    std::optional<long long> width; ///< pixels; the height follows
+    std::optional<double> scale;    ///< pixels per pixel of the drawing
+    std::string format = "rgba8";
+    std::string background; ///< a CSS colour; empty: transparent
+    std::string target = "bitmap";
+};
+
+} // namespace Command

@@ -1,0 +1,57 @@
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include <CLI/CLI.hpp>
+
+#include "DrawCommand.h"
+
+namespace {
+
+constexpr int FileError = 1;
+constexpr int UsageError = 2;
+
+void AddDraw(CLI::App& app, Command::DrawOptions& options)
+{
+    CLI::App* draw = app.add_subcommand("draw", "Draw an SVG file into a picture");
+    draw->add_option("IN", options.input, "The drawing: .svg or .svgz")->required();
+    draw->add_option("OUT", options.output, "The picture: .png or .jpg")->required();
+    CLI::Option* width = draw->add_option("--width", options.width,
+                                          "Width of the picture in pixels; its height follows");
+    draw->add_option("--scale", options.scale, "Pixels of the picture per pixel of the drawing")
+        ->excludes(width);
+    draw->add_option("--format", options.format, "Pixel format that is drawn in")
+        ->capture_default_str();
+    draw->add_option("--background", options.background,
+                     "Colour below the drawing, as in CSS; transparent without it");
+    draw->add_option("--target", options.target, "What is drawn on")->capture_default_str();
+}
+
+int Fail(int status, const char* message)
+{
+    std::fprintf(stderr, "renderer: %s\n", message);
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app("Draws vector drawings.", "renderer");
+    app.require_subcommand(1);
+    Command::DrawOptions options;
+    AddDraw(app, options);
+    try {
+        app.parse(argc, argv);
+        Command::Draw(options);
+        return 0;
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : UsageError;
+    } catch (const Command::UsageException& error) {
+        return Fail(UsageError, error.what());
+    } catch (const std::bad_alloc&) {
+        return Fail(FileError, "out of memory");
+    } catch (const std::exception& error) {
+        return Fail(FileError, error.what());
+    }
+}

@@ -1,0 +1,247 @@
+#include "Document.h"
+
+#include <algorithm>
+#include <array>
+#include <deque>
+#include <unordered_map>
+#include <utility>
+
+#include <pugixml.hpp>
+
+#include <kernel/FormatException.h>
+
+#include "Encoding.h"
+#include "Entities.h"
+#include "Scanner.h"
+
+namespace Svg {
+
+namespace {
+
+constexpr std::string_view SvgNamespace = "http://www.w3.org/2000/svg";
+
+constexpr std::array<std::pair<std::string_view, Tag>, 26> TagNames{{
+    {"a", Tag::A},
+    {"circle", Tag::Circle},
+    {"clipPath", Tag::ClipPath},
+    {"defs", Tag::Defs},
+    {"ellipse", Tag::Ellipse},
+    {"filter", Tag::Filter},
+    {"foreignObject", Tag::ForeignObject},
+    {"g", Tag::Group},
+    {"image", Tag::Image},
+    {"line", Tag::Line},
+    {"linearGradient", Tag::LinearGradient},
+    {"marker", Tag::Marker},
+    {"mask", Tag::Mask},
+    {"path", Tag::Path},
+    {"pattern", Tag::Pattern},
+    {"polygon", Tag::Polygon},
+    {"polyline", Tag::Polyline},
+    {"radialGradient", Tag::RadialGradient},
+    {"rect", Tag::Rect},
+    {"stop", Tag::Stop},
+    {"style", Tag::Style},
+    {"svg", Tag::Svg},
+    {"switch", Tag::Switch},
+    {"symbol", Tag::Symbol},
+    {"text", Tag::Text},
+    {"use", Tag::Use},
+}};
+
+Tag FindTag(std::string_view name) noexcept
+{
+    const auto found =
+        std::ranges::find(TagNames, name, [](const auto& entry) { return entry.first; });
+    return found == TagNames.end() ? Tag::Unknown : found->second;
+}
+
+struct QualifiedName
+{
+    std::string_view prefix;
+    std::string_view local;
+};
+
+QualifiedName SplitName(std::string_view name) noexcept
+{
+    const std::size_t colon = name.find(':');
+    if (colon == std::string_view::npos)
+        return {{}, name};
+    return {name.substr(0, colon), name.substr(colon + 1)};
+}
+
+/// Which prefixes stand for SVG at a place of the tree. Files without any declaration count as SVG
+/// where they have no prefix or the customary one.
+class NamespaceScope
+{
+public:
+    /// Takes in the declarations of an element. \return how many there were.
+    std::size_t Enter(pugi::xml_node node)
+    {
+        const std::size_t before = m_declarations.size();
+        for (const pugi::xml_attribute attribute : node.attributes()) {
+            const std::string_view name = attribute.name();
+            if (name == "xmlns")
+                m_declarations.push_back({{}, attribute.value()});
+            else if (name.starts_with("xmlns:"))
+                m_declarations.push_back({name.substr(6), attribute.value()});
+        }
+        return m_declarations.size() - before;
+    }
+
+    void Leave(std::size_t count) { m_declarations.resize(m_declarations.size() - count); }
+
+    bool IsSvg(std::string_view prefix) const
+    {
+        for (auto it = m_declarations.rbegin(); it != m_declarations.rend(); ++it) {
+            if (it->prefix == prefix)
+                return it->uri == SvgNamespace || (prefix.empty() && it->uri.empty());
+        }
+        return prefix.empty() || prefix == "svg";
+    }
+
+private:
+    struct Declaration
+    {
+        std::string_view prefix;
+        std::string_view uri;
+    };
+    std::vector<Declaration> m_declarations;
+};
+
+/// The texts inside a style element.
+std::string CollectText(pugi::xml_node node)
+{
+    std::string text;
+    for (const pugi::xml_node child : node.children()) {
+        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
+            text += child.value();
+    }
+    return text;
+}
+
+bool IsCssForScreen(const Element& style)
+{
+    const std::string_view type = style.Get("type");
+    const std::string_view media = style.Get("media");
+    return (type.empty() || EqualsIgnoringCase(Trim(type), "text/css")) &&
+           (media.empty() || media.find("all") != media.npos || media.find("screen") != media.npos);
+}
+
+} // namespace
+
+struct Document::Contents
+{
+    std::string text; // parsed in place: every string_view of the tree points into it
+    pugi::xml_document xml;
+    std::deque<Element> elements;
+    std::unordered_map<std::string_view, const Element*> ids;
+    std::vector<std::string> styleSheets;
+
+    void Parse();
+    void BuildTree();
+    Element* Add(pugi::xml_node node, std::string_view name, Element* parent, Element* previous);
+};
+
+void Document::Contents::Parse()
+{
+    const pugi::xml_parse_result result =
+        xml.load_buffer_inplace(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
+    if (!result) {
+        throw Kernel::FormatException(std::string("not well-formed XML: ") + result.description(),
+                                      static_cast<std::uint64_t>(result.offset));
+    }
+}
+
+Element* Document::Contents::Add(pugi::xml_node node, std::string_view name, Element* parent,
+                                 Element* previous)
+{
+    Element& element = elements.emplace_back();
+    element.name = name;
+    element.tag = FindTag(name);
+    element.parent = parent;
+    element.previousSibling = previous;
+    for (const pugi::xml_attribute attribute : node.attributes())
+        element.attributes.push_back({attribute.name(), attribute.value()});
+    element.id = element.Get("id");
+    if (!element.id.empty())
+        ids.try_emplace(element.id, &element);
+    if (element.tag == Tag::Style && IsCssForScreen(element))
+        styleSheets.push_back(CollectText(node));
+    if (previous)
+        previous->nextSibling = &element;
+    else if (parent)
+        parent->firstChild = &element;
+    return &element;
+}
+
+/// Walks the XML tree without recursion, since its depth is the file's choice.
+void Document::Contents::BuildTree()
+{
+    struct Level
+    {
+        pugi::xml_node next; ///< the node of this level that comes next
+        Element* parent;
+        Element* previous;
+        std::size_t declarations; ///< namespace declarations of the parent
+    };
+    NamespaceScope scope;
+    std::vector<Level> levels{{xml.document_element(), nullptr, nullptr, 0}};
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        const pugi::xml_node node = level.next;
+        if (!node) {
+            scope.Leave(level.declarations);
+            levels.pop_back();
+            continue;
+        }
+        level.next = node.next_sibling();
+        if (node.type() != pugi::node_element)
+            continue;
+        const std::size_t declarations = scope.Enter(node);
+        const QualifiedName name = SplitName(node.name());
+        if (!scope.IsSvg(name.prefix)) {
+            scope.Leave(declarations);
+            continue;
+        }
+        level.previous = Add(node, name.local, level.parent, level.previous);
+        if (levels.size() > MaxDepth)
+            throw Kernel::FormatException("elements are nested more than 1000 deep");
+        levels.push_back({node.first_child(), level.previous, nullptr, declarations});
+    }
+}
+
+Document::Document(std::string bytes) : m_contents(std::make_unique<Contents>())
+{
+    m_contents->text = ExpandEntities(ConvertToUtf8(Gunzip(std::move(bytes))));
+    m_contents->Parse();
+    m_contents->BuildTree();
+    if (m_contents->elements.empty() || GetRoot().tag != Tag::Svg)
+        throw Kernel::FormatException("not an SVG drawing: the root element is not svg");
+}
+
+Document::~Document() = default;
+
+const Element& Document::GetRoot() const noexcept
+{
+    return m_contents->elements.front();
+}
+
+const Element* Document::FindById(std::string_view id) const noexcept
+{
+    const auto found = m_contents->ids.find(id);
+    return found == m_contents->ids.end() ? nullptr : found->second;
+}
+
+const Element* Document::FindByReference(std::string_view reference) const noexcept
+{
+    reference = Trim(reference);
+    return reference.starts_with('#') ? FindById(reference.substr(1)) : nullptr;
+}
+
+std::span<const std::string> Document::GetStyleSheets() const noexcept
+{
+    return m_contents->styleSheets;
+}
+
+} // namespace Svg

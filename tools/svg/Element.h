@@ -1,0 +1,71 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace Svg {
+
+/// The elements that the reader tells apart.
+enum class Tag
+{
+    Unknown, ///< an element of SVG without a meaning here; it is not drawn
+    A,
+    Circle,
+    ClipPath,
+    Defs,
+    Ellipse,
+    Filter,
+    ForeignObject,
+    Group,
+    Image,
+    Line,
+    LinearGradient,
+    Marker,
+    Mask,
+    Path,
+    Pattern,
+    Polygon,
+    Polyline,
+    RadialGradient,
+    Rect,
+    Stop,
+    Style,
+    Svg,
+    Switch,
+    Symbol,
+    Text,
+    Use,
+};
+
+/// Whether an element is a basic shape or a path.
+bool IsShape(Tag tag) noexcept;
+/// Whether an element is drawn where it stands, or holds what is.
+bool IsDrawable(Tag tag) noexcept;
+
+struct Attribute
+{
+    std::string_view name; ///< with its prefix
+    std::string_view value;
+};
+
+/// One element of the SVG namespace. Elements of other namespaces are left out of the tree. The
+/// texts belong to the document.
+struct Element
+{
+    Tag tag = Tag::Unknown;
+    std::string_view name; ///< without prefix
+    std::string_view id;
+    std::vector<Attribute> attributes;
+    Element* parent = nullptr;
+    Element* firstChild = nullptr;
+    Element* nextSibling = nullptr;
+    const Element* previousSibling = nullptr;
+
+    /// The value of an attribute, or an empty text.
+    std::string_view Get(std::string_view attribute) const noexcept;
+    bool Has(std::string_view attribute) const noexcept;
+    /// What the element refers to: `href` or `xlink:href`, whatever the prefix is.
+    std::string_view GetReference() const noexcept;
+};
+
+} // namespace Svg

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Svg {
+
+/// What the reader left out of a drawing, once per kind, in the order in which it came up.
+class Notices
+{
+public:
+    void Add(std::string_view text)
+    {
+        if (std::ranges::find(m_texts, text) == m_texts.end())
+            m_texts.emplace_back(text);
+    }
+    const std::vector<std::string>& Get() const noexcept { return m_texts; }
+
+private:
+    std::vector<std::string> m_texts;
+};
+
+} // namespace Svg

@@ -1,0 +1,232 @@
+#include "Walker.h"
+
+#include <memory>
+
+#include <kernel/FormatException.h>
+
+#include "Bounds.h"
+#include "Scopes.h"
+#include "Shapes.h"
+#include "ViewBox.h"
+
+namespace Svg {
+
+using Raster::AffineTransform;
+using Renderer::BlendOptions;
+using Renderer::FillBlendMode;
+using Renderer::FillDescriptorConst;
+
+Walker::Walker(Context& context, Renderer::RenderTarget& target, Kernel::Progress* progress)
+    : m_context(context), m_target(target), m_progress(progress), m_clipPaths(context, target)
+{}
+
+void Walker::DrawDocument(double width, double height)
+{
+    m_rootRect = {0.0, 0.0, width, height};
+    m_lengths.viewportWidth = width;
+    m_lengths.viewportHeight = height;
+    DrawElement(m_context.GetDocument().GetRoot(), Style());
+}
+
+LengthContext Walker::MakeLengths(const Style& style) const
+{
+    return {m_lengths.viewportWidth, m_lengths.viewportHeight, style.fontSize};
+}
+
+bool Walker::IsStopped() const
+{
+    return m_target.IsAborting() || (m_progress && m_progress->IsCancelled());
+}
+
+void Walker::DrawElement(const Element& element, const Style& parent, const Element* use)
+{
+    const bool shown = IsDrawable(element.tag) || (use && element.tag == Tag::Symbol);
+    if (!shown || !PassesConditions(element) || IsStopped()) {
+        if (element.tag == Tag::ForeignObject)
+            m_context.GetNotices().Add("foreign objects are not drawn");
+        return;
+    }
+    if (!m_used.empty())
+        m_context.CountUsedElement();
+    const CountedDepth depth(m_depth, MaxDepth);
+    // On the heap: elements nest deeper than stacks are made for.
+    const auto style =
+        std::make_unique<const Style>(m_context.GetStyles().Resolve(element, parent));
+    if (!style->displayed || !(style->opacity > 0.0))
+        return;
+    NoteUnsupported(element, *style);
+    DrawPlaced(element, *style, use);
+}
+
+void Walker::DrawPlaced(const Element& element, const Style& style, const Element* use)
+{
+    const Transform transform = GetTransform(element);
+    if (transform == Transform{})
+        return DrawClipped(element, style, use);
+    Transform inverse;
+    if (!AffineTransform::Invert(transform, inverse))
+        return;
+    const TransformScope scope(m_target, transform);
+    DrawClipped(element, style, use);
+}
+
+void Walker::DrawClipped(const Element& element, const Style& style, const Element* use)
+{
+    if (style.clipPath.empty())
+        return DrawContent(element, style, use);
+    const LengthContext lengths = MakeLengths(style);
+    const ClipPaths::Result clip = m_clipPaths.Push(
+        style.clipPath, lengths, [&] { return MeasureBounds(m_context, element, style, lengths); });
+    const ClipScope scope(m_target, clip.pushed);
+    if (!clip.hidesAll)
+        DrawContent(element, style, use);
+}
+
+void Walker::DrawContent(const Element& element, const Style& style, const Element* use)
+{
+    if (IsShape(element.tag))
+        return DrawShape(element, style);
+    if (element.tag == Tag::Image)
+        return DrawImage(element, style);
+    const GroupScope group(m_target, style.opacity);
+    if (element.tag == Tag::Use)
+        return DrawUse(element, style);
+    if (element.tag == Tag::Switch)
+        return DrawSwitch(element, style);
+    if (element.tag != Tag::Svg && element.tag != Tag::Symbol)
+        return DrawChildren(element, style);
+    if (!element.parent)
+        return DrawTopLevel(element, style);
+    if (const auto viewport =
+            Viewport::Make(element, PlaceNested(element, use, MakeLengths(style)), style))
+        DrawViewport(element, style, *viewport);
+}
+
+void Walker::DrawChildren(const Element& element, const Style& style)
+{
+    for (const Element* child = element.firstChild; child; child = child->nextSibling)
+        DrawElement(*child, style);
+}
+
+/// Draws the children of the root, whose number tells how far the drawing has come.
+void Walker::DrawTopLevel(const Element& root, const Style& style)
+{
+    // A root that is used by one of its own elements would get here again; that is a circle.
+    const auto viewport = Viewport::Make(root, m_rootRect, style);
+    if (!viewport)
+        return;
+    const TransformScope transform(m_target, viewport->transform);
+    m_lengths.viewportWidth = viewport->width;
+    m_lengths.viewportHeight = viewport->height;
+    int count = 0;
+    for (const Element* child = root.firstChild; child; child = child->nextSibling)
+        ++count;
+    for (const Element* child = root.firstChild; child; child = child->nextSibling) {
+        DrawElement(*child, style);
+        if (m_progress)
+            m_progress->AddProgress(1.0 / count);
+    }
+}
+
+void Walker::DrawSwitch(const Element& element, const Style& style)
+{
+    if (const Element* child = ChooseChild(element))
+        DrawElement(*child, style);
+}
+
+void Walker::DrawUse(const Element& element, const Style& style)
+{
+    const Element* shown = m_context.GetDocument().FindByReference(element.GetReference());
+    if (!shown) {
+        m_context.GetNotices().Add("a use element refers to an element that is missing");
+        return;
+    }
+    const ActiveReference active(m_used, *shown);
+    const LengthContext lengths = MakeLengths(style);
+    const double x = ResolveAttribute(element, "x", lengths, LengthAxis::Horizontal);
+    const double y = ResolveAttribute(element, "y", lengths, LengthAxis::Vertical);
+    const TransformScope scope(m_target, AffineTransform::Translation(x, y));
+    DrawElement(*shown, style, &element);
+}
+
+void Walker::DrawViewport(const Element& element, const Style& style, const Viewport& viewport)
+{
+    if (viewport.clips)
+        m_target.PushClipRectanglePath(viewport.rect);
+    const ClipScope clip(m_target, viewport.clips ? 1 : 0);
+    const TransformScope transform(m_target, viewport.transform);
+    const LengthContext outer = m_lengths;
+    m_lengths = {viewport.width, viewport.height, style.fontSize};
+    DrawChildren(element, style);
+    m_lengths = outer;
+}
+
+void Walker::DrawShape(const Element& element, const Style& style)
+{
+    if (!style.visible)
+        return;
+    const LengthContext lengths = MakeLengths(style);
+    const auto shape = MakeShape(element, lengths, m_context.GetNotices());
+    if (!shape)
+        return;
+    const PaintServers& servers = m_context.GetPaintServers();
+    const FillDescriptorConst fill =
+        servers.MakeFill(style.fill, style.fillOpacity, style.colour, *shape, lengths);
+    const FillDescriptorConst lineFill =
+        servers.MakeFill(style.stroke, style.strokeOpacity, style.colour, *shape, lengths);
+    const auto line = lineFill.IsFillNone()
+                          ? Renderer::LineStyleDescriptorConst::CreateNone()
+                          : MakeLineStyle(style, lengths, *shape, m_context.GetNotices());
+    if (fill.IsFillNone() && !line.IsLineStyleVisible())
+        return;
+    m_target.DrawPolyCurve(shape, static_cast<float>(style.opacity), FillBlendMode::Normal,
+                           BlendOptions::Identity(), fill, {}, lineFill, line,
+                           style.fillEvenOdd ? Geometry::WindingOrderMode::EvenOdd
+                                             : Geometry::WindingOrderMode::NonZero,
+                           true, true);
+}
+
+void Walker::DrawImage(const Element& element, const Style& style)
+{
+    const auto bitmap = m_context.GetImages().Find(element);
+    if (!style.visible || !bitmap)
+        return;
+    const LengthContext lengths = MakeLengths(style);
+    const double x = ResolveAttribute(element, "x", lengths, LengthAxis::Horizontal);
+    const double y = ResolveAttribute(element, "y", lengths, LengthAxis::Vertical);
+    const double width =
+        ResolveAttribute(element, "width", lengths, LengthAxis::Horizontal, bitmap->GetWidth());
+    const double height =
+        ResolveAttribute(element, "height", lengths, LengthAxis::Vertical, bitmap->GetHeight());
+    const Kernel::RectT<double> rect{x, y, x + width, y + height};
+    if (rect.IsEmpty())
+        return;
+    const Kernel::RectT<double> pixels{0.0, 0.0, static_cast<double>(bitmap->GetWidth()),
+                                       static_cast<double>(bitmap->GetHeight())};
+    const AspectRatio ratio = AspectRatio::Parse(element.Get("preserveAspectRatio"));
+    const bool cut = ratio.uniform && ratio.slice;
+    if (cut)
+        m_target.PushClipRectanglePath(rect);
+    const ClipScope clip(m_target, cut ? 1 : 0);
+    const ResamplerScope resampler(m_target, style.pixelatedImages);
+    m_target.DrawBitmap(AffineTransform::MapRect(FitBox(pixels, rect, ratio), pixels), bitmap,
+                        static_cast<float>(style.opacity), FillBlendMode::Normal,
+                        BlendOptions::Identity(), true);
+}
+
+void Walker::NoteUnsupported(const Element& element, const Style& style)
+{
+    Notices& notices = m_context.GetNotices();
+    if (element.tag == Tag::Text)
+        notices.Add("text is not drawn yet");
+    if (style.hasFilter)
+        notices.Add("filters are not applied yet");
+    if (style.hasBlendMode)
+        notices.Add("blend modes are not applied yet");
+    if (!style.mask.empty())
+        notices.Add("masks are not applied yet");
+    if (style.hasMarkers && IsShape(element.tag))
+        notices.Add("markers are not drawn yet");
+}
+
+} // namespace Svg
