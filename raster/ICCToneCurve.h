@@ -16,7 +16,7 @@ namespace Raster {
 /// sampled one as the power of its slope at 1, so that either has an inverse everywhere.
 ///
 /// Evaluation interpolates a table over the float's own exponent and leading mantissa bits, which
-/// keeps the relative error below 1e-6 from 2⁻³⁰ to 2⁸ for powers up to 3.
+/// keeps the relative error below 3e-6 from 2⁻³⁰ to 2²⁰ for powers up to 3.
 class ICCToneCurve
 {
 public:
@@ -42,10 +42,10 @@ public:
 
 private:
     static constexpr float Lowest = 0x1p-30f;
-    static constexpr float Highest = 0x1p8f;
-    static constexpr unsigned Octaves = 38;
-    static constexpr unsigned StepsPerOctave = 256;
-    static constexpr unsigned FractionBits = 23 - 8;
+    static constexpr float Highest = 0x1p20f;
+    static constexpr unsigned Octaves = 50;
+    static constexpr unsigned StepsPerOctave = 512;
+    static constexpr unsigned FractionBits = 23 - 9;
     static constexpr std::uint32_t FractionMask = (1u << FractionBits) - 1;
     static constexpr float FractionScale = 1.0f / float(1u << FractionBits);
     static constexpr std::uint32_t LowestBits = std::bit_cast<std::uint32_t>(Lowest);

