@@ -9,9 +9,9 @@ namespace Renderer {
 /// The blend functions of one pixel format and one mode: they composite a scratch span of
 /// premultiplied pixels into a row of the destination.
 ///
-/// With S the scratch pixel, c the coverage byte and m the mask byte (255 where there is no mask), the
-/// source is S scaled by (c/255)^ratio · m/255; it is composited over the backdrop by the mode's
-/// formula, with premultiplied storage.
+/// With S the scratch pixel, c the coverage byte and m the mask byte (255 where there is no mask),
+/// the source is S scaled by (c/255)^ratio · m/255; it is composited over the backdrop by the
+/// mode's formula, with premultiplied storage.
 struct SpanBlend
 {
     /// One coverage for the whole span.
@@ -25,7 +25,8 @@ struct SpanBlend
     MaskFunction mask = nullptr;
 };
 
-/// One entry per blend mode; spans use the first FillBlendMode::SpanModeCount, composite groups all.
+/// One entry per blend mode; spans use the first FillBlendMode::SpanModeCount, composite groups
+/// all.
 using SpanBlendTable = std::array<SpanBlend, 33>;
 
 } // namespace Renderer

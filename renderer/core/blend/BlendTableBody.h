@@ -1,0 +1,105 @@
+#pragma once
+
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include <renderer/core/blend/BlendTable.h>
+#include <renderer/core/blend/FlatKernel.h>
+#include <renderer/core/blend/Processor.h>
+#include <renderer/core/blend/SpanLoop.h>
+
+/// \file
+/// The bodies behind BlendTable.h; included by the files that instantiate it and by nothing else.
+
+namespace Renderer::Blending {
+
+/// Mode 32 has no formula of its own.
+constexpr BlendMode GetFormulaMode(BlendMode mode)
+{
+    return mode == FillBlendMode::Nameless ? FillBlendMode::Normal : mode;
+}
+
+/// Whether all channels of a pixel go the same way, alpha included.
+constexpr bool IsFlat(BlendMode mode)
+{
+    return mode == FillBlendMode::Normal || mode == FillBlendMode::Erase ||
+           mode == FillBlendMode::Mask;
+}
+
+/// What composites blocks of pixels by a mode.
+/// \tparam Code the processor to compile for.
+template<class PixelT, BlendMode mode, class Code>
+using KernelOf =
+    std::conditional_t<IsFlat(mode) && !IsUnbounded<PixelT>, FlatKernel<PixelT, mode, Code>,
+                       PlaneKernel<PixelT, mode, Code>>;
+
+/// The blend functions of one kernel.
+template<class KernelT>
+struct SpanFunctions
+{
+    using Pixel = typename KernelT::Pixel;
+
+    /// Flat kernels do without words where coverage bytes are the weights.
+    static constexpr bool HasFlatWeights = std::is_same_v<typename KernelT::Weight, std::uint16_t>;
+    static constexpr bool TakesBytes = HasFlatWeights && sizeof(typename Pixel::ChannelType) == 1;
+
+    template<class Covers>
+    static void Composite(void* destination, const unsigned char* mask, const void* scratch,
+                          Covers covers, double gammaRatio, unsigned length)
+    {
+        const auto d = static_cast<Pixel*>(destination);
+        const auto s = static_cast<const Pixel*>(scratch);
+        if constexpr (HasFlatWeights && std::is_same_v<Covers, OneCover>) {
+            if (covers.cover == 255 && !mask)
+                return CompositeSpan<KernelT, FullWeight>(d, mask, s, covers, nullptr, length);
+        }
+        const CoverageGamma* gamma = gammaRatio == 1.0 ? nullptr : &GetCoverageGamma(gammaRatio);
+        if constexpr (TakesBytes) {
+            if (!gamma && !mask)
+                return CompositeSpan<KernelT, std::uint8_t>(d, mask, s, covers, gamma, length);
+        }
+        CompositeSpan<KernelT, typename KernelT::Weight>(d, mask, s, covers, gamma, length);
+    }
+
+    static void Run(void* destination, const unsigned char* mask, const void* scratch,
+                    unsigned char cover, double gammaRatio, unsigned length)
+    {
+        if (cover != 0)
+            Composite(destination, mask, scratch, OneCover{cover}, gammaRatio, length);
+    }
+
+    static void Mask(void* destination, const unsigned char* mask, const void* scratch,
+                     const unsigned char* covers, double gammaRatio, unsigned length)
+    {
+        Composite(destination, mask, scratch, covers, gammaRatio, length);
+    }
+
+    static constexpr SpanBlend Entry{&Run, &Mask};
+};
+
+template<class PixelT, class Code, std::size_t... modes>
+constexpr SpanBlendTable MakeSpanBlendTable(std::index_sequence<modes...>)
+{
+    return {SpanFunctions<
+        KernelOf<PixelT, GetFormulaMode(static_cast<BlendMode>(modes)), Code>>::Entry...};
+}
+
+/// The table for one kind of processor.
+template<class PixelT, class Code>
+inline constexpr SpanBlendTable SpanBlendTableOf =
+    MakeSpanBlendTable<PixelT, Code>(std::make_index_sequence<FillBlendMode::Nameless + 1>{});
+
+static_assert(std::tuple_size_v<SpanBlendTable> == FillBlendMode::Nameless + 1,
+              "one entry per blend mode");
+
+} // namespace Renderer::Blending
+
+template<class PixelT>
+const Renderer::SpanBlendTable& Renderer::GetSpanBlendTable()
+{
+    using namespace Blending;
+    static const SpanBlendTable& table =
+        HasWideCode() ? SpanBlendTableOf<PixelT, WideCode> : SpanBlendTableOf<PixelT, BaselineCode>;
+    return table;
+}
