@@ -128,7 +128,7 @@ private:
     {
         constexpr double shortest = 1.0 / static_cast<double>(MaximumCubicPieces);
         const double t = m_at.t + std::max(step, shortest);
-        if (t < 1.0)
+        if (t < 1.0 - 1e-12) // what rounding leaves of the last step is no step
             return At(t);
         Step end = At(1.0);
         end.point = m_cubic.End();

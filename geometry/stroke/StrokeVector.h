@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cmath>
+
+#include <geometry/Curve.h>
+
+namespace Geometry {
+
+inline double Dot(Point a, Point b) noexcept
+{
+    return a.x * b.x + a.y * b.y;
+}
+
+/// Positive where \p b lies to the left of \p a (x right, y up).
+inline double Cross(Point a, Point b) noexcept
+{
+    return a.x * b.y - a.y * b.x;
+}
+
+inline double Length(Point a) noexcept
+{
+    return std::hypot(a.x, a.y);
+}
+
+/// \p a turned a quarter to the left: the normal of a direction.
+inline Point Normal(Point a) noexcept
+{
+    return {-a.y, a.x};
+}
+
+/// \p a brought to the length 1. \pre its length is not 0.
+inline Point Normalise(Point a) noexcept
+{
+    return a * (1.0 / Length(a));
+}
+
+} // namespace Geometry
