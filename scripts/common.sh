@@ -60,5 +60,5 @@ build() {
     local folder=$1
     shift
     cmake --build "$folder" --parallel "$(nproc)" ${1+--target "$@"} 2>&1 |
-        { grep --line-buffered -vE '^ninja: no work to do|Re-checking globbed directories' || true; } >&2
+        { grep --line-buffered -vE '^ninja: no work to do|Re-checking globbed directories|^-- GLOB mismatch' || true; } >&2
 }
