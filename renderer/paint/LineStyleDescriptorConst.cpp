@@ -1,0 +1,164 @@
+#include <renderer/paint/LineStyleDescriptorConst.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Renderer {
+
+namespace {
+
+using Raster::AffineTransform;
+using Transform = AffineTransform::Params;
+
+/// The consolidated style without a line.
+const Kernel::Consolidated<LineStyle>& GetNoLine()
+{
+    static const auto& none =
+        *new Kernel::Consolidated<LineStyle>(LineStyle::Consolidate(LineStyle()));
+    return none;
+}
+
+/// The largest factor of a pressure profile, at least 1.
+double GetLargestPressure(const Kernel::Counted<const Geometry::CurveDbl>& pressure)
+{
+    if (!pressure)
+        return 1.0;
+    const auto box = pressure->GetBoundingBox();
+    return box.IsValid() ? std::max(1.0, box.GetRect().bottom) : 1.0;
+}
+
+/// How far the stroke reaches beyond its path, in units of its weight.
+double GetReach(const LineStyleDescriptorConst& lineStyle)
+{
+    const double sides =
+        lineStyle.GetStrokeAlignment() == LineStyleDescriptorConst::Outside ? 2.0 : 1.0;
+    return sides * lineStyle.GetLineStyle()->GetReachPerWeight() *
+           GetLargestPressure(lineStyle.GetPressure());
+}
+
+/// The factor from logical lengths to device lengths that strokes are built with.
+double GetStrokeScale(const Transform& current)
+{
+    const double scale = AffineTransform::GetScale(current);
+    return scale > 0.0 ? scale : 1.0;
+}
+
+Kernel::RectT<double> Grow(const Kernel::RectT<double>& rect, double x, double y)
+{
+    if (rect.IsUnset() || !std::isfinite(x) || !std::isfinite(y))
+        return rect;
+    return {rect.left - x, rect.top - y, rect.right + x, rect.bottom + y};
+}
+
+/// Grows a box by the box of a mapped circle, whose half sides are the lengths of the matrix rows.
+Kernel::RectT<double> GrowByMappedCircle(const Kernel::RectT<double>& rect, double radius,
+                                         const Transform& map)
+{
+    return Grow(rect, radius * std::hypot(map.m00, map.m01), radius * std::hypot(map.m10, map.m11));
+}
+
+} // namespace
+
+LineStyleDescriptorConst::LineStyleDescriptorConst() : m_lineStyle(GetNoLine()) {}
+
+LineStyleDescriptorConst::LineStyleDescriptorConst(double weight, bool resIndependent)
+    : m_lineStyle(LineStyle::Consolidate(LineStyle(weight, resIndependent)))
+{}
+
+LineStyleDescriptorConst::LineStyleDescriptorConst(Kernel::Consolidated<LineStyle> lineStyle)
+{
+    SetLineStyle(std::move(lineStyle));
+}
+
+LineStyleDescriptorConst::LineStyleDescriptorConst(
+    Kernel::Consolidated<LineStyle> lineStyle, Kernel::Counted<const Geometry::CurveDbl> pressure,
+    bool behind, bool scale, StrokeAlignment alignment)
+    : m_pressure(std::move(pressure)), m_behind(behind), m_scale(scale), m_alignment(alignment)
+{
+    SetLineStyle(std::move(lineStyle));
+}
+
+LineStyleDescriptorConst::~LineStyleDescriptorConst() = default;
+
+const LineStyleDescriptorConst& LineStyleDescriptorConst::CreateNone()
+{
+    // Retained for good, so that even a Counted to it does no harm.
+    static const auto& none =
+        *new Kernel::Counted<const LineStyleDescriptorConst>(new LineStyleDescriptorConst);
+    return *none;
+}
+
+void LineStyleDescriptorConst::SetLineStyle(Kernel::Consolidated<LineStyle> lineStyle)
+{
+    m_lineStyle = lineStyle ? std::move(lineStyle) : GetNoLine();
+}
+
+double LineStyleDescriptorConst::GetEffectiveWeight(const Transform& /*current*/,
+                                                    const Transform& scalar,
+                                                    const Transform& logToDevice) const
+{
+    double weight = m_lineStyle->GetWeight();
+    if (!m_lineStyle->GetResIndependent())
+        weight *= AffineTransform::GetScale(
+            m_scale ? AffineTransform::Concatenate(scalar, logToDevice) : logToDevice);
+    return std::isfinite(weight) ? weight : 0.0;
+}
+
+Kernel::RectT<double> LineStyleDescriptorConst::InflateBaseRect(const Kernel::RectT<double>& rect,
+                                                                const Transform& current,
+                                                                const Transform& scalar,
+                                                                const Transform& logToDevice) const
+{
+    if (!IsLineStyleVisible())
+        return rect;
+    const double radius =
+        std::abs(GetEffectiveWeight(current, scalar, logToDevice)) * GetReach(*this);
+    if (!m_lineStyle->GetResIndependent())
+        return Grow(rect, radius / GetStrokeScale(current), radius / GetStrokeScale(current));
+    Transform inverse;
+    if (!AffineTransform::Invert(current, inverse))
+        return rect; // nothing shows
+    return GrowByMappedCircle(rect, radius, inverse);
+}
+
+Kernel::RectT<double>
+LineStyleDescriptorConst::InflateSpreadRect(const Kernel::RectT<double>& rect,
+                                            const Transform& current, const Transform& scalar,
+                                            const Transform& logToDevice) const
+{
+    if (!IsLineStyleVisible())
+        return rect;
+    const double radius =
+        std::abs(GetEffectiveWeight(current, scalar, logToDevice)) * GetReach(*this);
+    if (m_lineStyle->GetResIndependent())
+        return Grow(rect, radius, radius);
+    return GrowByMappedCircle(rect, radius / GetStrokeScale(current), current);
+}
+
+bool LineStyleDescriptorConst::IsPressureProfileRedundant(
+    const Kernel::Counted<const Geometry::CurveDbl>& pressure)
+{
+    // A Bézier curve is constant exactly when its control points are.
+    return !pressure ||
+           std::ranges::all_of(pressure->GetPoints(), [](const Geometry::Point& point) {
+               return std::abs(point.y - 1.0) <= 1e-6;
+           });
+}
+
+bool operator==(const LineStyleDescriptorConst& a, const LineStyleDescriptorConst& b)
+{
+    const bool samePressure =
+        a.m_pressure == b.m_pressure ||
+        (a.m_pressure && b.m_pressure && a.m_pressure->IsEqual(*b.m_pressure, 1e-6));
+    return samePressure && a.m_lineStyle == b.m_lineStyle && a.m_behind == b.m_behind &&
+           a.m_scale == b.m_scale && a.m_alignment == b.m_alignment;
+}
+
+Kernel::RectT<double> InflateRect(const Kernel::RectT<double>& rect,
+                                  const LineStyleDescriptorConst& lineStyle,
+                                  const Transform& current, const Transform& scalar)
+{
+    return lineStyle.InflateBaseRect(rect, current, scalar);
+}
+
+} // namespace Renderer
