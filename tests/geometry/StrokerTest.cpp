@@ -1,0 +1,294 @@
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+#include <gtest/gtest.h>
+
+#include <geometry/Stroker.h>
+
+#include "GeometryOracles.h"
+
+namespace {
+
+using Geometry::CurveDbl;
+using Geometry::Point;
+using Geometry::PolyCurveDbl;
+using Geometry::StrokeCap;
+using Geometry::StrokeJoin;
+using Geometry::StrokeParameters;
+using Polygons = Geometry::PolyPolygonType<double>;
+constexpr double pi = std::numbers::pi;
+
+Polygons Stroke(const PolyCurveDbl& path, const StrokeParameters& parameters)
+{
+    Polygons out;
+    Geometry::StrokePolyCurve(path, parameters, out);
+    for (const Point p : out.GetPoints())
+        EXPECT_TRUE(std::isfinite(p.x) && std::isfinite(p.y));
+    return out;
+}
+
+PolyCurveDbl MakePolyline(std::initializer_list<Point> points, bool closed = false)
+{
+    PolyCurveDbl path;
+    path.MoveTo(*points.begin());
+    for (const Point* p = points.begin() + 1; p != points.end(); ++p)
+        path.LineTo(*p);
+    if (closed)
+        path.Close();
+    return path;
+}
+
+StrokeParameters MakePen(double width, StrokeJoin join, StrokeCap cap = StrokeCap::Butt,
+                         double tolerance = 1e-4)
+{
+    StrokeParameters pen;
+    pen.width = width;
+    pen.join = join;
+    pen.cap = cap;
+    pen.tolerance = tolerance;
+    return pen;
+}
+
+TEST(Stroker, AreaOfASquareWithEachJoin)
+{
+    const PolyCurveDbl square(Kernel::RectT<double>{0, 0, 10, 10});
+    // Both bands of width 1 and the four corners of the outer one.
+    const double bands = 40.0 + (100.0 - 64.0);
+    const auto area = [&](StrokeJoin join, double limit) {
+        StrokeParameters pen = MakePen(2.0, join);
+        pen.mitreLimit = limit;
+        return Oracle::NonZeroArea(Stroke(square, pen));
+    };
+    EXPECT_NEAR(area(StrokeJoin::Mitre, std::numbers::sqrt2), bands + 4.0, 1e-6);
+    EXPECT_NEAR(area(StrokeJoin::Mitre, 1.414), bands + 2.0, 1e-6);
+    EXPECT_NEAR(area(StrokeJoin::Bevel, 4.0), bands + 2.0, 1e-6);
+    EXPECT_NEAR(area(StrokeJoin::Round, 4.0), bands + pi, 1e-3);
+    EXPECT_NEAR(area(StrokeJoin::None, 4.0), bands, 1e-6);
+}
+
+TEST(Stroker, MitreLimitHoldsForRotatedRightAngles)
+{
+    StrokeParameters pen = MakePen(2.0, StrokeJoin::Mitre);
+    pen.mitreLimit = std::numbers::sqrt2;
+    for (double angle = 0.0; angle < 6.3; angle += 0.01) {
+        const Point u{std::cos(angle), std::sin(angle)};
+        const Polygons out = Stroke(
+            MakePolyline({Point{5, 5} - 10.0 * u, {5, 5}, {5 - 10 * u.y, 5 + 10 * u.x}}), pen);
+        double furthest = 0.0;
+        for (const Point p : out.GetPoints())
+            if (std::hypot(p.x - 5, p.y - 5) < 5.0)
+                furthest = std::max(furthest, std::hypot(p.x - 5, p.y - 5));
+        ASSERT_NEAR(furthest, std::numbers::sqrt2, 1e-9) << angle;
+    }
+}
+
+TEST(Stroker, AreaOfAnArcWithEachCap)
+{
+    PolyCurveDbl arc; // a quarter of radius 10 about the origin
+    const double handle = 10.0 * 0.5519150244935;
+    arc.MoveTo({10, 0});
+    arc.CurveTo({10, handle}, {handle, 10}, {0, 10});
+    for (const double width : {0.5, 4.0, 19.0}) {
+        const double band = 10.0 * width * 0.5 * pi;
+        const auto area = [&](StrokeCap cap) {
+            return Oracle::NonZeroArea(Stroke(arc, MakePen(width, StrokeJoin::Mitre, cap)));
+        };
+        EXPECT_NEAR(area(StrokeCap::Butt), band, 2e-3 * band);
+        if (width > 10.0)
+            continue; // the caps reach over the band
+        EXPECT_NEAR(area(StrokeCap::Square), band + width * width, 2e-3 * band);
+        EXPECT_NEAR(area(StrokeCap::Round), band + 0.25 * pi * width * width, 2e-3 * band);
+    }
+}
+
+TEST(Stroker, EndsOfCurvesAreCutAcrossTheTangent)
+{
+    // However coarse the curve, a butt cap ends on the true normal.
+    PolyCurveDbl arc;
+    arc.MoveTo({10, 0});
+    arc.CurveTo({10, 5.519}, {5.519, 10}, {0, 10});
+    for (const double tolerance : {0.001, 0.3, 2.0}) {
+        const Polygons out =
+            Stroke(arc, MakePen(6.0, StrokeJoin::Round, StrokeCap::Butt, tolerance));
+        const Kernel::RectT<double> box = out.GetBoundingBox().GetRect();
+        EXPECT_NEAR(box.left, 0.0, 1e-9);
+        EXPECT_NEAR(box.top, 0.0, 1e-9);
+    }
+}
+
+TEST(Stroker, RunsWithoutLength)
+{
+    for (const bool closed : {false, true}) {
+        PolyCurveDbl path;
+        path.MoveTo({3, 4});
+        path.LineTo({3, 4});
+        path.CurveTo({3, 4}, {3, 4}, {3, 4});
+        if (closed)
+            path.Close();
+        EXPECT_TRUE(Stroke(path, MakePen(2, StrokeJoin::Round, StrokeCap::Butt)).IsEmpty());
+        const Polygons square = Stroke(path, MakePen(2, StrokeJoin::Round, StrokeCap::Square));
+        EXPECT_EQ(square.GetBoundingBox().GetRect(), (Kernel::RectT<double>{2, 3, 4, 5}));
+        EXPECT_NEAR(Oracle::NonZeroArea(square), 4.0, 1e-9);
+        const Polygons disc = Stroke(path, MakePen(2, StrokeJoin::Round, StrokeCap::Round));
+        EXPECT_NEAR(Oracle::NonZeroArea(disc), pi, 1e-3);
+    }
+    PolyCurveDbl started; // a pen that was set down and never drawn with leaves no mark
+    started.MoveTo({1, 1});
+    EXPECT_TRUE(Stroke(started, MakePen(2, StrokeJoin::Round, StrokeCap::Round)).IsEmpty());
+    started.Close();
+    EXPECT_FALSE(Stroke(started, MakePen(2, StrokeJoin::Round, StrokeCap::Round)).IsEmpty());
+}
+
+TEST(Stroker, TurnBackGetsACapOrABevel)
+{
+    const PolyCurveDbl path = MakePolyline({{0, 0}, {10, 0}, {4, 0}});
+    EXPECT_NEAR(Oracle::NonZeroArea(Stroke(path, MakePen(2, StrokeJoin::Round))), 20 + 0.5 * pi,
+                1e-3);
+    EXPECT_NEAR(Oracle::NonZeroArea(Stroke(path, MakePen(2, StrokeJoin::Bevel))), 20.0, 1e-9);
+    StrokeParameters mitre = MakePen(2, StrokeJoin::Mitre);
+    mitre.mitreLimit = 1e9;
+    EXPECT_NEAR(Oracle::NonZeroArea(Stroke(path, mitre)), 20.0, 1e-9);
+}
+
+/// What a round pen covers: all points within half its width of the path. The winding number counts
+/// pieces that all have one orientation, so it is never of the other sign.
+void ExpectRoundPen(const PolyCurveDbl& path, double width, double tolerance, unsigned seed,
+                    int count)
+{
+    const StrokeParameters pen = MakePen(width, StrokeJoin::Round, StrokeCap::Round, tolerance);
+    const Polygons out = Stroke(path, pen);
+    const Kernel::RectT<double> box = out.GetBoundingBox().GetRect();
+    std::vector<std::vector<Point>> lines;
+    for (const CurveDbl& curve : path.GetCurves())
+        lines.push_back(Oracle::SampleCurve(curve, 300));
+    Oracle::Random random(seed);
+    const double margin = tolerance + 0.004;
+    for (int i = 0; i < count; ++i) {
+        const Point p{random.Uniform(box.left - width, box.right + width),
+                      random.Uniform(box.top - width, box.bottom + width)};
+        double distance = 1e300;
+        for (const auto& line : lines)
+            distance = std::min(distance, Oracle::DistanceToPolyline(p, line));
+        const int winding = Oracle::WindingNumber(p, out);
+        ASSERT_LE(winding, 0) << p.x << ' ' << p.y << ' ' << distance;
+        if (distance < 0.5 * width - margin) {
+            ASSERT_NE(winding, 0) << p.x << ' ' << p.y << ' ' << distance << ' ' << width;
+        } else if (distance > 0.5 * width + margin) {
+            ASSERT_EQ(winding, 0) << p.x << ' ' << p.y << ' ' << distance << ' ' << width;
+        }
+    }
+}
+
+TEST(Stroker, RoundPenCoversWhatIsNear)
+{
+    unsigned seed = 1;
+    for (const auto& cubic : Oracle::MakeCubics(40, 5)) {
+        PolyCurveDbl path;
+        path.MoveTo(100.0 * cubic[0]);
+        path.CurveTo(100.0 * cubic[1], 100.0 * cubic[2], 100.0 * cubic[3]);
+        for (const double width : {0.3, 8.0, 60.0, 300.0})
+            for (const double tolerance : {0.05, 1.0})
+                ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(path, width, tolerance, ++seed, 120))
+                    << "width " << width << " tolerance " << tolerance;
+    }
+}
+
+TEST(Stroker, RoundPenCoversWhatIsNearPolylinesAndClosedRuns)
+{
+    Oracle::Random random(17);
+    for (unsigned i = 0; i < 30; ++i) {
+        PolyCurveDbl path;
+        path.MoveTo(random.InSquare(50));
+        for (int k = 0; k < 6; ++k) {
+            if (random.Uniform(0, 1) < 0.6)
+                path.LineTo(random.InSquare(50));
+            else
+                path.CurveTo(random.InSquare(50), random.InSquare(50), random.InSquare(50));
+        }
+        if (i % 2 == 0)
+            path.Close();
+        for (const double width : {2.0, 30.0})
+            ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(path, width, 0.05, i, 120)) << i;
+    }
+    PolyCurveDbl circle; // the pen reaches from just outside to beyond the centre
+    circle.AddEllipse({0, 0}, 20, 20);
+    for (const double width : {1.0, 38.0, 40.0, 44.0, 200.0})
+        ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(circle, width, 0.05, 3, 400)) << width;
+}
+
+TEST(Stroker, SmoothCurvesAreCoveredOnce)
+{
+    // No overlap along a curve that is wider than the pen: the signed area is the area.
+    PolyCurveDbl circle;
+    circle.AddEllipse({0, 0}, 20, 20);
+    const auto signedArea = [](const Polygons& polygons) {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < polygons.GetPolygonCount(); ++i) {
+            const auto points = polygons.GetPolygon(i).points;
+            for (std::size_t k = 0; k < points.size(); ++k) {
+                const Point a = points[k], b = points[(k + 1) % points.size()];
+                sum -= 0.5 * (a.x * b.y - a.y * b.x);
+            }
+        }
+        return sum;
+    };
+    const double expected = 2.0 * pi * 20.0 * 30.0;
+    EXPECT_NEAR(signedArea(Stroke(circle, MakePen(30, StrokeJoin::Mitre))), expected,
+                1e-3 * expected);
+    Polygons flat, out;
+    circle.ExpandAdaptive(0.01, flat);
+    Geometry::StrokePolyPolygon(flat, MakePen(30, StrokeJoin::Round), out);
+    EXPECT_NEAR(signedArea(out), expected, 2e-2 * expected);
+}
+
+TEST(Stroker, NothingLiesBeyondTheMitreLimit)
+{
+    Oracle::Random random(23);
+    for (unsigned i = 0; i < 80; ++i) {
+        PolyCurveDbl path;
+        path.MoveTo(random.InSquare(50));
+        for (int k = 0; k < 5; ++k)
+            path.CurveTo(random.InSquare(50), random.InSquare(50), random.InSquare(50));
+        StrokeParameters pen = MakePen(random.Uniform(0.1, 40), static_cast<StrokeJoin>(i % 4),
+                                       static_cast<StrokeCap>(i % 3), random.Uniform(0.01, 2));
+        pen.mitreLimit = random.Uniform(1, 3);
+        const double reach =
+            0.5 * pen.width * std::max(pen.mitreLimit, std::numbers::sqrt2) + pen.tolerance;
+        const auto line = Oracle::SampleCurve(path.GetCurves()[0], 200);
+        const Polygons out = Stroke(path, pen);
+        for (std::size_t k = 0; k < out.GetPoints().size(); k += 5)
+            ASSERT_LE(Oracle::DistanceToPolyline(out.GetPoints()[k], line), reach);
+    }
+}
+
+TEST(Stroker, WhatCannotBeDrawnIsNot)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const PolyCurveDbl line = MakePolyline({{0, 0}, {10, 0}});
+    for (const double width : {0.0, -1.0, nan, infinity, 1e300})
+        EXPECT_TRUE(Stroke(line, MakePen(width, StrokeJoin::Round)).IsEmpty()) << width;
+    for (const double bad : {nan, infinity, 1e300}) {
+        PolyCurveDbl path = MakePolyline({{0, 0}, {bad, 5}, {10, 0}});
+        EXPECT_TRUE(Stroke(path, MakePen(1, StrokeJoin::Round)).IsEmpty());
+        path.MoveTo({0, 0}); // the next run does not suffer
+        path.LineTo({4, 0});
+        EXPECT_NEAR(Oracle::NonZeroArea(Stroke(path, MakePen(1, StrokeJoin::Round))), 4.0, 1e-9);
+    }
+    for (const double tolerance : {0.0, -1.0, nan})
+        EXPECT_NEAR(Oracle::NonZeroArea(
+                        Stroke(line, MakePen(2, StrokeJoin::Round, StrokeCap::Round, tolerance))),
+                    20.0 + pi, 0.02);
+}
+
+TEST(Stroker, EnormousPensStayAffordable)
+{
+    PolyCurveDbl path;
+    path.MoveTo({0, 0});
+    path.CurveTo({10, 10}, {-10, 10}, {1, 0});
+    const Polygons out = Stroke(path, MakePen(1e12, StrokeJoin::Round, StrokeCap::Round, 1e-3));
+    EXPECT_LT(out.GetPoints().size(), 2'000'000u);
+}
+
+} // namespace
