@@ -19,8 +19,9 @@ Channel Divide(Channel colour, Channel alpha) noexcept
     if constexpr (std::is_floating_point_v<Channel>) {
         return colour / alpha;
     } else {
-        constexpr std::uint64_t Max = std::numeric_limits<Channel>::max();
-        return static_cast<Channel>(std::min(Max, (colour * Max + alpha / 2) / alpha));
+        // Max² + Max/2 fits into 32 bits.
+        constexpr std::uint32_t Max = std::numeric_limits<Channel>::max();
+        return static_cast<Channel>(std::min(Max, (colour * Max + alpha / 2U) / alpha));
     }
 }
 

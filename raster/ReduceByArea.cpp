@@ -80,7 +80,9 @@ public:
         : m_source(source),
           m_target(target),
           m_x(source.GetWidth(), target.GetWidth()),
-          m_y(source.GetHeight(), target.GetHeight())
+          m_y(source.GetHeight(), target.GetHeight()),
+          m_total(Sum(m_x.GetTotalWeight()) * Sum(m_y.GetTotalWeight())),
+          m_inverseTotal(1 / double(m_total))
     {}
 
     void Run() const
@@ -114,7 +116,6 @@ private:
 
     void SumRow(const std::vector<ColumnSum>& columns, Channel* out) const
     {
-        const Sum total = Sum(m_x.GetTotalWeight()) * Sum(m_y.GetTotalWeight());
         for (unsigned x = 0; x < m_target.GetWidth(); ++x) {
             const auto footprint = m_x.GetFootprint(x);
             for (std::size_t c = 0; c < P::ChannelCount; ++c) {
@@ -127,23 +128,33 @@ private:
                 const Sum sum = Sum(footprint.firstWeight) * column(footprint.first) +
                                 Sum(footprint.innerWeight) * inner +
                                 Sum(footprint.lastWeight) * column(footprint.last);
-                *out++ = Divide(sum, total);
+                *out++ = Divide(sum);
             }
         }
     }
 
-    static Channel Divide(Sum sum, Sum total) noexcept
+    /// The mean, integers to nearest. The quotient of doubles is at most 1 off before it is put
+    /// right, and much faster than a division of 64 bits.
+    Channel Divide(Sum sum) const noexcept
     {
-        if constexpr (std::is_floating_point_v<Channel>)
-            return static_cast<Channel>(sum / total);
-        else
-            return static_cast<Channel>((sum + total / 2) / total);
+        if constexpr (std::is_floating_point_v<Channel>) {
+            return static_cast<Channel>(sum / m_total);
+        } else {
+            const auto total = static_cast<std::int64_t>(m_total);
+            const auto rounded = static_cast<std::int64_t>(sum) + total / 2;
+            auto quotient = static_cast<std::int64_t>(double(rounded) * m_inverseTotal);
+            const auto remainder = rounded - quotient * total;
+            quotient += remainder >= total ? 1 : remainder < 0 ? -1 : 0;
+            return static_cast<Channel>(quotient);
+        }
     }
 
     const DynamicBuffer& m_source;
     DynamicBuffer& m_target;
     AreaAxis m_x;
     AreaAxis m_y;
+    Sum m_total;
+    double m_inverseTotal;
 };
 
 template<class P>

@@ -11,6 +11,10 @@
 
 namespace Raster {
 
+namespace Resampling {
+class ExtendedAxis;
+}
+
 /// Averages \p source down (never up) to \p width × \p height pixels: every result pixel is the
 /// exact area-weighted mean of the premultiplied pixels that it covers. Both sides stay at least 1
 /// and at most the source's. \return null when the memory cannot be had.
@@ -56,6 +60,9 @@ private:
     void SampleNearest(int x, int y, unsigned length, P* out) const;
     template<class Filter>
     void SampleFiltered(int x, int y, unsigned length, P* out) const;
+
+    void GatherRow(const Resampling::ExtendedAxis& xAxis, int first, int row, P* out,
+                   int count) const;
 
     bool SetMap(const AffineTransform::Params& deviceToUnit, bool reduce);
     bool SetWholePixels();

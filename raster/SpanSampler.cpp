@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include <raster/ChannelVector.h>
 #include <raster/ResampleFilters.h>
 
 namespace Raster {
@@ -24,10 +25,6 @@ constexpr double MaxWholeOffset = 1e15;
 /// Nearest neighbours are looked up a hair after the position: where a map puts pixel centres
 /// between two source pixels, rounding noise must not pick the one here and the other there.
 constexpr double NearestBias = 1e-6;
-
-/// Single precision is exact enough for 8 bits (errors below 1e-4 of a step) and twice as fast.
-template<class P>
-using RealOf = std::conditional_t<sizeof(typename P::ChannelType) == 1, float, double>;
 
 bool IsUsable(const AffineTransform::Params& map) noexcept
 {
@@ -76,10 +73,11 @@ struct Taps
 
 /// Rounds to nearest. Without overshoot, colour stays within alpha because every step of the sums
 /// is monotonic.
-template<class P, class Filter, class Real>
-P ToPixel(const std::array<Real, P::ChannelCount>& sums) noexcept
+template<class P, class Filter>
+P ToPixel(const ChannelVector<P>& sums) noexcept
 {
     using Channel = typename P::ChannelType;
+    using Real = typename ChannelVector<P>::Real;
     P pixel;
     if constexpr (std::is_floating_point_v<Channel>) {
         for (std::size_t c = 0; c < P::ChannelCount; ++c)
@@ -103,16 +101,14 @@ template<class P, class Filter, class Real>
 P Interpolate(const std::array<const P*, Filter::Taps>& rows, const Taps<Filter, Real>& x,
               const Taps<Filter, Real>& y) noexcept
 {
-    std::array<Real, P::ChannelCount> sums{};
+    ChannelVector<P> sums;
     for (std::size_t j = 0; j < rows.size(); ++j) {
-        std::array<Real, P::ChannelCount> row{};
+        ChannelVector<P> row;
         for (std::size_t i = 0; i < rows.size(); ++i)
-            for (std::size_t c = 0; c < P::ChannelCount; ++c)
-                row[c] += x.weights[i] * static_cast<Real>(rows[j][i][c]);
-        for (std::size_t c = 0; c < P::ChannelCount; ++c)
-            sums[c] += y.weights[j] * row[c];
+            row.Add(x.weights[i], ChannelVector<P>(rows[j][i]));
+        sums.Add(y.weights[j], row);
     }
-    return ToPixel<P, Filter, Real>(sums);
+    return ToPixel<P, Filter>(sums);
 }
 
 } // namespace
@@ -239,7 +235,7 @@ template<class P>
 template<class Filter>
 void SpanSampler<P>::SampleFiltered(int x, int y, unsigned length, P* out) const
 {
-    using FilterTaps = Taps<Filter, RealOf<P>>;
+    using FilterTaps = Taps<Filter, typename ChannelVector<P>::Real>;
     constexpr int Count = Filter::Taps;
 
     const auto& map = m_deviceToSource;
@@ -249,6 +245,8 @@ void SpanSampler<P>::SampleFiltered(int x, int y, unsigned length, P* out) const
     const double rowV = map.m11 * (y + 0.5) + map.m12;
     const bool isRowConstant = map.m10 == 0;
     FilterTaps yTaps(yAxis, rowV);
+    std::array<const P*, Count> rows;
+    std::array<P, Count * Count> patch; // what is read across the edges
 
     for (unsigned k = 0; k < length; ++k) {
         const double deviceX = double(std::int64_t{x} + k) + 0.5;
@@ -256,22 +254,25 @@ void SpanSampler<P>::SampleFiltered(int x, int y, unsigned length, P* out) const
         if (!isRowConstant)
             yTaps = FilterTaps(yAxis, map.m10 * deviceX + rowV);
 
-        std::array<const P*, Count> rows;
-        if (xTaps.IsInside(xAxis) && yTaps.IsInside(yAxis)) {
-            for (int j = 0; j < Count; ++j)
-                rows[std::size_t(j)] = GetRow(yTaps.first + j) + xTaps.first;
-            out[k] = Interpolate<P, Filter>(rows, xTaps, yTaps);
-            continue;
-        }
-        P patch[Count][Count]{};
+        const bool isInside = xTaps.IsInside(xAxis) && yTaps.IsInside(yAxis);
         for (int j = 0; j < Count; ++j) {
-            rows[std::size_t(j)] = patch[j];
-            const int row = yAxis.Map(yTaps.first + j);
-            for (int i = 0; row >= 0 && i < Count; ++i)
-                if (const int column = xAxis.Map(xTaps.first + i); column >= 0)
-                    patch[j][i] = GetRow(row)[column];
+            P* const gathered = &patch[std::size_t(Count * j)];
+            if (!isInside)
+                GatherRow(xAxis, xTaps.first, yAxis.Map(yTaps.first + j), gathered, Count);
+            rows[std::size_t(j)] = isInside ? GetRow(yTaps.first + j) + xTaps.first : gathered;
         }
         out[k] = Interpolate<P, Filter>(rows, xTaps, yTaps);
+    }
+}
+
+/// Reads \p count pixels from column \p first on; \p row is −1 where all are transparent.
+template<class P>
+void SpanSampler<P>::GatherRow(const ExtendedAxis& xAxis, int first, int row, P* out,
+                               int count) const
+{
+    for (int i = 0; i < count; ++i) {
+        const int column = xAxis.Map(first + i);
+        out[i] = row < 0 || column < 0 ? P{} : GetRow(row)[column];
     }
 }
 
