@@ -275,8 +275,11 @@ void RenderTargetRasterizer::RenderAliased(Writer& writer, const bool* abort)
             if (area != 0)
                 add(x, x + 1);
             const int runStart = area != 0 ? x + 1 : x;
-            if (cell != end && cover != 0 && (*cell)->x > runStart)
-                add(runStart, (*cell)->x);
+            // Edges to the right of the clip box were never added: cover that is left over lasts to
+            // its right side.
+            const int runEnd = cell != end ? (*cell)->x : m_clipBox.right;
+            if (cover != 0 && runEnd > runStart)
+                add(runStart, runEnd);
         }
         flush();
     }
