@@ -189,17 +189,20 @@ void ApplyTint(P& pixel, double tint)
     }
 }
 
-/// Hues do not mix with white channel by channel; the colour is tinted as RGB.
+/// Hue, saturation and luminosity do not mix one by one: the colour is tinted as RGB, which leaves
+/// the hue as it is.
 inline void ApplyTint(Raster::PixelHSLAF& pixel, double tint)
 {
     if (!(tint < 1.0))
         return;
+    const float hue = pixel[0];
     Raster::PixelRGBAF rgb;
     Raster::ConvertFloatPixel(Raster::ColourSpace::HSL, &pixel[0], Raster::ColourSpace::RGB,
                               &rgb[0]);
     ApplyTint<Raster::PixelRGBAF>(rgb, tint);
     Raster::ConvertFloatPixel(Raster::ColourSpace::RGB, &rgb[0], Raster::ColourSpace::HSL,
                               &pixel[0]);
+    pixel[0] = hue;
 }
 
 } // namespace Renderer::ColourConversion
