@@ -46,7 +46,7 @@ private:
 };
 
 /// The most pieces that one cubic is flattened into. Enough for every cubic within ±2^21 pixels at
-/// a tolerance of 0.002 pixels; a guard for what is larger still.
+/// a tolerance of 0.0021 pixels; a guard for what is larger still.
 inline constexpr std::size_t MaximumCubicPieces = 65536;
 
 /// Walks along a cubic in the longest parameter steps whose chords are known to stay within a

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include <geometry/Export.h>
 #include <geometry/PolyCurve.h>
 #include <kernel/Countable.h>
 #include <kernel/Counted.h>
@@ -11,7 +12,7 @@ namespace Geometry {
 
 /// One glyph of a font, unhinted, in units of the em (a font size of 1), y downwards from the
 /// baseline. Immutable and shared.
-class GlyphMetrics : public Kernel::Countable
+class GEOMETRY_EXPORT GlyphMetrics : public Kernel::Countable
 {
 public:
     /// \param index the glyph's number in its font.

@@ -19,7 +19,7 @@ enum class StrokeCap
 
 enum class StrokeJoin
 {
-    None = 0, ///< the segments end in butts of their own
+    None = 0, ///< the segments end in butts of their own, whatever the cap
     Mitre = 1,
     Round = 2,
     Bevel = 3,
@@ -32,17 +32,30 @@ struct StrokeParameters
     StrokeCap cap = StrokeCap::Butt;
     StrokeJoin join = StrokeJoin::Round;
     /// Mitres longer than this many widths become bevels (mitre length ÷ width, as in SVG and
-    /// PostScript).
+    /// PostScript). Holds to 1e-6 of itself, so that √2 takes every right angle.
     double mitreLimit = 4.0;
-    /// Lengths of dashes and gaps in turn; an odd number is repeated once more. Empty, or with a sum
-    /// that is not positive, or with a negative member: solid.
+    /// Lengths of dashes and gaps in turn; an odd number is repeated once more. Empty, without any
+    /// gap, or with a negative member: solid; so is a run that would get more than a million
+    /// dashes.
     std::span<const double> dashes;
-    double dashPhase = 0.0; ///< where in the pattern the path begins; any finite value
-    double tolerance = 0.1; ///< largest distance of the outline from the exact one
+    double dashPhase = 0.0; ///< where in the pattern each run begins; any finite value
+    /// Largest distance of the outline from the exact one; a thousandth of the width if not
+    /// positive.
+    double tolerance = 0.1;
 };
 
 /// Appends the outline of the stroked path to \p out, as closed polygons to be filled non-zero.
-/// Draws nothing for widths that are not positive and finite.
+///
+/// All parts of the outline have the same orientation, so overlaps never cancel, and a stroke that
+/// is wider than its curves are round has no holes. Joins are made where segments meet; along a
+/// curve the pen turns smoothly (round at a cusp). Dashes follow the length of the path through its
+/// corners; in a closed run those at its end and its start are one when both touch the start. A
+/// dash or a run without length is drawn by its caps: round ones give a disc, square ones a square
+/// along the path (along the axes where there is no direction), butts nothing. A run that was only
+/// started, not closed or drawn on, gives nothing.
+///
+/// Widths that are not positive, and parameters or runs that are not finite (or beyond 1e100), draw
+/// nothing.
 GEOMETRY_EXPORT void StrokePolyCurve(const PolyCurveDbl& path, const StrokeParameters& parameters,
                                      PolyPolygonType<double>& out);
 

@@ -7,10 +7,11 @@ namespace Geometry {
 
 StrokePrecision StrokePrecision::Make(double radius, double tolerance) noexcept
 {
-    // At most a right angle at once, even for pens thinner than the tolerance; and no more than
-    // some 100,000 steps for a full turn of enormous ones.
+    // At most a right angle at once, even for pens thinner than the tolerance. And no more than
+    // some 7,000 steps for a full turn, which keeps the tolerance up to radii five million times as
+    // large.
     const double halfTurn =
-        std::clamp(1.0 - 0.5 * tolerance / radius, std::numbers::sqrt2 / 2.0, 1.0 - 5e-10);
+        std::clamp(1.0 - 0.5 * tolerance / radius, std::numbers::sqrt2 / 2.0, 1.0 - 1e-7);
     return {0.5 * tolerance, halfTurn, 1e-4 * std::min(tolerance, radius)};
 }
 

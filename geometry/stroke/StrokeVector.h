@@ -17,9 +17,10 @@ inline double Cross(Point a, Point b) noexcept
     return a.x * b.y - a.y * b.x;
 }
 
+/// \pre the coordinates are at most about 1e150, so that their squares are finite.
 inline double Length(Point a) noexcept
 {
-    return std::hypot(a.x, a.y);
+    return std::sqrt(Dot(a, a));
 }
 
 /// \p a turned a quarter to the left: the normal of a direction.
