@@ -44,8 +44,8 @@ struct CompositeFlat
             if constexpr (std::is_integral_v<WeightT>)
                 Repeat<Channels>(flatWeights + i * Channels, weight);
         }
-        ChannelType* __restrict d = destination->channels.data();
-        const ChannelType* __restrict s = source->channels.data();
+        auto* __restrict d = reinterpret_cast<ChannelType*>(destination);
+        const auto* __restrict s = reinterpret_cast<const ChannelType*>(source);
         for (std::size_t i = 0; i < WholeGroups(count) * Channels; ++i) {
             // Colour above alpha would overflow the sum.
             const ChannelType colour = s[i] < alphas[i] ? s[i] : alphas[i];

@@ -60,7 +60,8 @@ void Repeat(T* places, T value)
 {
     if constexpr (MakesWord<T, count>) {
         using Word = typename WordOfSize<count * sizeof(T)>::Type;
-        constexpr Word ones = static_cast<Word>(~Word{0} / std::numeric_limits<T>::max());
+        constexpr Word ones =
+            static_cast<Word>(std::numeric_limits<Word>::max() / std::numeric_limits<T>::max());
         const Word word = static_cast<Word>(std::uint64_t{ones} * value);
         using AliasingWord [[gnu::may_alias]] = Word; // memcpy here keeps loops from vectorising
         *reinterpret_cast<AliasingWord*>(places) = word;

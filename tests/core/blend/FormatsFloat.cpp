@@ -1,0 +1,3 @@
+#include "FormatsBody.h"
+
+template BlendTests::Tables BlendTests::GetTables<Raster::PixelRGBAUF>();
