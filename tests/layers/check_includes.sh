@@ -17,8 +17,8 @@ rooms='
 tbb/.*             kernel/ParallelForTBB\.cpp
 agg_.*             renderer/core/coverage/.*
 lcms2\.h           raster/ICC[^/]*
-png\.h             raster/[^/]*PNG[^/]*
-j(peglib|error)\.h raster/[^/]*JPEG[^/]*
+png\.h             raster/P(ng|NG)[^/]*
+j(peglib|error)\.h raster/J(peg|PEG)[^/]*
 pugixml\.hpp       tools/svg/.*\.cpp
 (zlib|iconv)\.h    tools/svg/.*\.cpp
 CLI/.*             tools/renderer/.*\.cpp
@@ -58,8 +58,8 @@ grep -rnoE --include='*.h' --include='*.cpp' '^ *# *include *[<"][^">]+[">]' \
         if ($3 ~ /^[a-z_]+$/)
             next # the standard library
         folder = $1; sub("[^/]*$", "", folder)
-        if (layer == "tools" && system("test -e " folder $3) == 0)
-            next # a neighbour
+        if (layer == "tools" && system("test -e " folder $3 " -o -e tools/" $3) == 0)
+            next # headers of the command
         for (i = 1; i <= roomCount; ++i)
             if ($3 ~ header[i]) {
                 if ($1 !~ room[i])
