@@ -15,3 +15,7 @@ file(RELATIVE_PATH pkgconfig_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
      ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/renderer.pc.in renderer.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/renderer.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+if(TARGET renderer_command)
+  install(TARGETS renderer_command)
+endif()
