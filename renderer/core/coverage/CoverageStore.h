@@ -40,11 +40,14 @@ public:
         const int bottom = std::max(y1, y2);
         const int left = std::min(x1, x2);
         if (top == bottom || (bottom - 1) >> SubPixelShift < m_window.top ||
-            top >> SubPixelShift >= m_window.bottom || left >> SubPixelShift >= m_window.right)
+            top >> SubPixelShift >= m_window.bottom)
+            return;
+        m_right = std::max(m_right, std::max(x1, x2));
+        // An edge to the right of the window ends what begins in it, out of sight.
+        if (left >> SubPixelShift >= m_window.right)
             return;
         m_edges.push_back({x1, y1, x2, y2});
         m_left = std::min(m_left, left);
-        m_right = std::max(m_right, std::max(x1, x2));
         m_top = std::min(m_top, top);
         m_bottom = std::max(m_bottom, bottom);
     }

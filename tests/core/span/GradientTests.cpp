@@ -226,17 +226,21 @@ TYPED_TEST(GradientTest, ExtremeMapsStayFinite)
     }
 }
 
-/// A hard edge falls between two pixels, not somewhere in a cell of a table.
+/// A hard edge falls between two pixels, not somewhere in a cell of a table, and the colour before
+/// an edge at 0 or after one at 1 is the outer one.
 TEST(GradientEdge, FallsOnTheExactPixel)
 {
-    const auto fill = FillGradient::Create(
-        FillGradient::Linear,
-        Gradient::Create({{Red, 0.0}, {Red, 0.123}, {Blue, 0.123}, {Blue, 1.0}}));
-    Painter<Raster::PixelRGBA8> painter;
-    ASSERT_TRUE(painter.Make(*fill, {1e6, 0, 0, 0, 1, 0}));
-    const auto row = painter.Run(122'990, 0, std::vector<Raster::PixelRGBA8>(20));
-    for (std::size_t i = 0; i < row.size(); ++i)
-        EXPECT_EQ(row[i].Alpha(), i < 10 ? 255 : 204) << i;
+    for (const double edge : {0.0, 0.123, 1.0}) {
+        const auto fill = FillGradient::Create(
+            FillGradient::Linear,
+            Gradient::Create({{Red, 0.0}, {Red, edge}, {Blue, edge}, {Blue, 1.0}}));
+        Painter<Raster::PixelRGBA8> painter;
+        ASSERT_TRUE(painter.Make(*fill, {1e6, 0, 0, 0, 1, 0}));
+        const int first = static_cast<int>(std::lround(edge * 1e6)) - 10;
+        const auto row = painter.Run(first, 0, std::vector<Raster::PixelRGBA8>(20));
+        for (std::size_t i = 0; i < row.size(); ++i)
+            EXPECT_EQ(row[i].Alpha(), i < 10 ? 255 : 204) << edge << ", " << i;
+    }
 }
 
 } // namespace
