@@ -72,16 +72,16 @@ public:
     /// as GetDefaultProfileForFormat.
     ///
     /// Between bytes of different spaces the result comes from a table, up to some steps off in dark
-    /// inks; every other pair is exact. RGB profiles of curves and a matrix are unbounded: odd below 0,
-    /// beyond 1 by the curve's own formula (a sampled curve as the power of its last slope).
+    /// inks; every other pair is exact. RGB profiles of curves and a matrix are unbounded: odd below
+    /// 0, beyond 1 by the curve's own formula (a sampled curve as the power of its last slope).
     ///
     /// \return null when a space other than RGB lacks its profile (the caller then uses the fixed
     ///         formulas), and when both sides are the same profile, depth and format.
     Kernel::Counted<const ICCTransform> GetTransform(Format from, const ICCProfileSet& fromSet,
                                                      Format to, const ICCProfileSet& toSet);
 
-    /// The float forms of the same, exact and cheap to make, between unpremultiplied float pixels: RGBA, CMYKA or intensity and
-    /// alpha in 0…1; Lab as L*/100, (a* + 128)/255, (b* + 128)/255.
+    /// The float forms of the same, exact and cheap to make, between unpremultiplied float pixels:
+    /// RGBA, CMYKA or intensity and alpha in 0…1; Lab as L*/100, (a* + 128)/255, (b* + 128)/255.
     Kernel::Counted<const ICCTransform> GetFloatTransform(ColourSpace from, const ICCProfileSet& fromSet,
                                                           ColourSpace to, const ICCProfileSet& toSet);
 

@@ -87,7 +87,7 @@ TEST(ICCProfile, CorruptionNeverCrashes)
     for (const Bytes& whole :
          {MakeWideRGBBytes(2.2), MakeSampledRGBBytes(), MakeGreyBytes(1.8), MakeCMYKBytes()}) {
         int refused = 0;
-        for (int round = 0; round < 300; ++round) {
+        for (int round = 0; round < 120; ++round) {
             Bytes bytes = whole;
             // Mostly in the header, the tag table and the heads of the tags.
             const std::size_t range =
@@ -96,7 +96,7 @@ TEST(ICCProfile, CorruptionNeverCrashes)
                 bytes[random() % range] = static_cast<unsigned char>(random());
             refused += !TryProfile(bytes);
         }
-        EXPECT_GT(refused, 10);
+        EXPECT_GT(refused, 4);
         EXPECT_TRUE(TryProfile(whole));
     }
 }
