@@ -199,11 +199,10 @@ private:
     /// Closes the innermost group and gives it back; its buffer stays alive with it.
     CompositeGroup CloseComposite();
     void CopyBackdrop(const CompositeGroup& group, bool colourOnly);
-    /// Paints a fill over the innermost group, within its alpha.
-    void PaintOverGroup(const FillDescriptorConst& fill);
-    /// Paints a closed group, or \p fill scaled by its alpha when that is not empty.
+    /// Paints a closed group: with \p groupRole Colour its pixels and \p fill, which may be empty,
+    /// within their alpha; with Transparency the fill scaled by its alpha.
     void PaintGroup(const CompositeGroup& group, const FillDescriptorConst& fill,
-                    const FillDescriptorConst& transparency);
+                    const FillDescriptorConst& transparency, PopulatorRole groupRole);
     /// Adds the populator that reads a group's pixels in place.
     bool AddGroupPopulator(const CompositeGroup& group, PopulatorRole role);
 

@@ -81,10 +81,8 @@ void PixelRenderTarget::PopCompositeAsFill(const FillDescriptorConst& fill,
 {
     if (m_groups.empty())
         return;
-    if (!fill.IsFillNone() && m_groups.back().buffer && !IsAborting())
-        PaintOverGroup(fill);
     CompositeGroup group = CloseComposite();
-    PaintGroup(group, {}, transparency);
+    PaintGroup(group, fill, transparency, PopulatorRole::Colour);
     m_spareBuffers.Give(std::move(group.buffer));
 }
 
@@ -95,34 +93,23 @@ void PixelRenderTarget::PopCompositeAsTransparency(const FillDescriptorConst& fi
         return;
     CompositeGroup group = CloseComposite();
     if (!fill.IsFillNone())
-        PaintGroup(group, fill, transparency);
+        PaintGroup(group, fill, transparency, PopulatorRole::Transparency);
     m_spareBuffers.Give(std::move(group.buffer));
 }
 
-void PixelRenderTarget::PaintOverGroup(const FillDescriptorConst& fill)
-{
-    // Source atop: the paint scaled by the group's own alpha, which it leaves as it is.
-    const CompositeGroup& group = m_groups.back();
-    CallScope scope(*this);
-    m_rasterizer.SelectBlend(FillBlendMode::Normal, BlendOptions::DefaultBlendGamma);
-    if (AddFillPopulator(fill, group.rect) &&
-        AddGroupPopulator(group, PopulatorRole::Transparency)) {
-        m_rasterizer.SetClipBox(group.rect);
-        m_rasterizer.RenderRect(group.rect, nullptr, GetAbortingPointer());
-    }
-}
-
 void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescriptorConst& fill,
-                                   const FillDescriptorConst& transparency)
+                                   const FillDescriptorConst& transparency, PopulatorRole groupRole)
 {
     if (!group.buffer || !(group.opacity > 0.0F) || IsAborting())
         return;
     CallScope scope(*this);
     m_rasterizer.SelectCompositeBlend(group.mode, group.options.GetBlendGamma());
-    const bool painted = fill.IsFillNone()
-                             ? AddGroupPopulator(group, PopulatorRole::Colour)
-                             : AddFillPopulator(fill, group.rect) &&
-                                   AddGroupPopulator(group, PopulatorRole::Transparency);
+    // As paint the group lies below the fill; as transparency it scales it.
+    const bool painted =
+        groupRole == PopulatorRole::Colour
+            ? AddGroupPopulator(group, groupRole) &&
+                  (fill.IsFillNone() || AddPopulator(fill, PopulatorRole::ColourAtop))
+            : AddFillPopulator(fill, group.rect) && AddGroupPopulator(group, groupRole);
     if (!painted || !AddTransPopulator(transparency, group.rect))
         return;
     AddOpacityPopulator(group.opacity);

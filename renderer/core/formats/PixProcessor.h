@@ -114,6 +114,19 @@ struct PixProcessor
         return result;
     }
 
+    /// \p source over \p backdrop within the backdrop's alpha, both premultiplied:
+    /// s·ab + b·(1 − as), alpha ab.
+    static constexpr Pixel Atop(const Pixel& source, const Pixel& backdrop) noexcept
+    {
+        Pixel result = Scale(source, backdrop.Alpha());
+        const Pixel below =
+            Scale(backdrop, static_cast<ChannelType>(Pixel::Max - source.Alpha()));
+        for (std::size_t i = FirstChannel; i < Pixel::ColourCount; ++i)
+            result[i] = static_cast<ChannelType>(result[i] + below[i]);
+        result.Alpha() = backdrop.Alpha();
+        return result;
+    }
+
     /// Brings a number into 0…1; NaN becomes 0.
     static constexpr float Clamp(float value) noexcept
     {

@@ -11,10 +11,11 @@ enum class PopulatorRole
 {
     Colour,       ///< writes the scratch
     ColourOver,   ///< is composited Normal over the scratch: the further paints of a stack
+    ColourAtop,   ///< is painted over the scratch within its alpha, which stays
     Transparency, ///< scales the scratch by the paint's alpha
 };
 
-/// Turns a populator class into the functions of the three roles.
+/// Turns a populator class into the functions of its roles.
 ///
 /// \tparam PopulatorT has `using Processor`, `Populate(x, y, length, Pixel* out)`, and, where its
 ///         paint is the same everywhere, `GetUniformPixel()`.
@@ -37,6 +38,8 @@ struct PopulatorForms
             return {&Write, &populator, {}};
         case PopulatorRole::ColourOver:
             return {&Composite, &populator, {}};
+        case PopulatorRole::ColourAtop:
+            return {&PaintAtop, &populator, {}};
         case PopulatorRole::Transparency:
             break;
         }
@@ -53,6 +56,12 @@ private:
     {
         ForBlocks(context, scratch, x, y, length,
                   [](const Pixel& paint, Pixel& pixel) { pixel = Processor::Over(paint, pixel); });
+    }
+
+    static void PaintAtop(void* context, void* scratch, int x, int y, unsigned length)
+    {
+        ForBlocks(context, scratch, x, y, length,
+                  [](const Pixel& paint, Pixel& pixel) { pixel = Processor::Atop(paint, pixel); });
     }
 
     static void ScaleByAlpha(void* context, void* scratch, int x, int y, unsigned length)
