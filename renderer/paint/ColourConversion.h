@@ -147,9 +147,11 @@ void ConvertPixel(const Source& source, Target& target, const ICCProfileSet& pro
         constexpr bool Clamps =
             !Unbounded && (IsRGB || (!SameSpace && !std::is_floating_point_v<Channel>));
         FloatPixel channels = Load(source);
-        if constexpr (!SameSpace)
+        if constexpr (!SameSpace && Unbounded)
             ConvertChannels(SpaceOf<Source>, Load(source), SpaceOf<Target>, channels,
-                            Unbounded ? UseAlternativeRGB(profiles) : profiles);
+                            UseAlternativeRGB(profiles));
+        else if constexpr (!SameSpace)
+            ConvertChannels(SpaceOf<Source>, Load(source), SpaceOf<Target>, channels, profiles);
         for (std::size_t c = 0; c < Target::ColourCount; ++c)
             target[c] = FromFloat<Channel>(Clamps ? Clamp01(channels[c]) : channels[c]);
     }
