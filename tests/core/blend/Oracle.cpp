@@ -107,7 +107,7 @@ double BlendChannel(Mode mode, double b, double s, bool unbounded)
     }
 }
 
-using Colour = std::vector<double>;
+using Colour = std::array<double, 4>;
 
 double Lum(const Colour& c)
 {
@@ -143,7 +143,8 @@ Colour ClipColor(Colour c)
     const double l = Lum(c);
     const double n = std::min({c[0], c[1], c[2]});
     const double x = std::max({c[0], c[1], c[2]});
-    for (double& channel : c) {
+    for (std::size_t i = 0; i < 3; ++i) {
+        double& channel = c[i];
         if (n < 0)
             channel = l + (channel - l) * l / (l - n);
         if (x > 1)
@@ -155,8 +156,8 @@ Colour ClipColor(Colour c)
 Colour SetLum(Colour c, double luminosity)
 {
     const double d = luminosity - Lum(c);
-    for (double& channel : c)
-        channel += d;
+    for (std::size_t i = 0; i < 3; ++i)
+        c[i] += d;
     return ClipColor(c);
 }
 
@@ -196,7 +197,7 @@ Colour BlendLCh(Mode mode, const Colour& b, const Colour& s)
 
 double WholeLuminosity(const OracleFormat& format, const Colour& c)
 {
-    if (format.roles[0] == ChannelRole::Additive && c.size() == 3)
+    if (format.roles[0] == ChannelRole::Additive && format.colours == 3)
         return Lum(c);
     if (format.roles[0] == ChannelRole::Subtractive)
         return 1 - Lum(c) - c[3];
@@ -212,9 +213,9 @@ Colour BlendWhole(const OracleFormat& format, Mode mode, const Colour& b, const 
     const bool luminosity = mode == FillBlendMode::Luminosity;
     if (format.roles[0] == ChannelRole::Lightness)
         return BlendLCh(mode, b, s);
-    if (b.size() == 1)
+    if (format.colours == 1)
         return luminosity ? s : b;
-    if (b.size() == 3)
+    if (format.colours == 3)
         return BlendRGB(mode, b, s);
     Colour rgb = BlendRGB(mode, {1 - b[0], 1 - b[1], 1 - b[2]}, {1 - s[0], 1 - s[1], 1 - s[2]});
     return {1 - rgb[0], 1 - rgb[1], 1 - rgb[2], luminosity ? s[3] : b[3]};
@@ -222,8 +223,8 @@ Colour BlendWhole(const OracleFormat& format, Mode mode, const Colour& b, const 
 
 Colour BlendChannels(const OracleFormat& format, Mode mode, const Colour& b, const Colour& s)
 {
-    Colour result(b.size());
-    for (std::size_t c = 0; c < b.size(); ++c) {
+    Colour result{};
+    for (std::size_t c = 0; c < format.colours; ++c) {
         if (format.roles[c] == ChannelRole::Opponent)
             result[c] = s[c];
         else if (format.roles[c] == ChannelRole::Subtractive)
@@ -234,11 +235,12 @@ Colour BlendChannels(const OracleFormat& format, Mode mode, const Colour& b, con
     return result;
 }
 
-Colour Unpremultiply(const RealPixel& pixel)
+Colour Unpremultiply(const OracleFormat& format, const RealPixel& pixel)
 {
-    Colour colour(pixel.begin(), pixel.end() - 1);
-    for (double& channel : colour)
-        channel = pixel.back() > 0 ? channel / pixel.back() : 0.0;
+    const double alpha = pixel[format.colours];
+    Colour colour{};
+    for (std::size_t c = 0; c < format.colours; ++c)
+        colour[c] = alpha > 0 ? pixel[c] / alpha : 0.0;
     return colour;
 }
 
@@ -281,24 +283,25 @@ RealPixel Composite(const OracleFormat& format, const OracleInput& input)
 {
     const double coverage = input.cover == 0 ? 0.0 : std::pow(input.cover / 255.0, input.ratio);
     const double k = coverage * (input.mask < 0 ? 1.0 : input.mask / 255.0);
-    const double as = input.source.back() * k;
-    const double ab = input.backdrop.back();
-    RealPixel result(input.backdrop.size());
+    const std::size_t alpha = format.colours;
+    const double as = input.source[alpha] * k;
+    const double ab = input.backdrop[alpha];
+    RealPixel result{};
     if (input.mode == FillBlendMode::Erase || input.mode == FillBlendMode::Mask) {
         const double kept =
-            input.mode == FillBlendMode::Erase ? 1 - as : 1 - k + k * input.source.back();
-        for (std::size_t c = 0; c < result.size(); ++c)
+            input.mode == FillBlendMode::Erase ? 1 - as : 1 - k + k * input.source[alpha];
+        for (std::size_t c = 0; c <= alpha; ++c)
             result[c] = input.backdrop[c] * kept;
         return result;
     }
-    const Colour b = Unpremultiply(input.backdrop);
-    const Colour s = Unpremultiply(input.source);
+    const Colour b = Unpremultiply(format, input.backdrop);
+    const Colour s = Unpremultiply(format, input.source);
     const Colour blended = IsSeparable(input.mode)
                                ? BlendChannels(format, input.mode, b, s)
                                : BlendWhole(format, input.mode, Clamped(b), Clamped(s));
-    for (std::size_t c = 0; c < b.size(); ++c)
+    for (std::size_t c = 0; c < alpha; ++c)
         result[c] = (1 - as) * ab * b[c] + (1 - ab) * as * s[c] + as * ab * blended[c];
-    result.back() = as + ab - as * ab;
+    result[alpha] = as + ab - as * ab;
     return result;
 }
 

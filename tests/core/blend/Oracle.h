@@ -1,6 +1,7 @@
 #pragma once
 
-#include <vector>
+#include <array>
+#include <cstddef>
 
 #include <raster/Pixel.h>
 #include <renderer/paint/FillBlendMode.h>
@@ -11,13 +12,14 @@
 
 namespace BlendTests {
 
-/// A pixel in fractions of the channel maximum: premultiplied, alpha last.
-using RealPixel = std::vector<double>;
+/// A pixel in fractions of the channel maximum: premultiplied, alpha where the format has it.
+using RealPixel = std::array<double, 5>;
 
 struct OracleFormat
 {
-    std::vector<Raster::ChannelRole> roles; ///< of the channels in use
-    bool unbounded;                         ///< float colour may leave 0…1
+    std::array<Raster::ChannelRole, 5> roles;
+    std::size_t colours; ///< how many channels precede alpha
+    bool unbounded;      ///< float colour may leave 0…1
 };
 
 /// What a blend function gets for one pixel.

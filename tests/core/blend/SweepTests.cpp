@@ -1,7 +1,8 @@
 #include <algorithm>
 #include <cmath>
-#include <optional>
 #include <random>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -106,16 +107,16 @@ private:
 template<class P>
 RealPixel ToReal(const P& pixel)
 {
-    RealPixel real;
-    for (const auto channel : pixel.channels)
-        real.push_back(static_cast<double>(channel) / static_cast<double>(P::Max));
+    RealPixel real{};
+    for (std::size_t c = 0; c < P::ChannelCount; ++c)
+        real[c] = static_cast<double>(pixel.channels[c]) / static_cast<double>(P::Max);
     return real;
 }
 
 template<class P>
 OracleFormat MakeFormat()
 {
-    return {{P::Roles.begin(), P::Roles.begin() + P::ChannelCount}, IsFloat<P>};
+    return {P::Roles, P::ColourCount, IsFloat<P>};
 }
 
 /// How far the result of one channel may be from the exact one.
@@ -125,7 +126,7 @@ double GetTolerance(const OracleInput& input, double exact, std::size_t channel)
     if constexpr (IsFloat<P>) {
         // The largest term bounds what rounding can do to the sum.
         double size = std::abs(exact);
-        for (std::size_t c = 0; c < input.source.size(); ++c) {
+        for (std::size_t c = 0; c < P::ChannelCount; ++c) {
             if (c == channel || !IsSeparable(input.mode))
                 size = std::max({size, std::abs(input.source[c]), std::abs(input.backdrop[c])});
         }
@@ -146,7 +147,7 @@ bool Matches(const OracleInput& input, const RealPixel& exact, const RealPixel& 
 template<class P>
 bool Matches(const OracleInput& input, const RealPixel& exact, const RealPixel& ours)
 {
-    for (std::size_t c = 0; c < exact.size(); ++c) {
+    for (std::size_t c = 0; c < P::ChannelCount; ++c) {
         if (!Matches<P>(input, exact, ours, c))
             return false;
     }
@@ -166,7 +167,7 @@ void MakeNeutral(RealPixel& pixel)
 {
     if (P::Roles[1] != Raster::ChannelRole::Opponent)
         return;
-    const double neutral = pixel.back() * 128.0 / 255.0;
+    const double neutral = pixel[P::AlphaIndex] * 128.0 / 255.0;
     const double half = GetHalfStep<P>(1.0) * 1.0001;
     if (std::abs(pixel[1] - neutral) <= half && std::abs(pixel[2] - neutral) <= half)
         pixel[1] = pixel[2] = neutral;
