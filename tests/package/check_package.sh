@@ -32,12 +32,13 @@ check_headers() {
     return $status
 }
 
+# The example writes a PNG file into the folder it is run in.
 check_example() {
-    local output
-    output=$("$1")
-    [[ $output == "$expected" ]] || { echo "$1 printed:"$'\n'"$output"; return 1; }
+    rm -f picture.png
+    "$1"
+    [[ $(head -c 4 picture.png) == $'\x89PNG' && $(stat -c %s picture.png) -gt 1000 ]] ||
+        { echo "$1 drew no picture"; return 1; }
 }
-expected_lines=30
 
 check_headers
 [[ $(find $include -name '*.h' | wc -l) -gt 50 ]]
@@ -46,8 +47,7 @@ check_headers
 cp -r "$source/examples/consumer" example
 cmake -S example -B cmake -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_CXX_COMPILER="$compiler" >cmake.log
 cmake --build cmake >build.log || { cat build.log; exit 1; }
-expected=$(cmake/consumer)
-[[ $(wc -l <<<"$expected") == "$expected_lines" && $expected == "00 Normal"* ]]
+check_example cmake/consumer
 
 PKG_CONFIG_PATH=$libraries/pkgconfig
 export PKG_CONFIG_PATH
