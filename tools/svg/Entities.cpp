@@ -177,8 +177,13 @@ void Expander::Expand(std::string_view text, int nesting)
             ExpandReference(text, nesting);
             continue;
         }
-        CopyCharacter(text.front(), nesting > 0);
-        text.remove_prefix(1);
+        const std::size_t plain = std::min(text.find_first_of("<>&\"'"), text.size());
+        m_result += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (plain == 0) {
+            CopyCharacter(text.front(), nesting > 0);
+            text.remove_prefix(1);
+        }
     }
 }
 

@@ -10,7 +10,7 @@ namespace Svg {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, Property>, 31> PropertyNames{{
+constexpr std::array<std::pair<std::string_view, Property>, PropertyCount> PropertyNames{{
     {"clip-path", Property::ClipPath},
     {"clip-rule", Property::ClipRule},
     {"color", Property::Colour},
@@ -43,7 +43,8 @@ constexpr std::array<std::pair<std::string_view, Property>, 31> PropertyNames{{
     {"stroke-width", Property::StrokeWidth},
     {"visibility", Property::Visibility},
 }};
-static_assert(PropertyNames.size() == static_cast<std::size_t>(Property::Visibility) + 1);
+
+static_assert(PropertyNames.back().second == Property::Visibility);
 
 /// Takes `!important` off the end.
 bool TakeImportant(std::string_view& value)

@@ -43,6 +43,8 @@ enum class Property
     Visibility,
 };
 
+inline constexpr std::size_t PropertyCount = static_cast<std::size_t>(Property::Visibility) + 1;
+
 /// The property of a name as it stands in files, such as `stroke-miterlimit`; case matters not.
 std::optional<Property> FindProperty(std::string_view name) noexcept;
 

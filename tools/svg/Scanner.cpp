@@ -55,6 +55,17 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) noexcept
     return std::ranges::equal(a, b, {}, ToLower, ToLower);
 }
 
+std::vector<std::string_view> SplitWords(std::string_view list)
+{
+    std::vector<std::string_view> words;
+    while (!(list = Trim(list)).empty()) {
+        const auto end = std::ranges::find_if(list, IsSpace);
+        words.push_back(list.substr(0, static_cast<std::size_t>(end - list.begin())));
+        list.remove_prefix(words.back().size());
+    }
+    return words;
+}
+
 char Scanner::Next() noexcept
 {
     const char c = Peek();

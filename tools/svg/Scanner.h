@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace Svg {
 
@@ -23,6 +24,9 @@ constexpr char ToLower(char c) noexcept
 std::string_view Trim(std::string_view text) noexcept;
 /// Whether two texts are equal but for the case of ASCII letters.
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) noexcept;
+
+/// The words of a list that white space separates.
+std::vector<std::string_view> SplitWords(std::string_view list);
 
 /// Takes numbers, words and separators off the front of an attribute's text. What does not match is
 /// left where it is.

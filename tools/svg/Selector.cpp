@@ -15,16 +15,8 @@ constexpr std::size_t MaxCompounds = 64; // matching nests as deep
 /// Whether a list separated by white space holds a word.
 bool HasWord(std::string_view list, std::string_view word)
 {
-    while (!list.empty()) {
-        list = Trim(list);
-        std::size_t end = 0;
-        while (end < list.size() && !IsSpace(list[end]))
-            ++end;
-        if (list.substr(0, end) == word)
-            return !word.empty();
-        list.remove_prefix(end);
-    }
-    return false;
+    const auto words = SplitWords(list);
+    return std::ranges::find(words, word) != words.end();
 }
 
 bool Test(const CompoundSelector::AttributeTest& test, std::string_view value)

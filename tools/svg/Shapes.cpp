@@ -180,23 +180,8 @@ Kernel::Counted<const PolyCurveDbl> MakeShape(const Element& element, const Leng
 
 Kernel::Counted<const PolyCurveDbl> MapPath(const PolyCurveDbl& path, const Transform& transform)
 {
-    Path mapped = Kernel::MakeCounted<PolyCurveDbl>();
-    for (const Geometry::CurveDbl& curve : path.GetCurves()) {
-        const auto& points = curve.GetPoints();
-        if (points.empty())
-            continue;
-        Geometry::CurveDbl run(transform.Map(points.front()));
-        for (std::size_t i = 0; i < curve.GetSegmentCount(); ++i) {
-            const Point end = transform.Map(points[3 * i + 3]);
-            if (curve.GetSegment(i) == Geometry::CurveDbl::Segment::Line)
-                run.LineTo(end);
-            else
-                run.CurveTo(transform.Map(points[3 * i + 1]), transform.Map(points[3 * i + 2]),
-                            end);
-        }
-        run.SetClosed(curve.IsClosed());
-        mapped->AddCurve(std::move(run));
-    }
+    Path mapped = path.Clone();
+    mapped->Transform([&](Point point) { return transform.Map(point); });
     return mapped;
 }
 

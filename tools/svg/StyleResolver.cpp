@@ -1,5 +1,6 @@
 #include "StyleResolver.h"
 
+#include <bitset>
 #include <vector>
 
 #include "StyleValues.h"
@@ -12,28 +13,50 @@ StyleResolver::StyleResolver(const Document& document)
         m_sheet.Add(text);
 }
 
+namespace {
+
+/// A value that some part of a style gives to a property.
+struct Value
+{
+    Property property;
+    std::string_view text;
+};
+
+/// Sets each property to the strongest value that is understood.
+/// \param values the weakest first.
+void ApplyStrongest(const std::vector<Value>& values, Style& style, const Style& parent)
+{
+    std::bitset<PropertyCount> done;
+    for (auto value = values.rbegin(); value != values.rend(); ++value) {
+        const auto index = static_cast<std::size_t>(value->property);
+        if (!done[index])
+            done[index] = ApplyProperty(style, parent, value->property, value->text);
+    }
+}
+
+} // namespace
+
 Style StyleResolver::Resolve(const Element& element, const Style& parent) const
 {
-    Style style = parent.MakeChild();
-    const auto apply = [&](const Declaration& declaration) {
-        ApplyProperty(style, parent, declaration.property, declaration.value);
-    };
+    std::vector<Value> values;
     for (const Attribute& attribute : element.attributes) {
         if (const auto property = FindProperty(attribute.name))
-            ApplyProperty(style, parent, *property, attribute.value);
+            values.push_back({*property, attribute.value});
     }
     const std::vector<const Declaration*> rules = m_sheet.Match(element);
     const std::vector<Declaration> own = ParseDeclarations(RemoveComments(element.Get("style")));
     for (const bool important : {false, true}) {
         for (const Declaration* rule : rules) {
             if (rule->important == important)
-                apply(*rule);
+                values.push_back({rule->property, rule->value});
         }
         for (const Declaration& declaration : own) {
             if (declaration.important == important)
-                apply(declaration);
+                values.push_back({declaration.property, declaration.value});
         }
     }
+    Style style = parent.MakeChild();
+    ApplyStrongest(values, style, parent);
     return style;
 }
 

@@ -1,6 +1,7 @@
 #include "StyleSheet.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <kernel/FormatException.h>
 
@@ -25,6 +26,16 @@ std::string_view TakeBlock(std::string_view& text)
 {
     char end = '\0';
     return TakeUntil(text, "}", end);
+}
+
+/// The bucket that holds the rules with such a subject.
+std::string FindBucket(const CompoundSelector& subject)
+{
+    if (!subject.id.empty())
+        return "#" + subject.id;
+    if (!subject.classes.empty())
+        return "." + subject.classes.front();
+    return subject.type.empty() ? "*" : subject.type;
 }
 
 } // namespace
@@ -63,22 +74,45 @@ void StyleSheet::AddRule(std::string_view selectors, std::string_view block)
         if (!selector)
             return; // one bad selector voids the rule
         const unsigned specificity = selector->GetSpecificity();
-        rules.push_back({std::move(*selector), specificity, m_blocks.size()});
+        rules.push_back({std::move(*selector), specificity, m_blocks.size(), 0});
     }
     m_blocks.push_back(std::move(declarations));
-    std::ranges::move(rules, std::back_inserter(m_rules));
+    for (Rule& rule : rules) {
+        rule.order = m_rules.size();
+        m_buckets[FindBucket(rule.selector.GetSubject())].push_back(rule.order);
+        m_rules.push_back(std::move(rule));
+    }
+}
+
+void StyleSheet::MatchBucket(const std::string& key, const Element& element,
+                             std::vector<const Rule*>& matching) const
+{
+    const auto bucket = m_buckets.find(key);
+    if (bucket == m_buckets.end())
+        return;
+    for (const std::size_t index : bucket->second) {
+        if (m_rules[index].selector.Matches(element, m_budget))
+            matching.push_back(&m_rules[index]);
+        if (m_budget < 0)
+            throw Kernel::FormatException("the style sheets take too long to match");
+    }
 }
 
 std::vector<const Declaration*> StyleSheet::Match(const Element& element) const
 {
+    if (m_rules.empty())
+        return {};
     std::vector<const Rule*> matching;
-    for (const Rule& rule : m_rules) {
-        if (rule.selector.Matches(element, m_budget))
-            matching.push_back(&rule);
-        if (m_budget < 0)
-            throw Kernel::FormatException("the style sheets take too long to match");
-    }
-    std::ranges::stable_sort(matching, {}, &Rule::specificity);
+    MatchBucket("*", element, matching);
+    MatchBucket(std::string(element.name), element, matching);
+    MatchBucket("#" + std::string(element.id), element, matching);
+    for (const std::string_view name : SplitWords(element.Get("class")))
+        MatchBucket("." + std::string(name), element, matching);
+    std::ranges::sort(matching, {},
+                      [](const Rule* rule) { return std::pair(rule->specificity, rule->order); });
+    // A class that is named twice finds its rules twice.
+    const auto repeated = std::ranges::unique(matching);
+    matching.erase(repeated.begin(), repeated.end());
     std::vector<const Declaration*> declarations;
     for (const Rule* rule : matching) {
         for (const Declaration& declaration : m_blocks[rule->block])

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "Properties.h"
@@ -27,14 +29,19 @@ private:
         Selector selector;
         unsigned specificity;
         std::size_t block; ///< the index of its declarations
+        std::size_t order; ///< among all rules
     };
 
     void AddRule(std::string_view selectors, std::string_view block);
+    void MatchBucket(const std::string& key, const Element& element,
+                     std::vector<const Rule*>& matching) const;
 
     std::vector<Rule> m_rules;
     std::vector<std::vector<Declaration>> m_blocks;
+    /// The rules by what their subject asks for first: `#id`, `.class`, the type or `*`.
+    std::unordered_map<std::string, std::vector<std::size_t>> m_buckets;
     /// Compounds that may still be looked at: far more than drawings need.
-    mutable long m_budget = 300'000'000;
+    mutable long m_budget = 20'000'000;
 };
 
 } // namespace Svg

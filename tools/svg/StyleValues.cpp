@@ -118,8 +118,9 @@ std::optional<double> ParseFontSize(std::string_view value, double parentSize)
 }
 
 /// Sets a member from its parser, or from the parent or the initial style where the value says so.
+/// \return whether the value was understood.
 template<class T, class Parser>
-void Set(T Style::*member, Style& style, const Style& parent, std::string_view value, Parser parse)
+bool Set(T Style::*member, Style& style, const Style& parent, std::string_view value, Parser parse)
 {
     if (EqualsIgnoringCase(value, "inherit"))
         style.*member = parent.*member;
@@ -127,6 +128,9 @@ void Set(T Style::*member, Style& style, const Style& parent, std::string_view v
         style.*member = Style().*member;
     else if (auto parsed = parse(value))
         style.*member = std::move(*parsed);
+    else
+        return false;
+    return true;
 }
 
 /// A parser that is true for everything but one keyword.
@@ -143,68 +147,55 @@ auto OneOf(const std::array<Keyword<T>, N>& keywords)
     return [&keywords](std::string_view value) { return FindKeyword(keywords, value); };
 }
 
-bool ApplyStroke(Style& style, const Style& parent, Property property, std::string_view value)
+std::optional<bool> ApplyStroke(Style& style, const Style& parent, Property property,
+                                std::string_view value)
 {
     switch (property) {
     case Property::Stroke:
-        Set(&Style::stroke, style, parent, value, ParsePaint);
-        return true;
+        return Set(&Style::stroke, style, parent, value, ParsePaint);
     case Property::StrokeDashArray:
-        Set(&Style::dashes, style, parent, value, ParseDashes);
-        return true;
+        return Set(&Style::dashes, style, parent, value, ParseDashes);
     case Property::StrokeDashOffset:
-        Set(&Style::dashOffset, style, parent, value, ParseLength);
-        return true;
+        return Set(&Style::dashOffset, style, parent, value, ParseLength);
     case Property::StrokeLineCap:
-        Set(&Style::lineCap, style, parent, value, OneOf(LineCaps));
-        return true;
+        return Set(&Style::lineCap, style, parent, value, OneOf(LineCaps));
     case Property::StrokeLineJoin:
-        Set(&Style::lineJoin, style, parent, value, OneOf(LineJoins));
-        return true;
+        return Set(&Style::lineJoin, style, parent, value, OneOf(LineJoins));
     case Property::StrokeMitreLimit:
-        Set(&Style::mitreLimit, style, parent, value, ParseMitreLimit);
-        return true;
+        return Set(&Style::mitreLimit, style, parent, value, ParseMitreLimit);
     case Property::StrokeOpacity:
-        Set(&Style::strokeOpacity, style, parent, value, ParseFraction);
-        return true;
+        return Set(&Style::strokeOpacity, style, parent, value, ParseFraction);
     case Property::StrokeWidth:
-        Set(&Style::strokeWidth, style, parent, value, ParsePositiveLength);
-        return true;
+        return Set(&Style::strokeWidth, style, parent, value, ParsePositiveLength);
     default:
-        return false;
+        return std::nullopt;
     }
 }
 
-bool ApplyFill(Style& style, const Style& parent, Property property, std::string_view value)
+std::optional<bool> ApplyFill(Style& style, const Style& parent, Property property,
+                              std::string_view value)
 {
     switch (property) {
     case Property::Fill:
-        Set(&Style::fill, style, parent, value, ParsePaint);
-        return true;
+        return Set(&Style::fill, style, parent, value, ParsePaint);
     case Property::FillOpacity:
-        Set(&Style::fillOpacity, style, parent, value, ParseFraction);
-        return true;
+        return Set(&Style::fillOpacity, style, parent, value, ParseFraction);
     case Property::FillRule:
-        Set(&Style::fillEvenOdd, style, parent, value, OneOf(FillRules));
-        return true;
+        return Set(&Style::fillEvenOdd, style, parent, value, OneOf(FillRules));
     case Property::ClipRule:
-        Set(&Style::clipEvenOdd, style, parent, value, OneOf(FillRules));
-        return true;
+        return Set(&Style::clipEvenOdd, style, parent, value, OneOf(FillRules));
     case Property::Colour:
-        Set(&Style::colour, style, parent, value, ParseColour);
-        return true;
+        return Set(&Style::colour, style, parent, value, ParseColour);
     case Property::StopColour:
-        Set(&Style::stopColour, style, parent, value, ParseStyleColour);
-        return true;
+        return Set(&Style::stopColour, style, parent, value, ParseStyleColour);
     case Property::StopOpacity:
-        Set(&Style::stopOpacity, style, parent, value, ParseFraction);
-        return true;
+        return Set(&Style::stopOpacity, style, parent, value, ParseFraction);
     default:
-        return false;
+        return std::nullopt;
     }
 }
 
-void ApplyOther(Style& style, const Style& parent, Property property, std::string_view value)
+bool ApplyOther(Style& style, const Style& parent, Property property, std::string_view value)
 {
     const auto fontSize = [&](std::string_view text) {
         return ParseFontSize(text, parent.fontSize);
@@ -244,19 +235,22 @@ void ApplyOther(Style& style, const Style& parent, Property property, std::strin
     case Property::MarkerMid:
     case Property::MarkerEnd:
         style.hasMarkers = style.hasMarkers || value.find("url(") != value.npos;
-        return;
+        return true;
     default:
-        return;
+        return true;
     }
 }
 
 } // namespace
 
-void ApplyProperty(Style& style, const Style& parent, Property property, std::string_view value)
+bool ApplyProperty(Style& style, const Style& parent, Property property, std::string_view value)
 {
     value = Trim(value);
-    if (!ApplyStroke(style, parent, property, value) && !ApplyFill(style, parent, property, value))
-        ApplyOther(style, parent, property, value);
+    if (const auto understood = ApplyStroke(style, parent, property, value))
+        return *understood;
+    if (const auto understood = ApplyFill(style, parent, property, value))
+        return *understood;
+    return ApplyOther(style, parent, property, value);
 }
 
 std::string_view ParseUrl(std::string_view text, std::string_view& rest)

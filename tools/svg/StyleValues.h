@@ -9,7 +9,8 @@ namespace Svg {
 
 /// Sets one property. A value that is not understood leaves the style as it is.
 /// \param parent where `inherit` takes its value from.
-void ApplyProperty(Style& style, const Style& parent, Property property, std::string_view value);
+/// \return whether it was understood.
+bool ApplyProperty(Style& style, const Style& parent, Property property, std::string_view value);
 
 /// The reference inside `url(…)`, without quotes; empty for anything else. The rest of the text
 /// goes to \p rest.
