@@ -307,7 +307,7 @@ TEST(Drawing, BoundsTheWorkOfStyleSheets)
 {
     std::string sheet = "<style>";
     for (int i = 0; i < 20000; ++i)
-        sheet += "*{fill:red}";
+        sheet += "[none]{fill:red}";
     std::string content = sheet + "</style>";
     for (int i = 0; i < 20000; ++i)
         content += "<g/>";

@@ -5,7 +5,7 @@
 
 #include <kernel/FormatException.h>
 #include <renderer/paint/FillGradient.h>
-#include <renderer/paint/Gradient.h>
+#include <renderer/paint/FillSolid.h>
 
 #include "PaintServers.h"
 #include "Scanner.h"
@@ -34,25 +34,32 @@ FillGradient::Spread ParseSpread(std::string_view text)
                               : FillGradient::Pad;
 }
 
-Kernel::Consolidated<Renderer::Gradient> MakeGradient(const std::vector<const Element*>& stops,
-                                                      const StyleResolver& styles, double opacity)
+/// The colour that pads a gradient at its end.
+FillDescriptorConst MakeLastColour(const Renderer::Gradient& gradient)
 {
-    std::vector<Renderer::Gradient::ColourPosition> positions;
-    for (const Element* stop : stops) {
-        const Style& style = styles.ResolveInPlace(*stop);
-        const double offset = ParseFraction(stop->Get("offset")).value_or(0.0);
-        positions.push_back(
-            {MakeColour(style.stopColour.Resolve(style.colour), style.stopOpacity * opacity),
-             offset});
-    }
-    return Renderer::Gradient::Create(std::move(positions));
+    return {Renderer::FillSolid::Create(gradient.GetColours().back().colour)};
 }
 
 } // namespace
 
-GradientSource::GradientSource(const Element& gradient, const Document& document,
-                               const StyleResolver& styles)
-    : m_styles(styles)
+Kernel::Consolidated<Renderer::Gradient> GradientStops::Find(const Element& owner, double opacity)
+{
+    const auto [known, added] = m_known.try_emplace({&owner, opacity});
+    if (!added)
+        return known->second;
+    std::vector<Renderer::Gradient::ColourPosition> positions;
+    for (const Element* stop = owner.firstChild; stop; stop = stop->nextSibling) {
+        if (stop->tag != Tag::Stop)
+            continue;
+        const Style& style = m_styles.ResolveInPlace(*stop);
+        positions.push_back(
+            {MakeColour(style.stopColour.Resolve(style.colour), style.stopOpacity * opacity),
+             ParseFraction(stop->Get("offset")).value_or(0.0)});
+    }
+    return known->second = Renderer::Gradient::Create(std::move(positions));
+}
+
+GradientSource::GradientSource(const Element& gradient, const Document& document)
 {
     for (const Element* next = &gradient; next && IsGradient(*next);
          next = document.FindByReference(next->GetReference())) {
@@ -90,33 +97,32 @@ bool GradientSource::UsesBoundingBox() const
     return Trim(Get("gradientUnits")) != "userSpaceOnUse";
 }
 
-std::vector<const Element*> GradientSource::FindStops() const
+/// The nearest element of the chain that has stops, or null.
+const Element* GradientSource::FindStopOwner() const
 {
-    std::vector<const Element*> stops;
-    for (const Element* element : m_chain) {
-        for (const Element* child = element->firstChild; child; child = child->nextSibling) {
-            if (child->tag == Tag::Stop)
-                stops.push_back(child);
-        }
-        if (!stops.empty())
-            break;
-    }
-    return stops;
+    const auto found = std::ranges::find_if(m_chain, [](const Element* element) {
+        const Element* child = element->firstChild;
+        while (child && child->tag != Tag::Stop)
+            child = child->nextSibling;
+        return child != nullptr;
+    });
+    return found == m_chain.end() ? nullptr : *found;
 }
 
-FillDescriptorConst GradientSource::MakeFill(double opacity, const Kernel::RectT<double>& box,
+FillDescriptorConst GradientSource::MakeFill(GradientStops& stops, double opacity,
+                                             const Kernel::RectT<double>& box,
                                              const LengthContext& context) const
 {
-    const std::size_t stops = FindStops().size();
-    if (stops == 0)
+    const Element* owner = FindStopOwner();
+    if (!owner)
         return {};
-    if (stops == 1)
-        return MakeLastColour(opacity);
+    const auto gradient = stops.Find(*owner, opacity);
+    if (gradient->GetColours().size() == 1)
+        return MakeLastColour(*gradient);
     Transform frame;
     if (const Element* source = Find("gradientTransform", false))
         frame = GetTransform(*source, "gradientTransform");
     LengthContext lengths = context;
-    lengths.fontSize = m_styles.ResolveInPlace(*m_chain.front()).fontSize;
     if (UsesBoundingBox()) {
         frame = AffineTransform::Concatenate(frame, AffineTransform::FromRect(box));
         lengths.viewportWidth = lengths.viewportHeight = 1.0;
@@ -124,29 +130,30 @@ FillDescriptorConst GradientSource::MakeFill(double opacity, const Kernel::RectT
     Transform inverse;
     if (!AffineTransform::Invert(frame, inverse))
         return {};
-    return m_chain.front()->tag == Tag::LinearGradient ? MakeLinear(opacity, frame, lengths)
-                                                       : MakeRadial(opacity, frame, lengths);
+    return m_chain.front()->tag == Tag::LinearGradient ? MakeLinear(gradient, frame, lengths)
+                                                       : MakeRadial(gradient, frame, lengths);
 }
 
-FillDescriptorConst GradientSource::MakeLinear(double opacity, const Transform& frame,
-                                               const LengthContext& context) const
+FillDescriptorConst
+GradientSource::MakeLinear(const Kernel::Consolidated<Renderer::Gradient>& gradient,
+                           const Transform& frame, const LengthContext& context) const
 {
     const double x1 = GetLength("x1", context, LengthAxis::Horizontal, "0%");
     const double y1 = GetLength("y1", context, LengthAxis::Vertical, "0%");
     const double dx = GetLength("x2", context, LengthAxis::Horizontal, "100%") - x1;
     const double dy = GetLength("y2", context, LengthAxis::Vertical, "0%") - y1;
     if (dx == 0.0 && dy == 0.0)
-        return MakeLastColour(opacity);
+        return MakeLastColour(*gradient);
     // The unit frame turned and scaled so that its x axis is the gradient's vector.
     const Transform vector{dx, -dy, x1, dy, dx, y1};
-    const auto fill =
-        FillGradient::Create(FillGradient::Linear, MakeGradient(FindStops(), m_styles, opacity),
-                             true, ParseSpread(Get("spreadMethod")));
+    const auto fill = FillGradient::Create(FillGradient::Linear, gradient, true,
+                                           ParseSpread(Get("spreadMethod")));
     return {fill, AffineTransform::Concatenate(vector, frame)};
 }
 
-FillDescriptorConst GradientSource::MakeRadial(double opacity, const Transform& frame,
-                                               const LengthContext& context) const
+FillDescriptorConst
+GradientSource::MakeRadial(const Kernel::Consolidated<Renderer::Gradient>& gradient,
+                           const Transform& frame, const LengthContext& context) const
 {
     const double cx = GetLength("cx", context, LengthAxis::Horizontal, "50%");
     const double cy = GetLength("cy", context, LengthAxis::Vertical, "50%");
@@ -154,23 +161,17 @@ FillDescriptorConst GradientSource::MakeRadial(double opacity, const Transform& 
     if (r < 0.0)
         return {};
     if (r == 0.0)
-        return MakeLastColour(opacity);
+        return MakeLastColour(*gradient);
     const auto focusOr = [&](std::string_view attribute, LengthAxis axis, double centre) {
         return Find(attribute, true) ? GetLength(attribute, context, axis, "50%") : centre;
     };
     const double fx = focusOr("fx", LengthAxis::Horizontal, cx);
     const double fy = focusOr("fy", LengthAxis::Vertical, cy);
     // Elliptical: circles follow the whole map, as those of SVG do.
-    const auto fill = FillGradient::Create(
-        FillGradient::Elliptical, MakeGradient(FindStops(), m_styles, opacity), true,
-        ParseSpread(Get("spreadMethod")), {(fx - cx) / r, (fy - cy) / r});
+    const auto fill =
+        FillGradient::Create(FillGradient::Elliptical, gradient, true,
+                             ParseSpread(Get("spreadMethod")), {(fx - cx) / r, (fy - cy) / r});
     return {fill, AffineTransform::Concatenate(Transform{r, 0, cx, 0, r, cy}, frame)};
-}
-
-FillDescriptorConst GradientSource::MakeLastColour(double opacity) const
-{
-    const Style& style = m_styles.ResolveInPlace(*FindStops().back());
-    return MakeSolidFill(style.stopColour.Resolve(style.colour), style.stopOpacity * opacity);
 }
 
 } // namespace Svg

@@ -1,10 +1,12 @@
 #pragma once
 
-#include <optional>
+#include <map>
+#include <utility>
 #include <vector>
 
 #include <kernel/Rect.h>
 #include <renderer/paint/FillDescriptorConst.h>
+#include <renderer/paint/Gradient.h>
 
 #include "Document.h"
 #include "Length.h"
@@ -13,20 +15,37 @@
 
 namespace Svg {
 
+/// The stops of gradient elements as the library takes them, each list made once per opacity.
+class GradientStops
+{
+public:
+    explicit GradientStops(const StyleResolver& styles) : m_styles(styles) {}
+
+    /// The stops that are children of \p owner, their alpha multiplied by \p opacity.
+    Kernel::Consolidated<Renderer::Gradient> Find(const Element& owner, double opacity);
+
+private:
+    const StyleResolver& m_styles;
+    std::map<std::pair<const Element*, double>, Kernel::Consolidated<Renderer::Gradient>> m_known;
+};
+
 /// A gradient element together with those that it refers to for what it leaves out.
 class GradientSource
 {
 public:
     /// \throws Kernel::FormatException when the references go in a circle.
-    GradientSource(const Element& gradient, const Document& document, const StyleResolver& styles);
+    GradientSource(const Element& gradient, const Document& document);
 
     /// Whether lengths are fractions of the painted shape's box.
     bool UsesBoundingBox() const;
 
     /// The fill; empty where nothing is painted (no stops, a negative radius, a singular
-    /// transform). \param box what bounding-box units refer to; not empty where they are used.
-    /// \param context the viewport, which percentages refer to otherwise.
-    Renderer::FillDescriptorConst MakeFill(double opacity, const Kernel::RectT<double>& box,
+    /// transform). \param opacity multiplies the alpha of all stops. \param box what bounding-box
+    /// units refer to; not empty where they are used. \param context the viewport, which
+    /// percentages refer to otherwise, and the font size of the
+    ///        gradient element.
+    Renderer::FillDescriptorConst MakeFill(GradientStops& stops, double opacity,
+                                           const Kernel::RectT<double>& box,
                                            const LengthContext& context) const;
 
 private:
@@ -36,15 +55,15 @@ private:
     double GetLength(std::string_view attribute, const LengthContext& context, LengthAxis axis,
                      std::string_view fallback) const;
 
-    std::vector<const Element*> FindStops() const;
-    Renderer::FillDescriptorConst MakeLinear(double opacity, const Transform& frame,
-                                             const LengthContext& context) const;
-    Renderer::FillDescriptorConst MakeRadial(double opacity, const Transform& frame,
-                                             const LengthContext& context) const;
-    Renderer::FillDescriptorConst MakeLastColour(double opacity) const;
+    const Element* FindStopOwner() const;
+    Renderer::FillDescriptorConst
+    MakeLinear(const Kernel::Consolidated<Renderer::Gradient>& gradient, const Transform& frame,
+               const LengthContext& context) const;
+    Renderer::FillDescriptorConst
+    MakeRadial(const Kernel::Consolidated<Renderer::Gradient>& gradient, const Transform& frame,
+               const LengthContext& context) const;
 
     std::vector<const Element*> m_chain;
-    const StyleResolver& m_styles;
 };
 
 } // namespace Svg

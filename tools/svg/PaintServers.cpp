@@ -3,8 +3,6 @@
 #include <renderer/paint/ColourRGB.h>
 #include <renderer/paint/FillSolid.h>
 
-#include "Gradients.h"
-
 namespace Svg {
 
 using Renderer::FillDescriptorConst;
@@ -47,7 +45,7 @@ FillDescriptorConst PaintServers::MakeServerFill(const Paint& paint, double opac
                           : "a paint server is missing; its fallback is painted");
         return fallback;
     }
-    const GradientSource gradient(*server, m_document, m_styles);
+    const GradientSource gradient(*server, m_document);
     Kernel::RectT<double> box{};
     if (gradient.UsesBoundingBox()) {
         const auto bounds = shape.GetBoundingBox();
@@ -55,7 +53,9 @@ FillDescriptorConst PaintServers::MakeServerFill(const Paint& paint, double opac
         if (!bounds.IsValid() || box.IsEmpty())
             return fallback; // SVG 1.1, 7.11: without an extent there is nothing to refer to
     }
-    return gradient.MakeFill(opacity, box, context);
+    LengthContext lengths = context;
+    lengths.fontSize = m_styles.ResolveInPlace(*server).fontSize;
+    return gradient.MakeFill(m_stops, opacity, box, lengths);
 }
 
 } // namespace Svg

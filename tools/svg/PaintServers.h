@@ -5,6 +5,7 @@
 #include <renderer/paint/LineStyleDescriptorConst.h>
 
 #include "Document.h"
+#include "Gradients.h"
 #include "Length.h"
 #include "Notices.h"
 #include "Style.h"
@@ -18,7 +19,7 @@ class PaintServers
 public:
     /// \pre all three outlive the object.
     PaintServers(const Document& document, const StyleResolver& styles, Notices& notices)
-        : m_document(document), m_styles(styles), m_notices(notices)
+        : m_document(document), m_styles(styles), m_stops(styles), m_notices(notices)
     {}
 
     /// The fill of a paint, or an empty one where nothing is painted.
@@ -40,6 +41,7 @@ private:
 
     const Document& m_document;
     const StyleResolver& m_styles;
+    mutable GradientStops m_stops;
     Notices& m_notices;
 };
 
