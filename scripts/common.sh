@@ -1,10 +1,12 @@
 # Steps that ./run, ./test and .ci/run share. To be sourced by bash in the project's root folder.
 set -euo pipefail
 
-# Installs what packages.txt lists and the system lacks. Instant when nothing is missing.
+# install_packages [FILE…]: installs what packages.txt and the other files list and the system lacks.
+# Instant when nothing is missing.
 install_packages() {
-    local missing
-    missing=$(comm -23 <(sort -u packages.txt) <(list_installed_packages | sort -u))
+    local missing wanted
+    wanted=$(sort -u packages.txt "$@")
+    missing=$(comm -23 <(echo "$wanted") <(list_installed_packages $wanted | sort -u))
     [[ -z $missing ]] && return
     if ! command -v apt-get >/dev/null; then
         echo "Not a Debian system; these packages may be missing:" $missing >&2
@@ -15,9 +17,10 @@ install_packages() {
     run_quietly as_root apt-get install --yes --no-install-recommends $missing
 }
 
+# list_installed_packages PACKAGE…
 list_installed_packages() {
     # dpkg-query fails when it does not know a package, which is no failure here.
-    dpkg-query --show --showformat '${Package} ${db:Status-Status}\n' $(<packages.txt) 2>/dev/null |
+    dpkg-query --show --showformat '${Package} ${db:Status-Status}\n' "$@" 2>/dev/null |
         sed -n 's/ installed$//p' || true
 }
 

@@ -1,0 +1,74 @@
+// renderer_benchmarks: the library beside other rasterisers. Takes the options of Google Benchmark;
+// --check draws everything once and compares the pictures instead.
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+#include <benchmark/benchmark.h>
+
+#include <kernel/Dispatch.h>
+
+#include "Cases.h"
+#include "Check.h"
+#include "Peer.h"
+
+namespace {
+
+using namespace Benchmarks;
+
+void Measure(benchmark::State& state, const Case& item, const PeerEntry& entry)
+{
+    const Scene scene = item.makeScene();
+    const auto peer = entry.make(scene);
+    peer->Draw();
+    for (auto _ : state)
+        peer->Draw();
+    if (item.shapes > 0.0)
+        state.counters["shapes"] =
+            benchmark::Counter(item.shapes, benchmark::Counter::kIsIterationInvariantRate);
+    else
+        state.counters["left_out"] = scene.leftOut;
+}
+
+std::vector<Case> MakeCases()
+{
+    std::vector<Case> cases = MakeShapeCases();
+    const auto add = [&](const char* folder) {
+        for (Case& item : MakeDrawingCases(folder))
+            if (std::none_of(cases.begin(), cases.end(),
+                             [&](const Case& other) { return other.name == item.name; }))
+                cases.push_back(std::move(item));
+    };
+    add(BENCHMARKS_DRAWINGS);
+    if (const char* folder = std::getenv("RENDERER_BENCHMARK_DRAWINGS"))
+        add(folder);
+    return cases;
+}
+
+void Register(const std::vector<Case>& cases)
+{
+    for (const Case& item : cases)
+        for (const PeerEntry& entry : Peers)
+            if (item.inCairo || entry.name != std::string_view("cairo"))
+                benchmark::RegisterBenchmark(
+                    (item.name + '/' + entry.name).c_str(),
+                    [&item, &entry](benchmark::State& state) { Measure(state, item, entry); })
+                    ->Unit(benchmark::kMicrosecond);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Kernel::Dispatch::SetThreadLimit(1); // like the others
+    const std::vector<Case> cases = MakeCases();
+    if (argc == 2 && argv[1] == std::string_view("--check"))
+        return CheckPeers(cases) ? 0 : 1;
+    Register(cases);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
