@@ -78,7 +78,10 @@ void BasicProgressReporter::Report(double fraction, const String& message)
 std::string BasicProgressReporter::MakeLine(double fraction, std::string_view message) const
 {
     const auto filled = static_cast<std::size_t>(fraction * static_cast<double>(BarLength));
-    std::string line = "[" + std::string(filled, '#') + std::string(BarLength - filled, ' ') + "] ";
+    std::string line = "[";
+    line.append(filled, '#');
+    line.append(BarLength - filled, ' ');
+    line += "] ";
     line += ToString(static_cast<int>(fraction * 100.0)).GetStdString() + "% ";
     line += message;
     // A full line would wrap on some terminals and could then not be cleared.
