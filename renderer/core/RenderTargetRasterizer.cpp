@@ -288,9 +288,11 @@ void RenderTargetRasterizer::RenderAliased(Writer& writer, const bool* abort)
 void RenderTargetRasterizer::Render(bool antialias, const Coverage::ClipCoverage* clip,
                                     const bool* abort)
 {
-    if (m_clipBox.IsEmpty() || !m_blend.run)
+    const RectT<int> bounds = m_store.GetBounds();
+    if (bounds.IsEmpty() || !m_blend.run)
         return;
-    SpanWriter writer(*this);
+    // Aliased spans may end a pixel later than the path.
+    SpanWriter writer(*this, unsigned(antialias ? bounds.Width() : m_clipBox.Width()));
     const auto render = [&](auto& target) {
         if (antialias)
             RenderCoverage(target, abort);
@@ -311,7 +313,7 @@ void RenderTargetRasterizer::RenderRect(const RectT<int>& rect, const Coverage::
     const RectT<int> part = rect.Intersect(m_clipBox);
     if (part.IsEmpty() || !m_blend.run)
         return;
-    SpanWriter writer(*this);
+    SpanWriter writer(*this, unsigned(part.Width()));
     const auto render = [&](auto& target) {
         for (int y = part.top; y < part.bottom && !IsSet(abort); ++y) {
             target.BeginRow(y);

@@ -13,9 +13,20 @@ namespace Renderer {
 class SpanWriter
 {
 public:
-    explicit SpanWriter(RenderTargetRasterizer& rasterizer)
+    /// \param widest no span will be longer.
+    SpanWriter(RenderTargetRasterizer& rasterizer, unsigned widest)
         : m_rasterizer(rasterizer), m_ratio(rasterizer.m_referenceGamma / rasterizer.m_callGamma)
-    {}
+    {
+        const auto isUniform = [](const SpanPopulator& populator) { return populator.isUniform; };
+        m_isUniform = std::ranges::all_of(rasterizer.m_colourPopulators, isUniform) &&
+                      std::ranges::all_of(rasterizer.m_transparencyPopulators, isUniform);
+        const std::size_t bytes = std::size_t{widest} * rasterizer.m_pixelSize;
+        if (rasterizer.m_scratch.size() < bytes)
+            rasterizer.m_scratch.resize(bytes);
+        // Paint that is the same everywhere serves all spans at once.
+        if (m_isUniform)
+            Populate(0, widest);
+    }
 
     void BeginRow(int y)
     {
@@ -27,27 +38,31 @@ public:
 
     void Run(int x, unsigned length, unsigned char cover)
     {
-        const void* scratch = Populate(x, length);
+        const void* scratch = GetPaint(x, length);
         m_rasterizer.m_blend.run(Destination(x), MaskAt(x), scratch, cover, m_ratio, length);
     }
 
     void Mask(int x, unsigned length, const unsigned char* covers)
     {
-        const void* scratch = Populate(x, length);
+        const void* scratch = GetPaint(x, length);
         m_rasterizer.m_blend.mask(Destination(x), MaskAt(x), scratch, covers, m_ratio, length);
     }
 
 private:
-    const void* Populate(int x, unsigned length)
+    const void* GetPaint(int x, unsigned length)
     {
-        auto& scratch = m_rasterizer.m_scratch;
-        if (scratch.size() < std::size_t{length} * m_rasterizer.m_pixelSize)
-            scratch.resize(std::size_t{length} * m_rasterizer.m_pixelSize);
+        if (!m_isUniform)
+            Populate(x, length);
+        return m_rasterizer.m_scratch.data();
+    }
+
+    void Populate(int x, unsigned length)
+    {
+        unsigned char* const scratch = m_rasterizer.m_scratch.data();
         for (const SpanPopulator& populator : m_rasterizer.m_colourPopulators)
-            populator.function(populator.context, scratch.data(), x, m_y, length);
+            populator.function(populator.context, scratch, x, m_y, length);
         for (const SpanPopulator& populator : m_rasterizer.m_transparencyPopulators)
-            populator.function(populator.context, scratch.data(), x, m_y, length);
-        return scratch.data();
+            populator.function(populator.context, scratch, x, m_y, length);
     }
 
     void* Destination(int x) const
@@ -62,6 +77,7 @@ private:
 
     RenderTargetRasterizer& m_rasterizer;
     double m_ratio;
+    bool m_isUniform = false;
     int m_y = 0;
     unsigned char* m_row = nullptr;
     const unsigned char* m_maskRow = nullptr;

@@ -6,33 +6,10 @@
 #include <vector>
 
 #include <kernel/Rect.h>
+#include <renderer/core/coverage/CoverageRule.h>
 #include <renderer/core/coverage/SubPixel.h>
 
 namespace Renderer::Coverage {
-
-/// How accumulated area becomes coverage.
-struct CoverageRule
-{
-    bool evenOdd = true;
-    /// 256 coverages, or null for the identity.
-    const unsigned char* gamma = nullptr;
-
-    /// \param area the signed area to the left, 512 · 256 for a full pixel.
-    unsigned char Apply(std::int32_t area) const noexcept
-    {
-        int cover = area >> (SubPixelShift + 1);
-        if (cover < 0)
-            cover = -cover;
-        if (evenOdd) {
-            cover &= 2 * SubPixelScale - 1;
-            if (cover > SubPixelScale)
-                cover = 2 * SubPixelScale - cover;
-        }
-        if (cover > SubPixelMask)
-            cover = SubPixelMask;
-        return gamma ? gamma[cover] : static_cast<unsigned char>(cover);
-    }
-};
 
 /// The accumulator of a band of rows: per pixel one signed number, such that the sum of all numbers
 /// up to a pixel is the signed area that the path covers there.
@@ -90,32 +67,24 @@ public:
         std::uint64_t* const marks = m_marks.data() + row * m_markStride;
         const auto width = static_cast<std::size_t>(m_window.Width());
         std::uint32_t sum = 0;
-        std::size_t done = 0;    // columns that were handed on
-        std::size_t maskEnd = 0; // end of the stretch of bytes that is gathered from `done` on
-        const auto flushMask = [&] {
-            const std::size_t end = maskEnd < width ? maskEnd : width;
-            if (end > done)
-                sink.Mask(m_window.left + int(done), unsigned(end - done), m_covers.data() + done);
-            done = maskEnd;
-        };
+        std::size_t done = 0; // columns that were handed on
         for (std::size_t word = 0; word < m_markStride; ++word) {
-            for (std::uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
-                const std::size_t group = (word * 64 + std::size_t(std::countr_zero(bits))) * 4;
-                if (group != maskEnd || maskEnd == done) {
-                    flushMask();
-                    EmitRun(sink, rule, sum, done, group < width ? group : width);
-                    done = maskEnd = group;
-                }
-                for (std::size_t i = group; i < group + 4; ++i) {
-                    sum += areas[i];
-                    areas[i] = 0;
-                    m_covers[i] = rule.Apply(static_cast<std::int32_t>(sum));
-                }
-                maskEnd = group + 4;
+            for (std::uint64_t bits = marks[word]; bits != 0;) {
+                // A stretch of touched groups that follow each other.
+                const int first = std::countr_zero(bits);
+                const int count = std::countr_one(bits >> first);
+                bits &= first + count < 64 ? ~std::uint64_t{0} << (first + count) : 0;
+                const std::size_t begin = (word * 64 + std::size_t(first)) * 4;
+                const std::size_t end = begin + std::size_t(count) * 4;
+                EmitRun(sink, rule, sum, done, begin < width ? begin : width);
+                sum = rule.Accumulate(areas + begin, std::size_t(count), sum, m_covers.data());
+                if (begin < width)
+                    sink.Mask(m_window.left + int(begin),
+                              unsigned((end < width ? end : width) - begin), m_covers.data());
+                done = end;
             }
             marks[word] = 0;
         }
-        flushMask();
         EmitRun(sink, rule, sum, done, width);
     }
 

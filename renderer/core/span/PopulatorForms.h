@@ -35,15 +35,15 @@ struct PopulatorForms
     {
         switch (role) {
         case PopulatorRole::Colour:
-            return {&Write, &populator, {}};
+            return {&Write, &populator, {}, IsUniform};
         case PopulatorRole::ColourOver:
-            return {&Composite, &populator, {}};
+            return {&Composite, &populator, {}, IsUniform};
         case PopulatorRole::ColourAtop:
-            return {&PaintAtop, &populator, {}};
+            return {&PaintAtop, &populator, {}, IsUniform};
         case PopulatorRole::Transparency:
             break;
         }
-        return {&ScaleByAlpha, &populator, {}};
+        return {&ScaleByAlpha, &populator, {}, IsUniform};
     }
 
 private:

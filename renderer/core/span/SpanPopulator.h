@@ -18,6 +18,8 @@ struct SpanPopulator
     void* context = nullptr;
     /// Keeps the context alive; empty when the maker does.
     Kernel::Counted<const Kernel::Countable> owner;
+    /// Whether the outcome is the same everywhere, given a scratch that is.
+    bool isUniform = false;
 };
 
 } // namespace Renderer
