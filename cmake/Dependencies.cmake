@@ -1,7 +1,6 @@
 # What the libraries stand on. Every dependency is an imported target named here once.
 find_package(PkgConfig REQUIRED)
 find_package(TBB REQUIRED)
-find_package(fmt REQUIRED)
 find_package(PNG REQUIRED)
 find_package(JPEG REQUIRED)
 pkg_check_modules(LCMS2 REQUIRED IMPORTED_TARGET lcms2)
