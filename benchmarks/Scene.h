@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include <algorithm>
 #include <variant>
 #include <vector>
 
@@ -76,6 +76,15 @@ struct Scene
     Transform logicalToDevice;
     std::vector<Command> commands;
     unsigned leftOut = 0; ///< calls of the original that some peer can't make
+
+    /// Whether nothing is drawn.
+    bool IsEmpty() const
+    {
+        return std::none_of(commands.begin(), commands.end(), [](const Command& command) {
+            return std::holds_alternative<DrawPath>(command) ||
+                   std::holds_alternative<DrawBitmap>(command);
+        });
+    }
 };
 
 /// For std::visit: one lambda per command.

@@ -1,5 +1,6 @@
 // renderer_benchmarks: the library beside other rasterisers. Takes the options of Google Benchmark;
-// --check draws everything once and compares the pictures instead.
+// --check draws everything once and compares the pictures instead; --draw NAME COUNT draws one
+// benchmark again and again without measuring, for profilers.
 
 #include <algorithm>
 #include <cstdlib>
@@ -20,6 +21,8 @@ using namespace Benchmarks;
 void Measure(benchmark::State& state, const Case& item, const PeerEntry& entry)
 {
     const Scene scene = item.makeScene();
+    if (scene.IsEmpty())
+        return state.SkipWithError("nothing is drawn");
     const auto peer = entry.make(scene);
     peer->Draw();
     for (auto _ : state)
@@ -46,6 +49,23 @@ std::vector<Case> MakeCases()
     return cases;
 }
 
+/// \return whether there is a benchmark of that name.
+bool DrawOnly(const std::vector<Case>& cases, std::string_view name, int count)
+{
+    for (const Case& item : cases) {
+        for (const PeerEntry& entry : Peers) {
+            if (name != item.name + '/' + entry.name)
+                continue;
+            const Scene scene = item.makeScene();
+            const auto peer = entry.make(scene);
+            for (int i = 0; i < count; ++i)
+                peer->Draw();
+            return true;
+        }
+    }
+    return false;
+}
+
 void Register(const std::vector<Case>& cases)
 {
     for (const Case& item : cases)
@@ -65,6 +85,8 @@ int main(int argc, char** argv)
     const std::vector<Case> cases = MakeCases();
     if (argc == 2 && argv[1] == std::string_view("--check"))
         return CheckPeers(cases) ? 0 : 1;
+    if (argc == 4 && argv[1] == std::string_view("--draw"))
+        return DrawOnly(cases, argv[2], std::atoi(argv[3])) ? 0 : 1;
     Register(cases);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
