@@ -1,6 +1,8 @@
 #pragma once
 
+#include <limits>
 #include <span>
+#include <type_traits>
 #include <vector>
 
 #include <geometry/BoundingBox.h>
@@ -68,9 +70,19 @@ public:
         m_points.insert(m_points.end(), polygon.GetPoints().begin(), polygon.GetPoints().end());
     }
 
-    /// Adds a rectangle, clockwise from its left top corner (y down).
+    /// Half the side of the square that stands for the whole plane: beyond all that is ever drawn,
+    /// and so small that affine maps, squares and integer sums of it do not overflow.
+    static constexpr T PlaneExtent =
+        std::is_floating_point_v<T> ? static_cast<T>(1e30) : std::numeric_limits<T>::max() / 4;
+
+    /// Adds a rectangle, clockwise from its left top corner (y down). The unset rectangle, which
+    /// bounds nothing, is the whole plane: a square of ±PlaneExtent.
     void AddRect(const Kernel::RectT<T>& rect)
     {
+        if (rect.IsUnset()) {
+            AddRect({-PlaneExtent, -PlaneExtent, PlaneExtent, PlaneExtent});
+            return;
+        }
         BeginPolygon(true);
         AddPoint({rect.left, rect.top});
         AddPoint({rect.right, rect.top});

@@ -54,6 +54,9 @@ struct StrokeParameters
 /// along the path (along the axes where there is no direction), butts nothing. A run that was only
 /// started, not closed or drawn on, gives nothing.
 ///
+/// Beyond 16 million points in round joins and caps, and 65,536 subdivisions of a cubic for its
+/// turns, an outline is no longer refined, so that no input takes gigabytes.
+///
 /// Widths that are not positive, and parameters or runs that are not finite (or beyond 1e100), draw
 /// nothing.
 GEOMETRY_EXPORT void StrokePolyCurve(const PolyCurveDbl& path, const StrokeParameters& parameters,

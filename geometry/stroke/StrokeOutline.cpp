@@ -68,7 +68,9 @@ StrokeOutline::Edge StrokeOutline::MakeEdge(const StrokeVertex& from, const Stro
     const double cross = m_radius * std::abs(Cross(from.out, to.in));
     if (std::min(Dot(chord, from.out), Dot(chord, to.in)) > cross && Dot(from.out, to.in) > 0.0)
         return {from.point, to.point, from.out, to.in};
-    const Point direction = Normalise(chord);
+    // Where coordinates are too coarse for the dashes, both ends may be the same point.
+    const double length = Length(chord);
+    const Point direction = length > 0.0 ? Point{chord.x / length, chord.y / length} : from.out;
     return {from.point, to.point, direction, direction};
 }
 
@@ -140,7 +142,7 @@ bool StrokeOutline::FindInnerMeeting(const Edge& before, const Edge& after, doub
 
 /// The way from point + fromNormal to point + toNormal on the outer side of a turn.
 void StrokeOutline::AddOuterJoin(Side& side, Point point, Point fromNormal, Point toNormal,
-                                 double cosine, double turn, StrokeJoin join) const
+                                 double cosine, double turn, StrokeJoin join)
 {
     const double halfSquare = 0.5 * (1.0 + cosine); // cosine of half the turn, squared
     if (join != StrokeJoin::None && m_radius * (1.0 - halfSquare) <= m_slack && cosine > 0.0) {
@@ -169,11 +171,12 @@ void StrokeOutline::AddOuterJoin(Side& side, Point point, Point fromNormal, Poin
 }
 
 /// The points between the ends of an arc, which begins at centre + from.
-void StrokeOutline::AddArc(Side& side, Point centre, Point from, double angle) const
+void StrokeOutline::AddArc(Side& side, Point centre, Point from, double angle)
 {
     const double count = std::ceil(std::abs(angle) / m_largestTurn - 1e-9);
-    if (count < 2.0)
+    if (!(count >= 2.0 && count <= m_arcPoints))
         return;
+    m_arcPoints -= count;
     const double step = angle / count;
     const double cosine = std::cos(step), sine = std::sin(step);
     for (auto i = static_cast<std::size_t>(count); i > 1; --i) {

@@ -54,8 +54,8 @@ private:
                  const Edge* after);
     bool FindInnerMeeting(const Edge& before, const Edge& after, double side, Point& meeting) const;
     void AddOuterJoin(Side& side, Point point, Point fromNormal, Point toNormal, double cosine,
-                      double turn, StrokeJoin join) const;
-    void AddArc(Side& side, Point centre, Point from, double angle) const;
+                      double turn, StrokeJoin join);
+    void AddArc(Side& side, Point centre, Point from, double angle);
     void AddCap(Point point, Point direction);
     void Flush(bool reversed, const Side& side);
 
@@ -65,6 +65,9 @@ private:
     double m_mitreLimit;
     double m_largestTurn; // radians between neighbouring points of an arc
     double m_slack;       // a corner cut by this much is not seen
+    /// Points that arcs may still take: a million dashes of a pen a million times as wide would
+    /// fill the memory. Further arcs are straight.
+    double m_arcPoints = 1 << 24;
     Side m_left;
     Side m_right;
     PolyPolygonType<double>& m_out;

@@ -79,6 +79,7 @@ void StrokePathBuilder::AddCubic(const Point* p)
 
     const CubicPolynomial cubic(p[0], p[1], p[2], p[3]);
     CubicWalker walker(cubic, m_precision.curve);
+    m_halvings = MaximumCubicPieces;
     double t0 = 0.0;
     Point tangent0 = start;
     while (!walker.IsAtEnd()) {
@@ -99,9 +100,10 @@ void StrokePathBuilder::AddPiece(const CubicPolynomial& cubic, double t0, Point 
     StrokeVertex& last = m_path.vertices.back();
     const Point chord = p1 - last.point;
     const double length = Length(chord);
-    if (length > 0.5 * m_precision.curve && depth < deepest) {
+    if (length > 0.5 * m_precision.curve && depth < deepest && m_halvings > 0) {
         const double least = m_precision.halfTurn * length;
         if (Dot(tangent0, chord) < least || Dot(tangent1, chord) < least) {
+            --m_halvings;
             const double t = 0.5 * (t0 + t1);
             const Point tangent = TangentAt(cubic, t, tangent0);
             AddPiece(cubic, t0, tangent0, t, cubic.Evaluate(t), tangent, depth + 1);

@@ -64,6 +64,9 @@ private:
 
     StrokePrecision m_precision;
     StrokePath m_path;
+    /// How often pieces of the present cubic may still be halved: far from the origin of pixels,
+    /// where rounding turns tangents at random, halving would never end.
+    std::size_t m_halvings = 0;
 };
 
 } // namespace Geometry

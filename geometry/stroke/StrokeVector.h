@@ -29,10 +29,4 @@ inline Point Normal(Point a) noexcept
     return {-a.y, a.x};
 }
 
-/// \p a brought to the length 1. \pre its length is not 0.
-inline Point Normalise(Point a) noexcept
-{
-    return a * (1.0 / Length(a));
-}
-
 } // namespace Geometry
