@@ -35,7 +35,7 @@ BitmapRenderTarget::PushSubRender(const Kernel::RectT<double>& bounds, Raster::F
         PopDeviceClip();
         return {};
     }
-    m_subRender = target;
+    m_subRenders.push_back(target);
     target->SetAbortPointer(GetAbortingPointer());
     target->SetDithering(GetDithering());
     target->SetPerfectClipping(GetPerfectClipping());
@@ -43,24 +43,52 @@ BitmapRenderTarget::PushSubRender(const Kernel::RectT<double>& bounds, Raster::F
     return target;
 }
 
+namespace {
+
+/// Makes logical coordinates those of the device for a while, exactly: the inverse of the current
+/// transform in front of it would be right up to rounding only.
+class DeviceSpace
+{
+public:
+    explicit DeviceSpace(RenderTarget& target)
+        : m_target(target), m_logToDev(target.GetLogToDevTransform())
+    {
+        target.PushTransform({}, RenderTarget::TransformScalarMode::Inherit);
+        target.SetWorldTransform({});
+        target.SetLogToDevTransform({});
+    }
+    DeviceSpace(const DeviceSpace&) = delete;
+    DeviceSpace& operator=(const DeviceSpace&) = delete;
+    ~DeviceSpace()
+    {
+        m_target.SetLogToDevTransform(m_logToDev);
+        m_target.PopTransform();
+    }
+
+private:
+    RenderTarget& m_target;
+    const Raster::AffineTransform::Params m_logToDev;
+};
+
+} // namespace
+
 void BitmapRenderTarget::PopSubRender(Kernel::Consolidated<Colour> matte)
 {
-    if (!m_subRender)
+    if (m_subRenders.empty())
         return;
-    m_subRender->Matte(std::move(matte));
-    const Kernel::Counted<Raster::DynamicBuffer> buffer = m_subRender->GetBuffer();
-    Raster::AffineTransform::Params toLogical;
-    if (buffer && Raster::AffineTransform::Invert(GetCurrentTransform(), toLogical)) {
+    const Kernel::Counted<BitmapRenderTarget> subRender = std::move(m_subRenders.back());
+    m_subRenders.pop_back();
+    subRender->Matte(std::move(matte));
+    const Kernel::Counted<Raster::DynamicBuffer> buffer = subRender->GetBuffer();
+    if (buffer) {
         const auto bitmap =
-            Kernel::MakeCounted<Raster::DynamicBitmap>(buffer, m_subRender->GetProfile());
+            Kernel::MakeCounted<Raster::DynamicBitmap>(buffer, subRender->GetProfile());
         const Kernel::RectT<double> page{0.0, 0.0, double(buffer->GetWidth()),
                                          double(buffer->GetHeight())};
-        PushTransform(toLogical, TransformScalarMode::Inherit);
+        const DeviceSpace space(*this);
         DrawBitmap(page, bitmap, 1.0F, FillBlendMode::Normal, BlendOptions::Identity(), true);
-        PopTransform();
     }
     PopDeviceClip();
-    m_subRender.Reset();
 }
 
 } // namespace Renderer

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include <kernel/Counted.h>
 #include <kernel/Rect.h>
 #include <raster/DynamicBuffer.h>
@@ -18,7 +20,8 @@ struct BufferState
 
 /// The target that draws pixels into a buffer.
 ///
-/// Device coordinates are the page's: a pixel (x, y) covers [x, x+1) × [y, y+1).
+/// Device coordinates are the page's: a pixel (x, y) covers [x, x+1) × [y, y+1). Pixels further
+/// than 2²¹ from its origin stay blank.
 class RENDERER_EXPORT BitmapRenderTarget : public RenderTarget
 {
 public:
@@ -66,7 +69,7 @@ protected:
     BitmapRenderTarget();
 
 private:
-    Kernel::Counted<BitmapRenderTarget> m_subRender;
+    std::vector<Kernel::Counted<BitmapRenderTarget>> m_subRenders; // the innermost last
 };
 
 } // namespace Renderer

@@ -33,4 +33,37 @@ private:
     bool m_hasGammaCurve = false;
 };
 
+/// A group of the size of one shape. Unless it is painted, what was drawn into it is dropped, so
+/// that a call that fails half-way leaves clips and groups as they were.
+class PixelRenderTarget::ShapeGroup
+{
+public:
+    ShapeGroup(PixelRenderTarget& target, const Kernel::RectT<int>& rect,
+               const Composition& composition)
+        : m_target(target)
+    {
+        target.PushAbsoluteDeviceClip(rect);
+        target.PushComposite(CompositeInit::Clear, composition.mode, composition.options,
+                             composition.opacity);
+    }
+    ShapeGroup(const ShapeGroup&) = delete;
+    ShapeGroup& operator=(const ShapeGroup&) = delete;
+    ~ShapeGroup()
+    {
+        if (m_isOpen)
+            m_target.CloseComposite();
+        m_target.PopDeviceClip();
+    }
+
+    void Paint(const FillDescriptorConst& transparency)
+    {
+        m_isOpen = false; // closing comes first and cannot fail
+        m_target.PopCompositeAsFill({}, transparency);
+    }
+
+private:
+    PixelRenderTarget& m_target;
+    bool m_isOpen = true;
+};
+
 } // namespace Renderer

@@ -53,7 +53,7 @@ RectT<int> FindWholePixelRect(const Polygons& polygons)
 /// Narrows \p state by another one.
 void Intersect(ClipState& state, const ClipState& other)
 {
-    state.window = state.window.Intersect(other.window);
+    state.window = CommonPart(state.window, other.window);
     if (state.coverage && other.coverage)
         state.coverage = ClipCoverage::Multiply(*state.coverage, *other.coverage);
     else if (other.coverage)
@@ -77,24 +77,26 @@ void ClipPath::RemoveMember()
 ClipState ClipPath::GetState(const RectT<int>& rect, Coverage::CoverageStore& store) const
 {
     if (!m_wholePixels.IsUnset())
-        return {rect.Intersect(m_wholePixels), {}};
+        return {CommonPart(rect, m_wholePixels), {}};
     if (m_isGroup && m_members.size() == 1)
         return m_members.front().GetState(rect, store);
-    return {rect, GetCoverage(rect, store)};
+    // Coverage knows how far the path reaches, mostly far less than the page.
+    auto coverage = GetCoverage(rect, store);
+    return {coverage->GetRect(), coverage};
 }
 
 Kernel::Counted<const ClipCoverage> ClipPath::GetCoverage(const RectT<int>& rect,
                                                           Coverage::CoverageStore& store) const
 {
     if (!m_wholePixels.IsUnset())
-        return ClipCoverage::FromRect(rect, m_wholePixels);
+        return ClipCoverage::FromRect(rect.Intersect(m_wholePixels));
     if (!m_isGroup) {
         store.Reset(rect);
         Coverage::AddPolygons(store, *m_polygons, {});
         return ClipCoverage::FromStore(store, {m_evenOdd, nullptr});
     }
     // An empty group lets nothing through.
-    Kernel::Counted<const ClipCoverage> united = ClipCoverage::FromRect(rect, {});
+    Kernel::Counted<const ClipCoverage> united = ClipCoverage::FromRect({});
     for (const ClipPath& member : m_members)
         united = ClipCoverage::Unite(*united, *member.GetCoverage(rect, store));
     return united;
@@ -102,72 +104,74 @@ Kernel::Counted<const ClipCoverage> ClipPath::GetCoverage(const RectT<int>& rect
 
 void ClipPathStack::Push(ClipPath path)
 {
-    if (!m_openGroups.empty())
-        m_openGroups.back().AddMember(std::move(path));
+    if (!m_level.openGroups.empty())
+        m_level.openGroups.back().AddMember(std::move(path));
     else
-        m_paths.push_back(std::move(path));
+        m_level.paths.push_back(std::move(path));
 }
 
 void ClipPathStack::Pop()
 {
-    if (!m_openGroups.empty()) {
-        m_openGroups.back().RemoveMember();
-    } else if (m_paths.size() > m_base) {
-        m_paths.pop_back();
-        m_states.resize(std::min(m_states.size(), m_paths.size() - m_base));
+    if (!m_level.openGroups.empty()) {
+        m_level.openGroups.back().RemoveMember();
+    } else if (!m_level.paths.empty()) {
+        m_level.paths.pop_back();
+        m_level.states.resize(std::min(m_level.states.size(), m_level.paths.size()));
     }
 }
 
 void ClipPathStack::BeginGroup()
 {
-    m_openGroups.emplace_back();
+    m_level.openGroups.emplace_back();
 }
 
 void ClipPathStack::EndGroup()
 {
-    if (m_openGroups.empty())
+    if (m_level.openGroups.empty())
         return;
-    ClipPath group = std::move(m_openGroups.back());
-    m_openGroups.pop_back();
+    ClipPath group = std::move(m_level.openGroups.back());
+    m_level.openGroups.pop_back();
     Push(std::move(group));
 }
 
-std::size_t ClipPathStack::Seal() noexcept
+void ClipPathStack::Seal()
 {
-    const std::size_t base = m_base;
-    m_base = m_paths.size();
-    m_states.clear();
-    return base;
+    m_sealed.push_back(std::move(m_level));
+    m_level = {};
 }
 
-void ClipPathStack::Unseal(std::size_t base) noexcept
+void ClipPathStack::Unseal() noexcept
 {
-    m_base = base;
-    m_states.clear();
+    m_level = std::move(m_sealed.back());
+    m_sealed.pop_back();
 }
 
 const ClipState& ClipPathStack::Update(const RectT<int>& rect)
 {
-    if (m_states.empty() || !m_rect.Contains(rect)) {
-        m_states.clear();
-        m_rect = rect;
+    Level& level = m_level;
+    if (level.paths.empty()) {
+        m_everything.window = rect;
+        return m_everything;
     }
-    while (m_base + m_states.size() < m_paths.size()) {
-        ClipState state{m_rect, {}};
-        if (!m_states.empty())
-            state = m_states.back();
-        Intersect(state, m_paths[m_base + m_states.size()].GetState(m_rect, m_store));
-        m_states.push_back(std::move(state));
+    if (level.states.empty() || !level.rect.Contains(rect)) {
+        level.states.clear();
+        level.rect = rect;
     }
-    if (!m_states.empty())
-        return m_states.back();
-    m_everything.window = rect;
-    return m_everything;
+    while (level.states.size() < level.paths.size()) {
+        ClipState state{level.rect, {}};
+        if (!level.states.empty())
+            state = level.states.back();
+        // No path can widen the window, so later ones need to be known within it alone.
+        Intersect(state, level.paths[level.states.size()].GetState(state.window, m_store));
+        level.states.push_back(std::move(state));
+    }
+    return level.states.back();
 }
 
 void ClipPathStack::Clear()
 {
-    *this = ClipPathStack();
+    m_level = {};
+    m_sealed.clear();
 }
 
 } // namespace Renderer

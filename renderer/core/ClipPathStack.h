@@ -57,12 +57,14 @@ public:
     void EndGroup();
 
     /// Whether any path is in force; open groups do not count yet.
-    bool IsEmpty() const noexcept { return m_paths.size() == m_base; }
+    bool IsEmpty() const noexcept { return m_level.paths.empty(); }
 
-    /// Puts all present paths out of force, for the inside of a composite group, whose result they
-    /// clip as a whole. \return what Unseal needs to bring them back.
-    std::size_t Seal() noexcept;
-    void Unseal(std::size_t base) noexcept;
+    /// Puts all present paths and open groups out of force, for the inside of a composite group,
+    /// whose result they clip as a whole.
+    void Seal();
+    /// Brings back what the latest Seal put out of force; what was pushed since and not popped
+    /// goes.
+    void Unseal() noexcept;
 
     /// What all paths in force let through within \p rect.
     const ClipState& Update(const Kernel::RectT<int>& rect);
@@ -70,11 +72,17 @@ public:
     void Clear();
 
 private:
-    std::vector<ClipPath> m_paths;
-    std::vector<ClipPath> m_openGroups;
-    std::size_t m_base = 0;          // paths below are out of force
-    std::vector<ClipState> m_states; // per path in force, product with those before
-    Kernel::RectT<int> m_rect{};     // what the states were made for
+    /// The paths between two composite groups.
+    struct Level
+    {
+        std::vector<ClipPath> paths;
+        std::vector<ClipPath> openGroups;
+        std::vector<ClipState> states; ///< per path, the product with those before
+        Kernel::RectT<int> rect{};     ///< what the states were made for
+    };
+
+    Level m_level;               // in force
+    std::vector<Level> m_sealed; // those of the composite groups around
     ClipState m_everything;
     Coverage::CoverageStore m_store;
 };

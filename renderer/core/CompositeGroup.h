@@ -25,7 +25,8 @@ struct CompositeGroup
     /// What drawing went to before.
     Kernel::Counted<Raster::DynamicBuffer> parent;
     Kernel::PointT<int> parentOrigin{};
-    std::size_t sealedClipPaths = 0;
+    /// How many device clips lie below the group's own; pops inside the group end there.
+    std::size_t deviceClips = 0;
 };
 
 /// Buffers of closed groups, kept for the next ones.

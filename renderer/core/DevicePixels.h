@@ -37,11 +37,27 @@ inline Kernel::RectT<int> RoundToPixels(const Kernel::RectT<double>& rect)
             TruncateToInt(std::round(rect.right)), TruncateToInt(std::round(rect.bottom))};
 }
 
+inline Kernel::RectT<int> TruncateToPixels(const Kernel::RectT<double>& rect)
+{
+    return {TruncateToInt(rect.left), TruncateToInt(rect.top), TruncateToInt(rect.right),
+            TruncateToInt(rect.bottom)};
+}
+
 /// The smallest rectangle of whole pixels around \p rect.
 inline Kernel::RectT<int> GrowToPixels(const Kernel::RectT<double>& rect)
 {
     return {TruncateToInt(std::floor(rect.left)), TruncateToInt(std::floor(rect.top)),
             TruncateToInt(std::ceil(rect.right)), TruncateToInt(std::ceil(rect.bottom))};
+}
+
+/// The common part of two rectangles; without one, an empty rectangle that is not inside out, so
+/// that sides of rectangles far apart do not overflow.
+inline Kernel::RectT<int> CommonPart(const Kernel::RectT<int>& a, const Kernel::RectT<int>& b)
+{
+    Kernel::RectT<int> part = a.Intersect(b);
+    part.right = std::max(part.left, part.right);
+    part.bottom = std::max(part.top, part.bottom);
+    return part;
 }
 
 /// Appends the images of polygons to \p out.

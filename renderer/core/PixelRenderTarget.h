@@ -47,6 +47,8 @@ public:
                      const FillDescriptorConst& fill,
                      const FillDescriptorConst& transparency) override;
     void Clear() override;
+    /// Puts the colour below the pixels of the device clip, whatever the clip paths.
+    void Matte(Kernel::Consolidated<Colour> colour) override;
 
     // Groups and effects
     void PushAlphaChannelOnly() override;
@@ -168,6 +170,8 @@ protected:
 private:
     /// Resets populators and rasteriser at the end of a call, on every path.
     class CallScope;
+    /// A group of the size of one shape.
+    class ShapeGroup;
 
     bool CanDraw(float opacity) const;
     double GetFlatteningTolerance() const;
@@ -187,12 +191,13 @@ private:
                        const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
                        const FillDescriptorConst& lineFill,
                        const LineStyleDescriptorConst& lineStyle, const PathRule& rule);
-    Kernel::RectT<int> GetDeviceBounds(const PolyPolygon& polygons,
-                                       const Transform& transform) const;
     const ClipState& UpdateClipRasterizer();
     void PushClip(const PolyPolygon& logical, const Transform& transform,
                   Geometry::WindingOrderMode winding);
     void PushDeviceClip(const Kernel::RectT<int>& rect, bool withClipPath);
+    void NarrowDeviceClip(const Kernel::RectT<int>& rect, bool withClipPath);
+    /// The part of the present buffer that the device clip leaves; perhaps empty, never inside out.
+    Kernel::RectT<int> GetVisibleRect() const;
 
     void ShowBuffer(const Kernel::Counted<Raster::DynamicBuffer>& buffer,
                     Kernel::PointT<int> origin);

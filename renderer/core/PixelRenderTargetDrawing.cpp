@@ -92,21 +92,9 @@ double PixelRenderTarget::GetFlatteningTolerance() const
     return stretch > 0.0 ? std::min(logical, GetDeviceExpansionTolerance() / stretch) : logical;
 }
 
-RectT<int> PixelRenderTarget::GetDeviceBounds(const PolyPolygon& polygons,
-                                              const Transform& transform) const
-{
-    const auto box = polygons.GetBoundingBox();
-    if (!box.IsValid())
-        return RectT<int>::MakeUnset();
-    const RectT<double> device = AffineTransform::MapRect(transform, box.GetRect());
-    return RectT<int>{TruncateToInt(device.left), TruncateToInt(device.top),
-                      TruncateToInt(device.right), TruncateToInt(device.bottom)}
-        .Intersect(GetDeviceClip());
-}
-
 const ClipState& PixelRenderTarget::UpdateClipRasterizer()
 {
-    return m_clipPaths.Update(GetDeviceClip());
+    return m_clipPaths.Update(GetVisibleRect());
 }
 
 bool PixelRenderTarget::PrepareCall(const Composition& composition, const FillDescriptorConst& fill,
@@ -128,11 +116,17 @@ void PixelRenderTarget::DrawPolygons(const PolyPolygon& polygons, const Transfor
                                      const FillDescriptorConst& fill,
                                      const FillDescriptorConst& transparency, const PathRule& rule)
 {
-    if (polygons.IsEmpty() || fill.IsFillNone() || GetDeviceClip().IsEmpty())
+    const RectT<int> visible = GetVisibleRect();
+    const auto box = polygons.GetBoundingBox();
+    if (fill.IsFillNone() || visible.IsEmpty() || !box.IsValid())
         return;
-    const RectT<int> bounds = GetDeviceBounds(polygons, transform);
-    if (bounds.IsUnset())
+    // A page that is drawn in tiles is mostly shapes that miss the tile: they cost no paint. The
+    // pixel of margin is beyond all rounding.
+    const RectT<double> device = AffineTransform::MapRect(transform, box.GetRect());
+    if (device.left > visible.right + 1.0 || device.right < visible.left - 1.0 ||
+        device.top > visible.bottom + 1.0 || device.bottom < visible.top - 1.0)
         return;
+    const RectT<int> bounds = TruncateToPixels(device).Intersect(visible);
     CallScope scope(*this);
     scope.SetGammaCurve(composition.options.GetAntialiasingGamma());
     if (PrepareCall(composition, fill, transparency, bounds))
@@ -145,7 +139,7 @@ void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
     if (IsAborting() || !m_current)
         return;
     const bool clipped = !m_clipPaths.IsEmpty();
-    RectT<int> window = GetDeviceClip();
+    RectT<int> window = GetVisibleRect();
     const Coverage::ClipCoverage* clip = nullptr;
     if (clipped) {
         const ClipState& state = UpdateClipRasterizer();
@@ -201,13 +195,14 @@ void PixelRenderTarget::DrawPolyCurve(Counted<const Geometry::PolyCurveDbl> curv
         const RectT<double> bounds =
             lineStyle.InflateBaseRect(curve->GetBoundingBox().GetRect(), GetCurrentTransform(),
                                       GetScalarTransform(), GetLogToDevTransform());
-        PushAbsoluteDeviceClip(
-            GrowToPixels(AffineTransform::MapRect(GetCurrentTransform(), bounds)));
-        PushComposite(CompositeInit::Clear, mode, options, opacity);
+        // Under a clip path, which is out of force inside the group, its flag decides all the same.
+        const bool smooth = m_clipPaths.IsEmpty() ? antialias : antialiasUnderClip;
+        ShapeGroup group(*this,
+                         GrowToPixels(AffineTransform::MapRect(GetCurrentTransform(), bounds)),
+                         {opacity, mode, options});
         FillAndStroke(*curve, {1.0F, FillBlendMode::Normal, options}, fill, {}, lineFill, lineStyle,
-                      {winding, antialias, antialias});
-        PopCompositeAsFill({}, transparency);
-        PopDeviceClip();
+                      {winding, smooth, smooth});
+        group.Paint(transparency);
         return;
     }
     FillAndStroke(*curve, {opacity, mode, options}, fill, transparency, lineFill, lineStyle, rule);

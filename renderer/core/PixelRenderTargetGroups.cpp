@@ -8,8 +8,10 @@
 
 #include <raster/Pixel.h>
 #include <renderer/core/CallScope.h>
+#include <renderer/core/DevicePixels.h>
 #include <renderer/core/PixelRenderTarget.h>
 #include <renderer/paint/FillBuffer.h>
+#include <renderer/paint/FillSolid.h>
 
 namespace Renderer {
 
@@ -20,10 +22,15 @@ using Raster::AffineTransform;
 void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMode mode,
                                       const BlendOptions& options, float opacity)
 {
-    CompositeGroup group{mode,      options,         opacity, {}, GetDeviceClip(),
-                         m_current, m_currentOrigin, 0};
-    if (!m_clipPaths.IsEmpty())
-        group.rect = group.rect.Intersect(UpdateClipRasterizer().window);
+    CompositeGroup group{mode,
+                         options,
+                         opacity,
+                         {},
+                         UpdateClipRasterizer().window,
+                         m_current,
+                         m_currentOrigin,
+                         m_deviceClips.size()};
+    group.rect = CommonPart(group.rect, GetVisibleRect());
     if (m_current && !group.rect.IsEmpty())
         group.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(group.rect.Width()),
                                            unsigned(group.rect.Height()));
@@ -33,7 +40,7 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
         group.rect = {};
     else if (init == CompositeInit::CopyBackdrop || init == CompositeInit::CopyBackdropColour)
         CopyBackdrop(group, init == CompositeInit::CopyBackdropColour);
-    group.sealedClipPaths = m_clipPaths.Seal();
+    m_clipPaths.Seal();
     PushDeviceClip(group.rect, false);
     ShowBuffer(group.buffer, {group.rect.left, group.rect.top});
     m_groups.push_back(std::move(group));
@@ -70,8 +77,10 @@ CompositeGroup PixelRenderTarget::CloseComposite()
 {
     CompositeGroup group = std::move(m_groups.back());
     m_groups.pop_back();
-    PopDeviceClip();
-    m_clipPaths.Unseal(group.sealedClipPaths);
+    // What was pushed inside and not popped goes with the group.
+    SetDeviceClip(m_deviceClips[group.deviceClips].rect);
+    m_deviceClips.resize(group.deviceClips);
+    m_clipPaths.Unseal();
     ShowBuffer(group.parent, group.parentOrigin);
     return group;
 }
@@ -110,7 +119,12 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
             ? AddGroupPopulator(group, groupRole) &&
                   (fill.IsFillNone() || AddPopulator(fill, PopulatorRole::ColourAtop))
             : AddFillPopulator(fill, group.rect) && AddGroupPopulator(group, groupRole);
-    if (!painted || !AddTransPopulator(transparency, group.rect))
+    if (!painted)
+        return;
+    // What is in the group was transformed when it was drawn.
+    if (groupRole == PopulatorRole::Transparency)
+        AddColourTransformPopulators();
+    if (!AddTransPopulator(transparency, group.rect))
         return;
     AddOpacityPopulator(group.opacity);
     const Coverage::ClipCoverage* const clip =
@@ -137,6 +151,29 @@ bool PixelRenderTarget::AddGroupPopulator(const CompositeGroup& group, Populator
     else
         m_rasterizer.AddColourSpanPopulator(populator);
     return true;
+}
+
+void PixelRenderTarget::Matte(Kernel::Consolidated<Colour> colour)
+{
+    CompositeGroup drawn{FillBlendMode::Normal, BlendOptions::Identity(), 1.0F, {}, {}, {}, {}, 0};
+    drawn.rect = GetVisibleRect();
+    if (!m_current || !colour || drawn.rect.IsEmpty() || IsAborting())
+        return;
+    drawn.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(drawn.rect.Width()),
+                                       unsigned(drawn.rect.Height()));
+    if (!drawn.buffer)
+        return;
+    CopyBackdrop(drawn, false);
+    Clear();
+    m_clipPaths.Seal();
+    const RectT<double> area{double(drawn.rect.left), double(drawn.rect.top),
+                             double(drawn.rect.right), double(drawn.rect.bottom)};
+    DrawPolygons(PolyPolygon(area), {}, {1.0F, FillBlendMode::Normal, drawn.options},
+                 FillDescriptorConst(FillSolid::Create(std::move(colour))), {},
+                 {Geometry::WindingOrderMode::EvenOdd, true, true});
+    PaintGroup(drawn, {}, {}, PopulatorRole::Colour);
+    m_clipPaths.Unseal();
+    m_spareBuffers.Give(std::move(drawn.buffer));
 }
 
 // Interpolation is not offered yet: the group is closed and what it holds is dropped.

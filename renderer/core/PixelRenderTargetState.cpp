@@ -21,7 +21,6 @@ PixelRenderTarget::PixelRenderTarget(Raster::Format format, const SpanBlendTable
 {
     m_rasterizer.SetBlendTable(table);
     RenderTarget::SetColourFormatAndProfiles(format, std::move(profiles));
-    SetDeviceClip({});
 }
 
 PixelRenderTarget::~PixelRenderTarget() = default;
@@ -104,25 +103,41 @@ void PixelRenderTarget::PushDeviceClip(const RectT<int>& rect, bool withClipPath
 
 void PixelRenderTarget::PushAbsoluteDeviceClip(const RectT<int>& rect)
 {
-    PushDeviceClip(GetDeviceClip().IsUnset() ? rect : GetDeviceClip().Intersect(rect), false);
+    NarrowDeviceClip(rect, false);
+}
+
+void PixelRenderTarget::NarrowDeviceClip(const RectT<int>& rect, bool withClipPath)
+{
+    PushDeviceClip(GetDeviceClip().IsUnset() ? rect : CommonPart(GetDeviceClip(), rect),
+                   withClipPath);
+}
+
+RectT<int> PixelRenderTarget::GetVisibleRect() const
+{
+    const RectT<int> destination = m_rasterizer.GetDestinationRect();
+    return GetDeviceClip().IsUnset() ? destination : CommonPart(GetDeviceClip(), destination);
 }
 
 void PixelRenderTarget::PushLogicalDeviceClip(RectT<double> rect)
 {
+    if (rect.IsUnset()) { // it bounds nothing
+        PushDeviceClip(GetDeviceClip(), false);
+        return;
+    }
     const Transform current = GetCurrentTransform();
     const RectT<double> device = AffineTransform::MapRect(current, rect);
     const RectT<int> grown = GrowToPixels(device);
     const bool upright =
         (current.m01 == 0.0 && current.m10 == 0.0) || (current.m00 == 0.0 && current.m11 == 0.0);
     const bool exact = upright && IsOnWholePixels(device);
-    PushDeviceClip(GetDeviceClip().Intersect(exact ? RoundToPixels(device) : grown), !exact);
+    NarrowDeviceClip(exact ? RoundToPixels(device) : grown, !exact);
     if (!exact)
         PushClip(PolyPolygon(rect), current, WindingOrderMode::NonZero);
 }
 
 void PixelRenderTarget::PopDeviceClip()
 {
-    if (m_deviceClips.empty())
+    if (m_deviceClips.size() == (m_groups.empty() ? 0 : m_groups.back().deviceClips + 1))
         return;
     const DeviceClip replaced = m_deviceClips.back();
     m_deviceClips.pop_back();
@@ -235,7 +250,8 @@ bool PixelRenderTarget::SetBufferState(BufferState state)
     }
     if (!AttachBuffer(state.buffer, state.rect))
         return false;
-    SetDeviceClip(state.deviceClip);
+    if (!state.deviceClip.IsUnset())
+        SetDeviceClip(CommonPart(state.deviceClip, state.rect));
     return true;
 }
 
@@ -243,7 +259,7 @@ void PixelRenderTarget::Clear()
 {
     if (!m_current)
         return;
-    const RectT<int> part = GetDeviceClip().Intersect(m_rasterizer.GetDestinationRect());
+    const RectT<int> part = GetVisibleRect();
     if (part.IsEmpty())
         return;
     m_current->SyncHostCache();

@@ -76,8 +76,11 @@ void RenderTarget::PushTransform(AffineTransform::Params transform, TransformSca
 void RenderTarget::PopTransform()
 {
     SetWorldTransform(m_transformStack.back());
-    m_transformStack.pop_back();
-    m_scalarStack.pop_back();
+    // The entries that the stacks are created with stay, so that a pop too many does no harm.
+    if (m_transformStack.size() > 1)
+        m_transformStack.pop_back();
+    if (m_scalarStack.size() > 1)
+        m_scalarStack.pop_back();
 }
 
 void RenderTarget::SetRasterizationScaleFactor(double factor)
@@ -113,6 +116,18 @@ bool RenderTarget::IsRectInClip(const Kernel::RectT<double>& rect, bool wholly) 
 
 // ---- drawing with base behaviour ----
 
+namespace {
+
+Kernel::Counted<Geometry::PolyCurveDbl> MapCurve(const Geometry::PolyCurveDbl& curve,
+                                                 const AffineTransform::Params& transform)
+{
+    Kernel::Counted<Geometry::PolyCurveDbl> mapped = curve.Clone();
+    mapped->Transform([&](Kernel::PointT<double> point) { return transform.Map(point); });
+    return mapped;
+}
+
+} // namespace
+
 void RenderTarget::DrawPolyPolyCurve(Kernel::Counted<const ConstPolyPolyCurve> curves,
                                      float opacity, FillBlendMode::BlendMode mode,
                                      const BlendOptions& options, const FillDescriptorConst& fill,
@@ -129,15 +144,48 @@ void RenderTarget::DrawPolyPolyCurve(Kernel::Counted<const ConstPolyPolyCurve> c
             return;
         if (!entry.curve || entry.curve->IsEmpty())
             continue;
-        const bool placed = !AffineTransform::IsIdentity(entry.transform, 0.0);
-        if (placed)
-            PushTransform(entry.transform, TransformScalarMode::Concatenate);
-        DrawPolyCurve(entry.curve, opacity, mode, options, fill, transparency, lineFill, lineStyle,
-                      winding, antialias, antialiasUnderClip);
-        if (placed)
-            PopTransform();
+        // The transform places the path alone: paint and pen are those of the whole set.
+        Kernel::Counted<const Geometry::PolyCurveDbl> curve = entry.curve;
+        if (!AffineTransform::IsIdentity(entry.transform, 0.0))
+            curve = MapCurve(*entry.curve, entry.transform);
+        DrawPolyCurve(std::move(curve), opacity, mode, options, fill, transparency, lineFill,
+                      lineStyle, winding, antialias, antialiasUnderClip);
     }
 }
+
+namespace {
+
+/// Where each glyph of a run stands: at its position, or behind the one before it.
+class GlyphPlaces
+{
+public:
+    GlyphPlaces(Kernel::PointT<double> origin, double size,
+                const Geometry::GlyphPosition* positions) noexcept
+        : m_origin(origin), m_pen(origin), m_size(size), m_positions(positions)
+    {}
+
+    /// The map from units of the em to logical units of the next glyph.
+    AffineTransform::Params Next(const Geometry::GlyphMetrics& glyph) noexcept
+    {
+        Geometry::GlyphPosition place{m_pen.x - m_origin.x, m_pen.y - m_origin.y};
+        if (m_positions)
+            place = *m_positions++;
+        m_pen.x += glyph.GetAdvance() * m_size;
+        const auto turned = AffineTransform::Concatenate(AffineTransform::Scaling(m_size, m_size),
+                                                         AffineTransform::Rotation(place.rotation));
+        return AffineTransform::Concatenate(
+            turned, AffineTransform::Translation(m_origin.x + place.x, m_origin.y + place.y));
+    }
+    void Skip() noexcept { m_positions += m_positions ? 1 : 0; }
+
+private:
+    Kernel::PointT<double> m_origin;
+    Kernel::PointT<double> m_pen;
+    double m_size;
+    const Geometry::GlyphPosition* m_positions;
+};
+
+} // namespace
 
 void RenderTarget::DrawGlyphMetrics(
     Kernel::PointT<double> origin,
@@ -148,40 +196,51 @@ void RenderTarget::DrawGlyphMetrics(
     const LineStyleDescriptorConst& lineStyle, bool antialias)
 {
     const bool stroked = lineStyle.IsLineStyleVisible();
-    Kernel::PointT<double> pen = origin;
-    for (std::size_t i = 0; i < glyphs.size(); ++i) {
+    GlyphPlaces places(origin, size, positions);
+    for (const auto& glyph : glyphs) {
         if (IsAborting())
             return;
-        const auto& glyph = glyphs[i];
-        if (!glyph)
+        if (!glyph) {
+            places.Skip();
             continue;
-        const Kernel::PointT<double> place =
-            positions ? Kernel::PointT<double>{origin.x + positions[i].x, origin.y + positions[i].y}
-                      : pen;
-        const double rotation = positions ? positions[i].rotation : 0.0;
-        pen.x += glyph->GetAdvance() * size;
-        const auto& outline = glyph->GetOutline();
-        if (!outline || outline->IsEmpty())
+        }
+        const AffineTransform::Params transform = places.Next(*glyph);
+        if (!glyph->GetBounds().IsValid())
             continue;
-        // Outlines are in units of the em.
-        const auto transform = AffineTransform::Concatenate(
-            AffineTransform::Concatenate(AffineTransform::Scaling(size, size),
-                                         AffineTransform::Rotation(rotation)),
-            AffineTransform::Translation(place.x, place.y));
-        const auto& box = glyph->GetBounds();
-        if (!box.IsValid())
-            continue;
-        Kernel::RectT<double> bounds = AffineTransform::MapRect(transform, box.GetRect());
+        Kernel::RectT<double> bounds =
+            AffineTransform::MapRect(transform, glyph->GetBounds().GetRect());
         if (stroked)
             bounds = lineStyle.InflateBaseRect(bounds, GetCurrentTransform(), GetScalarTransform(),
                                                m_logToDev);
         if (!IsRectInClip(bounds, false))
             continue;
-        Kernel::Counted<Geometry::PolyCurveDbl> curve = outline->Clone();
+        const Kernel::Counted<Geometry::PolyCurveDbl> curve = glyph->GetOutline()->Clone();
         curve->Transform([&](Kernel::PointT<double> point) { return transform.Map(point); });
         DrawPolyCurve(curve, opacity, mode, options, fill, transparency, lineFill, lineStyle,
                       Geometry::WindingOrderMode::NonZero, antialias, true);
     }
+}
+
+Kernel::RectT<double> RenderTarget::MeasureGlyphMetrics(
+    Kernel::PointT<double> origin,
+    const std::vector<Kernel::Counted<const Geometry::GlyphMetrics>>& glyphs, double size,
+    const Geometry::GlyphPosition* positions)
+{
+    Geometry::BoundingBoxT<double> box;
+    GlyphPlaces places(origin, size, positions);
+    for (const auto& glyph : glyphs) {
+        if (!glyph) {
+            places.Skip();
+            continue;
+        }
+        const AffineTransform::Params transform = places.Next(*glyph);
+        if (!glyph->GetBounds().IsValid())
+            continue;
+        Geometry::PolyCurveDbl outline = *glyph->GetOutline();
+        outline.Transform([&](Kernel::PointT<double> point) { return transform.Map(point); });
+        box.Add(outline.GetBoundingBox());
+    }
+    return box.IsValid() ? box.GetRect() : Kernel::RectT<double>{};
 }
 
 void RenderTarget::DrawBitmap(const Kernel::RectT<double>& dest,

@@ -108,7 +108,8 @@ public:
                   const FillDescriptorConst& lineFill, const LineStyleDescriptorConst& lineStyle,
                   Geometry::WindingOrderMode winding, bool antialias, bool antialiasUnderClip) = 0;
 
-    /// Draws each path of the set in turn, placed by its own transform, until aborted.
+    /// Draws each path of the set in turn until aborted. Its own transform places the path; the
+    /// paint and the pen are those of the whole set and stay where they are.
     virtual void DrawPolyPolyCurve(Kernel::Counted<const ConstPolyPolyCurve> curves, float opacity,
                                    FillBlendMode::BlendMode mode, const BlendOptions& options,
                                    const FillDescriptorConst& fill,
@@ -165,7 +166,8 @@ public:
                              const BlendOptions& options, const FillDescriptorConst& fill,
                              const FillDescriptorConst& transparency) = 0;
 
-    /// Floods the device clip with the paint; without a device clip, everything.
+    /// Floods the device clip with the paint; without a device clip, the whole plane. A current
+    /// transform that cannot be inverted draws nothing.
     virtual void Blend(float opacity, FillBlendMode::BlendMode mode, const BlendOptions& options,
                        const FillDescriptorConst& fill, const FillDescriptorConst& transparency);
 
@@ -410,6 +412,12 @@ public:
     void DrawPolyPolyline(Kernel::Counted<const PolyPolygon> polylines, float opacity,
                           const FillDescriptorConst& lineFill,
                           const LineStyleDescriptorConst& lineStyle);
+    /// The exact box, in logical coordinates, of the outlines that DrawGlyphMetrics would draw with
+    /// the same arguments, without a stroke; all zero when there are none.
+    static Kernel::RectT<double>
+    MeasureGlyphMetrics(Kernel::PointT<double> origin,
+                        const std::vector<Kernel::Counted<const Geometry::GlyphMetrics>>& glyphs,
+                        double size, const Geometry::GlyphPosition* positions);
     /// Narrows the clip to a logical rectangle, as a path.
     void PushClipRectanglePath(const Kernel::RectT<double>& rect);
     /// @}

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <limits>
 
 #include <renderer/core/coverage/AddPolygons.h>
 #include <renderer/core/SpanWriter.h>
@@ -18,9 +19,22 @@ bool IsSet(const bool* abort)
            std::atomic_ref<bool>(*const_cast<bool*>(abort)).load(std::memory_order_relaxed);
 }
 
+/// \param value what is not a number counts as 0.
 unsigned char ToCoverage(double value)
 {
-    return static_cast<unsigned char>(std::floor(std::clamp(value, 0.0, 1.0) * 255.0 + 0.5));
+    return static_cast<unsigned char>(
+        std::floor(std::min(std::max(0.0, value), 1.0) * 255.0 + 0.5));
+}
+
+/// The part of the page that \p width × \p height pixels from \p origin on show, as far as
+/// coordinates go.
+RectT<int> GetShownRect(Kernel::PointT<int> origin, unsigned width, unsigned height)
+{
+    const auto end = [](int begin, unsigned length) {
+        return int(
+            std::min<std::int64_t>(std::int64_t{begin} + length, std::numeric_limits<int>::max()));
+    };
+    return {origin.x, origin.y, end(origin.x, width), end(origin.y, height)};
 }
 
 } // namespace
@@ -56,8 +70,7 @@ unsigned char* RenderTargetRasterizer::GetRow(int y) const
 
 RectT<int> RenderTargetRasterizer::GetDestinationRect() const
 {
-    return {m_origin.x, m_origin.y, m_origin.x + int(m_engine->destination.width()),
-            m_origin.y + int(m_engine->destination.height())};
+    return GetShownRect(m_origin, m_engine->destination.width(), m_engine->destination.height());
 }
 
 // ---- the state of a call ----
@@ -118,8 +131,7 @@ void RenderTargetRasterizer::SelectCompositeBlend(FillBlendMode::BlendMode mode,
         // AGG's accessor reads through a pointer to mutable bytes; nothing is written.
         m_engine->mask.attach(const_cast<unsigned char*>(mask->GetData()), mask->GetWidth(),
                               mask->GetHeight(), int(mask->GetStride()));
-        m_maskRect = {maskOrigin.x, maskOrigin.y, maskOrigin.x + int(mask->GetWidth()),
-                      maskOrigin.y + int(mask->GetHeight())};
+        m_maskRect = GetShownRect(maskOrigin, mask->GetWidth(), mask->GetHeight());
     }
 }
 
@@ -128,7 +140,7 @@ void RenderTargetRasterizer::SelectCompositeBlend(FillBlendMode::BlendMode mode,
 void RenderTargetRasterizer::SetGamma(double gamma)
 {
     m_gammaCurve.Reset();
-    const bool identity = std::abs(gamma - 1.0) <= 1e-6;
+    const bool identity = !(std::abs(gamma - 1.0) > 1e-6); // so is what is not a number
     for (std::size_t i = 0; i < m_gammaTable.size(); ++i)
         m_gammaTable[i] = identity ? static_cast<unsigned char>(i)
                                    : ToCoverage(std::pow(double(i) / 255.0, gamma));
@@ -173,9 +185,11 @@ void RenderTargetRasterizer::SetGammaCurve(Kernel::Counted<const Geometry::Curve
 
 void RenderTargetRasterizer::SetClipBox(const RectT<int>& clip)
 {
-    m_clipBox = clip.Intersect(GetDestinationRect());
+    m_clipBox = clip.Intersect(GetDestinationRect()).Intersect(Coverage::GuardRect);
     if (m_maskData)
         m_clipBox = m_clipBox.Intersect(m_maskRect);
+    if (m_clipBox.IsEmpty())
+        m_clipBox = {};
     m_store.Reset(m_clipBox);
 }
 
@@ -190,19 +204,18 @@ void RenderTargetRasterizer::AddPolygons(const Geometry::PolyPolygonType<double>
 void RenderTargetRasterizer::ClipX(int& x, int& length, const unsigned char*& covers,
                                    const RectT<int>& clip)
 {
-    if (x < clip.left) {
-        const int cut = clip.left - x;
-        length -= cut;
-        x = clip.left;
-        if (length <= 0) {
-            length = 0;
-            return;
-        }
-        if (covers)
-            covers += cut;
+    // In 64 bits: spans of callers may end where coordinates end.
+    const std::int64_t begin = std::max(x, clip.left);
+    const std::int64_t end = std::min(std::int64_t{x} + length, std::int64_t{clip.right});
+    if (begin >= end) {
+        x = int(begin);
+        length = 0;
+        return;
     }
-    if (x + length > clip.right)
-        length = std::max(0, clip.right - x);
+    if (covers)
+        covers += begin - x;
+    x = int(begin);
+    length = int(end - begin);
 }
 
 template<class Writer>
@@ -222,62 +235,41 @@ void RenderTargetRasterizer::RenderCoverage(Writer& writer, const bool* abort)
 template<class Writer>
 void RenderTargetRasterizer::RenderAliased(Writer& writer, const bool* abort)
 {
-    // Edges are cut at the clip box, so that the cell store holds no more than what is seen. Edges
-    // to its left end on its left side, where they carry cover and no area, as they must.
-    auto& cells = m_engine->cells;
-    cells.reset();
-    AGG::rasterizer_sl_clip<AGG::ras_conv_dbl> clipper;
-    clipper.clip_box(m_clipBox.left, m_clipBox.top, m_clipBox.right, m_clipBox.bottom);
-    const auto toDouble = [](int v) { return double(v) / Coverage::SubPixelScale; };
-    for (const Coverage::Edge& edge : m_store.GetEdges()) {
-        // The cell store draws edges wider than its limit twice; shorter ones are exact.
-        const std::int64_t dx = std::int64_t{edge.x2} - edge.x1;
-        const std::int64_t dy = std::int64_t{edge.y2} - edge.y1;
-        const std::int64_t pieces = std::abs(dx) / (Coverage::WidthLimit / 2) + 1;
-        clipper.move_to(toDouble(edge.x1), toDouble(edge.y1));
-        for (std::int64_t i = 1; i <= pieces; ++i)
-            clipper.line_to(cells, toDouble(int(edge.x1 + dx * i / pieces)),
-                            toDouble(int(edge.y1 + dy * i / pieces)));
-    }
-    cells.sort_cells();
-    if (cells.total_cells() == 0)
-        return;
-    const int lastRow = std::min(cells.max_y(), m_clipBox.bottom - 1);
-    for (int y = std::max(cells.min_y(), m_clipBox.top); y <= lastRow; ++y) {
+    m_cells.Collect(m_store);
+    int spanX = 0, spanEnd = 0; // adjacent runs grow into one span
+    const auto flush = [&] {
+        if (spanEnd > spanX)
+            writer.Run(spanX, unsigned(spanEnd - spanX), 255);
+        spanX = spanEnd = 0;
+    };
+    const auto add = [&](int begin, int end) {
+        if (begin != spanEnd) {
+            flush();
+            spanX = begin;
+        }
+        spanEnd = end;
+    };
+    const Coverage::Cell* cell = m_cells.Begin();
+    const Coverage::Cell* const end = m_cells.End();
+    while (cell != end) {
+        const int y = cell->y;
         if (IsSet(abort))
             return;
         writer.BeginRow(y);
-        int spanX = 0, spanEnd = 0; // adjacent runs grow into one span
-        const auto flush = [&] {
-            int x = spanX, length = spanEnd - spanX;
-            const unsigned char* none = nullptr;
-            ClipX(x, length, none, m_clipBox);
-            if (length > 0)
-                writer.Run(x, unsigned(length), 255);
-        };
-        const auto add = [&](int begin, int end) {
-            if (begin != spanEnd) {
-                flush();
-                spanX = begin;
-            }
-            spanEnd = end;
-        };
         int cover = 0;
-        const AGG::cell_aa* const* cell = cells.scanline_cells(unsigned(y));
-        const AGG::cell_aa* const* const end = cell + cells.scanline_num_cells(unsigned(y));
-        while (cell != end) {
-            const int x = (*cell)->x;
+        while (cell != end && cell->y == y) {
+            const int x = cell->x;
             int area = 0;
-            for (; cell != end && (*cell)->x == x; ++cell) {
-                area += (*cell)->area;
-                cover += (*cell)->cover;
+            for (; cell != end && cell->y == y && cell->x == x; ++cell) {
+                area += cell->area;
+                cover += cell->cover;
             }
             if (area != 0)
                 add(x, x + 1);
+            // Cells to the right of the clip box are not collected: cover that is left over lasts
+            // to its right side.
             const int runStart = area != 0 ? x + 1 : x;
-            // Edges to the right of the clip box were never added: cover that is left over lasts to
-            // its right side.
-            const int runEnd = cell != end ? (*cell)->x : m_clipBox.right;
+            const int runEnd = cell != end && cell->y == y ? cell->x : m_clipBox.right;
             if (cover != 0 && runEnd > runStart)
                 add(runStart, runEnd);
         }

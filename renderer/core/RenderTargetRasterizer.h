@@ -12,6 +12,7 @@
 #include <raster/AffineTransform.h>
 #include <raster/DynamicBuffer.h>
 #include <renderer/core/blend/SpanBlend.h>
+#include <renderer/core/coverage/CellList.h>
 #include <renderer/core/coverage/CoverageStore.h>
 #include <renderer/core/span/SpanPopulator.h>
 #include <renderer/paint/FillBlendMode.h>
@@ -100,8 +101,8 @@ public:
     /// @{
     bool IsEvenOdd() const { return m_rule.evenOdd; }
     void SetEvenOdd(bool evenOdd) { m_rule.evenOdd = evenOdd; }
-    /// Limits drawing to a rectangle of the page (and to the destination and the selected mask) and
-    /// empties the path.
+    /// Limits drawing to a rectangle of the page (and to the destination, the selected mask and
+    /// Coverage::GuardRect) and empties the path.
     void SetClipBox(const Kernel::RectT<int>& clip);
     /// Adds polygons, each closed, their points mapped by \p transform. A set with a point that is
     /// not finite adds nothing.
@@ -145,6 +146,7 @@ private:
     Kernel::RectT<int> m_maskRect = Kernel::RectT<int>::MakeUnset(); // of the page
     Kernel::RectT<int> m_clipBox{};
     Coverage::CoverageStore m_store;
+    Coverage::CellList m_cells; // of aliased drawing
     Coverage::CoverageRule m_rule;
     std::vector<unsigned char> m_scratch;
     std::vector<unsigned char> m_covers; // coverage times clip

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <agg_rasterizer_cells_aa.h>
-#include <agg_rasterizer_scanline_aa.h>
 #include <agg_rasterizer_sl_clip.h>
 #include <agg_rendering_buffer.h>
 
@@ -11,16 +9,12 @@ namespace Renderer {
 
 /// The parts of AGG that the rasteriser runs on.
 ///
-/// The clipper cuts edges in doubles and makes them fixed point; anti-aliased drawing then sweeps
-/// them with a coverage store of ours, whose arithmetic is that of AGG's cells. Aliased drawing
-/// needs the cells themselves, which only AGG's cell store hands out.
+/// The clipper cuts edges in doubles at a guard box and makes them fixed point. Cells are made and
+/// kept by stores of ours, whose arithmetic is that of AGG's to the bit: AGG's own store drops what
+/// exceeds its limit, and cutting edges at the clip box, which would keep it below that, moves
+/// them, so that a page drawn in tiles would differ from one drawn at once.
 struct AggEngine
 {
-    /// The cells of an aliased drawing are as many as the visible edges are long; 2¹⁶ blocks of
-    /// 4096 are beyond what the device clip can hold.
-    static constexpr unsigned CellBlockLimit = 1U << 16;
-
-    AGG::rasterizer_cells_aa<AGG::cell_aa> cells{CellBlockLimit};
     AGG::row_accessor<unsigned char> destination;
     AGG::row_accessor<unsigned char> mask;
 };

@@ -53,6 +53,17 @@ public:
             Mask(x + int(pending), length - pending, covers + pending);
     }
 
+    /// Adds row \p y of another clip, which lies in the rectangle of this one.
+    void CopyRow(const ClipCoverage& from, int y)
+    {
+        for (const auto* run = from.BeginRow(y); run != from.EndRow(y); ++run) {
+            if (run->bytes == Solid)
+                Run(run->x, run->length, run->cover);
+            else
+                Mask(run->x, run->length, from.GetBytes(*run));
+        }
+    }
+
     Kernel::Counted<const ClipCoverage> Finish()
     {
         BeginRow(std::max(m_result->m_rect.bottom, m_result->m_rect.top));
@@ -66,7 +77,8 @@ private:
 Kernel::Counted<const ClipCoverage> ClipCoverage::FromStore(CoverageStore& store,
                                                             const CoverageRule& rule)
 {
-    Builder builder(store.GetWindow());
+    const Kernel::RectT<int> bounds = store.GetBounds();
+    Builder builder(bounds.IsEmpty() ? Kernel::RectT<int>{} : bounds);
     store.Sweep(
         rule,
         [&](int y) {
@@ -77,65 +89,75 @@ Kernel::Counted<const ClipCoverage> ClipCoverage::FromStore(CoverageStore& store
     return builder.Finish();
 }
 
-Kernel::Counted<const ClipCoverage> ClipCoverage::FromRect(const Kernel::RectT<int>& rect,
-                                                           const Kernel::RectT<int>& inside)
+Kernel::Counted<const ClipCoverage> ClipCoverage::FromRect(const Kernel::RectT<int>& rect)
 {
+    if (rect.IsEmpty())
+        return Builder({}).Finish();
     Builder builder(rect);
-    const Kernel::RectT<int> part = rect.Intersect(inside);
-    if (!part.IsEmpty()) {
-        for (int y = part.top; y < part.bottom; ++y) {
-            builder.BeginRow(y);
-            builder.Run(part.left, unsigned(part.Width()), 255);
-        }
+    for (int y = rect.top; y < rect.bottom; ++y) {
+        builder.BeginRow(y);
+        builder.Run(rect.left, unsigned(rect.Width()), 255);
     }
     return builder.Finish();
 }
-
-namespace {
-
-template<class Combine, class Builder>
-Kernel::Counted<const ClipCoverage> CombineRows(const ClipCoverage& a, const ClipCoverage& b,
-                                                Builder builder, const Kernel::RectT<int>& rect,
-                                                Combine combine)
-{
-    if (!rect.IsEmpty()) {
-        const auto width = unsigned(rect.Width());
-        std::vector<unsigned char> rowA(width), rowB(width);
-        for (int y = rect.top; y < rect.bottom; ++y) {
-            a.ReadRow(rect.left, y, width, rowA.data());
-            b.ReadRow(rect.left, y, width, rowB.data());
-            for (unsigned i = 0; i < width; ++i)
-                rowA[i] = combine(rowA[i], rowB[i]);
-            builder.BeginRow(y);
-            builder.Bytes(rect.left, width, rowA.data());
-        }
-    }
-    return builder.Finish();
-}
-
-} // namespace
 
 Kernel::Counted<const ClipCoverage> ClipCoverage::Multiply(const ClipCoverage& a,
                                                            const ClipCoverage& b)
 {
     const Kernel::RectT<int> rect = a.m_rect.Intersect(b.m_rect);
-    return CombineRows(a, b, Builder(rect), rect,
-                       [](unsigned x, unsigned y) { return MultiplyBytes(x, y); });
+    if (rect.IsEmpty())
+        return Builder({}).Finish();
+    Builder builder(rect);
+    const auto width = unsigned(rect.Width());
+    std::vector<unsigned char> rowA(width), rowB(width);
+    for (int y = rect.top; y < rect.bottom; ++y) {
+        if (a.IsRowClear(y) || b.IsRowClear(y))
+            continue;
+        a.ReadRow(rect.left, y, width, rowA.data());
+        b.ReadRow(rect.left, y, width, rowB.data());
+        for (unsigned i = 0; i < width; ++i)
+            rowA[i] = MultiplyBytes(rowA[i], rowB[i]);
+        builder.BeginRow(y);
+        builder.Bytes(rect.left, width, rowA.data());
+    }
+    return builder.Finish();
 }
 
 Kernel::Counted<const ClipCoverage> ClipCoverage::Unite(const ClipCoverage& a,
                                                         const ClipCoverage& b)
 {
-    const Kernel::RectT<int> rect = a.m_rect.Intersect(b.m_rect);
-    return CombineRows(a, b, Builder(rect), rect, [](unsigned x, unsigned y) {
-        return static_cast<unsigned char>(255 - MultiplyBytes(255 - x, 255 - y));
-    });
+    if (a.m_rect.IsEmpty())
+        return Kernel::Counted<const ClipCoverage>(&b);
+    if (b.m_rect.IsEmpty())
+        return Kernel::Counted<const ClipCoverage>(&a);
+    const Kernel::RectT<int> rect = a.m_rect.Union(b.m_rect);
+    Builder builder(rect);
+    std::vector<unsigned char> rowA, rowB;
+    for (int y = rect.top; y < rect.bottom; ++y) {
+        builder.BeginRow(y);
+        const bool clearA = a.IsRowClear(y), clearB = b.IsRowClear(y);
+        if (clearA || clearB) { // members of a group mostly lie apart
+            if (!clearA || !clearB)
+                builder.CopyRow(clearA ? b : a, y);
+            continue;
+        }
+        const auto width = unsigned(rect.Width());
+        rowA.resize(width);
+        rowB.resize(width);
+        a.ReadRow(rect.left, y, width, rowA.data());
+        b.ReadRow(rect.left, y, width, rowB.data());
+        for (unsigned i = 0; i < width; ++i)
+            rowA[i] =
+                static_cast<unsigned char>(255 - MultiplyBytes(255U - rowA[i], 255U - rowB[i]));
+        builder.Bytes(rect.left, width, rowA.data());
+    }
+    return builder.Finish();
 }
 
 void ClipCoverage::ReadRow(int x, int y, unsigned length, unsigned char* out) const
 {
     std::fill_n(out, length, static_cast<unsigned char>(0));
-    if (y < m_rect.top || y >= m_rect.bottom)
+    if (IsRowClear(y))
         return;
     const int end = x + int(length);
     for (const Run* run = BeginRow(y); run != EndRow(y) && run->x < end; ++run) {

@@ -32,7 +32,7 @@ public:
     };
     static constexpr std::size_t Solid = ~std::size_t{0};
 
-    /// The rectangle within which the clip is known.
+    /// The rectangle that holds all that gets through.
     const Kernel::RectT<int>& GetRect() const noexcept { return m_rect; }
 
     /// The runs of row \p y from left to right, without overlap. \pre y lies in GetRect()
@@ -49,16 +49,21 @@ public:
         return m_bytes.data() + run.bytes;
     }
 
-    /// Rasterises the edges of \p store within its window.
+    /// Whether nothing of row \p y, any number, gets through.
+    bool IsRowClear(int y) const noexcept
+    {
+        return y < m_rect.top || y >= m_rect.bottom || BeginRow(y) == EndRow(y);
+    }
+
+    /// Rasterises the edges of \p store within its window; the rectangle is what they can touch.
     static Kernel::Counted<const ClipCoverage> FromStore(CoverageStore& store,
                                                          const CoverageRule& rule);
-    /// Coverage 255 within \p inside, known within \p rect.
-    static Kernel::Counted<const ClipCoverage> FromRect(const Kernel::RectT<int>& rect,
-                                                        const Kernel::RectT<int>& inside);
-    /// The product of both within the common rectangle: what both let through.
+    /// Coverage 255 within \p rect, which may be empty.
+    static Kernel::Counted<const ClipCoverage> FromRect(const Kernel::RectT<int>& rect);
+    /// The product of both: what both let through.
     static Kernel::Counted<const ClipCoverage> Multiply(const ClipCoverage& a,
                                                         const ClipCoverage& b);
-    /// a + b − a·b within the common rectangle: what either lets through.
+    /// a + b − a·b: what either lets through.
     static Kernel::Counted<const ClipCoverage> Unite(const ClipCoverage& a, const ClipCoverage& b);
 
     /// Writes the coverage of pixels [x, x + length) of row \p y; 0 outside the rectangle.

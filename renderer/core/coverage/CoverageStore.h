@@ -72,6 +72,18 @@ public:
     template<class BeginRow, class Sink>
     void Sweep(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)
     {
+        try {
+            SweepBands(rule, beginRow, sink);
+        } catch (...) {
+            m_rows = CoverageRows(); // what the rows hold half-way must not show in the next path
+            throw;
+        }
+    }
+
+private:
+    template<class BeginRow, class Sink>
+    void SweepBands(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)
+    {
         const Kernel::RectT<int> bounds = GetBounds();
         if (bounds.IsEmpty())
             return;
@@ -100,7 +112,6 @@ public:
         }
     }
 
-private:
     /// Clears rows after the sweep was ended.
     struct NoSink
     {

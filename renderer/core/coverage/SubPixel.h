@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include <kernel/Rect.h>
+
 namespace Renderer::Coverage {
 
 /// The 24.8 fixed point of the coverage engine: 256 steps per pixel.
@@ -16,6 +18,10 @@ inline constexpr std::int64_t WidthLimit = std::int64_t{16384} << SubPixelShift;
 /// Edges are cut at ± this many pixels before they become fixed point: far outside any page, and
 /// small enough that differences of coordinates fit 32 bits with room to spare.
 inline constexpr double GuardBox = 2097152.0;
+
+/// The pixels of a page that can be drawn on.
+inline constexpr Kernel::RectT<int> GuardRect{-int(GuardBox), -int(GuardBox), int(GuardBox),
+                                              int(GuardBox)};
 
 /// One edge in fixed point, in coordinates of the page.
 struct Edge

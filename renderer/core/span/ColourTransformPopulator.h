@@ -22,7 +22,7 @@ public:
     using Pixel = typename Processor::Pixel;
     using Transforms = std::vector<Kernel::Counted<const Raster::ColourTransform>>;
 
-    /// Both are referred to, not copied.
+    /// Both are referred to, not copied; empty transforms change nothing.
     ColourTransformPopulator(const Transforms& transforms,
                              const typename Processor::Profiles& profiles)
         : m_transforms(transforms), m_profiles(profiles)
@@ -68,8 +68,10 @@ private:
         for (unsigned i = 0; i < count; ++i)
             plain[i] = Processor::Unpremultiply(pixels[i]);
         ToRGB(plain, rgb, count);
-        for (const auto& transform : m_transforms)
-            transform->Apply(rgb, count, m_profiles);
+        for (const auto& transform : m_transforms) {
+            if (transform)
+                transform->Apply(rgb, count, m_profiles);
+        }
         FromRGB(rgb, plain, count);
         for (unsigned i = 0; i < count; ++i)
             pixels[i] = Processor::Store(plain[i]);

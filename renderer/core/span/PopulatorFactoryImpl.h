@@ -83,8 +83,9 @@ bool PopulatorFactory<Processor>::MakeColourTransform(const Transforms& transfor
     if constexpr (Processor::IsAlphaOnly) {
         return false;
     } else {
-        if (std::all_of(transforms.begin(), transforms.end(),
-                        [](const auto& transform) { return transform->IsIdentity(); }))
+        if (std::all_of(transforms.begin(), transforms.end(), [](const auto& transform) {
+                return !transform || transform->IsIdentity();
+            }))
             return false;
         using Populator = ColourTransformPopulator<Processor>;
         out = PopulatorForms<Populator>::Make(store.Emplace<Populator>(transforms, profiles),

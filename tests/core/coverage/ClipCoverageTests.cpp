@@ -40,17 +40,13 @@ TEST(ClipCoverage, CombinesByProductAndUnion)
         const RectT<int> rect{0, 0, 60, 50};
         const auto a = MakeClip(shapes[0], rect), b = MakeClip(shapes[1], {10, 5, 70, 60});
         const auto product = ClipCoverage::Multiply(*a, *b), united = ClipCoverage::Unite(*a, *b);
-        EXPECT_EQ(product->GetRect(), (RectT<int>{10, 5, 60, 50}));
         for (int y = 0; y < 60; ++y) {
             const auto rowA = ReadRow(*a, y), rowB = ReadRow(*b, y);
             const auto rowProduct = ReadRow(*product, y), rowUnited = ReadRow(*united, y);
             for (int x = 0; x < 60; ++x) {
                 const auto i = std::size_t(x);
-                const bool known = x >= 10 && y >= 5 && y < 50;
-                ASSERT_EQ(rowProduct[i], known ? (rowA[i] * rowB[i] + 127) / 255 : 0)
-                    << x << ", " << y;
-                ASSERT_EQ(rowUnited[i],
-                          known ? 255 - ((255 - rowA[i]) * (255 - rowB[i]) + 127) / 255 : 0);
+                ASSERT_EQ(rowProduct[i], (rowA[i] * rowB[i] + 127) / 255) << x << ", " << y;
+                ASSERT_EQ(rowUnited[i], 255 - ((255 - rowA[i]) * (255 - rowB[i]) + 127) / 255);
             }
         }
     }
@@ -58,12 +54,11 @@ TEST(ClipCoverage, CombinesByProductAndUnion)
 
 TEST(ClipCoverage, KnowsRectanglesAndEmptiness)
 {
-    const auto clip = ClipCoverage::FromRect({0, 0, 20, 10}, {5, 2, 30, 4});
+    const auto clip = ClipCoverage::FromRect({5, 2, 20, 4});
     EXPECT_EQ(ReadRow(*clip, 1, 0, 20), std::vector<unsigned char>(20, 0));
     EXPECT_EQ(ReadRow(*clip, 3, 4, 3), (std::vector<unsigned char>{0, 255, 255}));
     EXPECT_EQ(ReadRow(*clip, 3, 18, 4), (std::vector<unsigned char>{255, 255, 0, 0}));
-    EXPECT_EQ(ReadRow(*ClipCoverage::FromRect({0, 0, 8, 8}, {}), 4, 0, 8),
-              std::vector<unsigned char>(8, 0));
+    EXPECT_EQ(ReadRow(*ClipCoverage::FromRect({}), 4, 0, 8), std::vector<unsigned char>(8, 0));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <agg_rasterizer_scanline_aa.h>
 #include <agg_scanline_u.h>
 #include <geometry/Polygon.h>
 #include <kernel/Rect.h>

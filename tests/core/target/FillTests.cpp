@@ -237,6 +237,30 @@ TEST_F(FillTest, FillAndStrokeAreOneObject)
     EXPECT_EQ(At(9, 15), (PixelRGBA8{{0, 0, 127, 127}}));
 }
 
+TEST_F(FillTest, GlyphsStandWhereTheyAreMeasured)
+{
+    // A glyph half an em wide and high, standing on the baseline; it advances by a whole em.
+    const auto glyph =
+        Kernel::MakeCounted<Geometry::GlyphMetrics>(7U, 1.0, Rectangle(0, -0.5, 0.5, 0));
+    const std::vector<Kernel::Counted<const Geometry::GlyphMetrics>> glyphs{glyph, {}, glyph};
+    const auto draw = [&](const Geometry::GlyphPosition* positions) {
+        target->Clear();
+        target->DrawGlyphMetrics({4, 10}, glyphs, Kernel::Font(), 8.0, positions, 1.0F,
+                                 FillBlendMode::Normal, BlendOptions::Identity(), Solid(Red), {},
+                                 {}, {}, true);
+        return RenderTarget::MeasureGlyphMetrics({4, 10}, glyphs, 8.0, positions);
+    };
+    EXPECT_EQ(draw(nullptr), (Kernel::RectT<double>{4, 6, 16, 10}));
+    EXPECT_EQ(Area(), 32);
+    EXPECT_EQ(At(12, 6), Red);
+    const Geometry::GlyphPosition positions[] = {{0, 0, 0}, {0, 0, 0}, {10, 8, std::numbers::pi}};
+    const auto box = draw(positions);
+    EXPECT_NEAR(box.bottom, 22, 1e-9);
+    EXPECT_NEAR(box.left, 4, 1e-9);
+    EXPECT_NEAR(Area(), 32, 0.01);
+    EXPECT_EQ(At(12, 20), Red); // upside down: left of and below its place
+}
+
 TEST_F(FillTest, DrawsTheSameBytesEveryTime)
 {
     const auto draw = [&] {
