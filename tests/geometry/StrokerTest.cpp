@@ -291,4 +291,29 @@ TEST(Stroker, EnormousPensStayAffordable)
     EXPECT_LT(out.GetPoints().size(), 2'000'000u);
 }
 
+TEST(Stroker, CoarseCoordinatesStayAffordable)
+{
+    // So far from the origin that neighbouring points and their tangents are rounding alone.
+    PolyCurveDbl path;
+    path.MoveTo({1e30, 1e30});
+    path.CurveTo({-1e18, 3e30}, {2e30, -1e12}, {1e30, 1.5e30});
+    path.LineTo({1e30, 1.5e30 + 1e15});
+    StrokeParameters pen = MakePen(1e6, StrokeJoin::Round, StrokeCap::Round, 0.1);
+    EXPECT_LT(Stroke(path, pen).GetPoints().size(), 20'000'000u);
+    const double dashes[] = {1e25, 3e25};
+    pen.dashes = dashes;
+    const Polygons out = Stroke(path, pen);
+    EXPECT_LT(out.GetPoints().size(), 20'000'000u);
+    for (const auto& point : out.GetPoints())
+        ASSERT_TRUE(std::isfinite(point.x) && std::isfinite(point.y));
+}
+
+TEST(Polygon, TheUnsetRectangleIsThePlane)
+{
+    const Polygons plane(Kernel::RectT<double>::MakeUnset());
+    const auto box = plane.GetBoundingBox().GetRect();
+    EXPECT_TRUE(box.Contains({-1e20, -1e20, 1e20, 1e20}));
+    EXPECT_TRUE(std::isfinite(box.Width() * box.Height()));
+}
+
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <numbers>
 #include <random>
 
@@ -10,6 +11,7 @@
 #include "StockAgg.h"
 #include <renderer/core/coverage/AddPolygons.h>
 #include <renderer/core/coverage/CoverageStore.h>
+#include <renderer/core/RenderTargetRasterizer.h>
 
 namespace Renderer {
 namespace {
@@ -218,6 +220,81 @@ TEST(CoverageStore, AnEndedSweepLeavesNothingBehind)
     store.Sweep(
         {true, nullptr}, [](int y) { return y < 10; }, sink);
     ExpectSame(MakeStar(30, 33, 25, 5, 2), window, "after an ended sweep", 0);
+}
+
+struct SinkThatFails
+{
+    void Run(int, unsigned, unsigned char) const { throw std::bad_alloc(); }
+    void Mask(int, unsigned, const unsigned char*) const { throw std::bad_alloc(); }
+};
+
+TEST(CoverageStore, ForgetsASweepThatFailed)
+{
+    CoverageStore& store = SharedStore();
+    store.Reset({0, 0, 50, 40});
+    Coverage::AddPolygons(store, MakeStar(25, 20, 18, 5, 2), {});
+    EXPECT_THROW(store.Sweep(
+                     {}, [](int) { return true; }, SinkThatFails()),
+                 std::bad_alloc);
+    ExpectSame(MakeStar(20, 22, 15, 7, 3), {0, 0, 50, 40}, "after a failure", 0);
+}
+
+TEST(Rasterizer, ClipXTrimsSpans)
+{
+    constexpr int largest = std::numeric_limits<int>::max();
+    const unsigned char covers[8] = {};
+    const struct
+    {
+        int x, length;
+        RectT<int> clip;
+        int trimmedX, trimmedLength, skipped;
+    } cases[] = {
+        {-3, 5, {0, 0, 9, 9}, 0, 2, 3},
+        {7, 5, {0, 0, 9, 9}, 7, 2, 0},
+        {-9, 5, {0, 0, 9, 9}, 0, 0, 0},
+        {9, 5, {0, 0, 9, 9}, 9, 0, 0},
+        {largest - 2, 5, {0, 0, largest, 9}, largest - 2, 2, 0},
+        {-largest, 5, {largest - 1, 0, largest, 9}, largest - 1, 0, 0},
+    };
+    for (const auto& test : cases) {
+        int x = test.x, length = test.length;
+        const unsigned char* at = covers;
+        RenderTargetRasterizer::ClipX(x, length, at, test.clip);
+        EXPECT_EQ(x, test.trimmedX);
+        EXPECT_EQ(length, test.trimmedLength);
+        EXPECT_EQ(at - covers, test.skipped);
+    }
+}
+
+TEST(Rasterizer, RowsMayRunBottomUp)
+{
+    unsigned char pixels[3 * 16] = {};
+    RenderTargetRasterizer rasterizer;
+    rasterizer.Create(pixels, 4, 3, -16, 4);
+    EXPECT_EQ(rasterizer.GetRow(0), pixels + 32);
+    EXPECT_EQ(rasterizer.GetRow(2), pixels);
+}
+
+TEST(Rasterizer, GammaTables)
+{
+    RenderTargetRasterizer rasterizer;
+    const auto at = [&](std::size_t i) { return int(rasterizer.GetGammaTable()[i]); };
+    rasterizer.SetGamma(2.0);
+    EXPECT_EQ(at(128), 64);
+    for (const double neutral : {1.0000005, std::nan("")}) {
+        rasterizer.SetGamma(neutral);
+        EXPECT_EQ(at(77), 77);
+    }
+    rasterizer.SetGamma(-3.0);
+    EXPECT_EQ(at(0), 0);
+    EXPECT_EQ(at(1), 255);
+    const auto curve = Kernel::MakeCounted<Geometry::CurveDbl>(Kernel::PointT<double>{0, 0});
+    curve->LineTo({0.5, 1});
+    curve->LineTo({1, std::nan("")});
+    rasterizer.SetGammaCurve(curve);
+    EXPECT_EQ(at(51), 102);
+    EXPECT_EQ(at(200), 0); // not a number
+    EXPECT_EQ(at(255), 255);
 }
 
 } // namespace

@@ -1,0 +1,223 @@
+// What targets do at the limits of their arguments and with calls in odd order.
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "TargetFixture.h"
+#include <raster/ColourTransform.h>
+#include <renderer/paint/ColourRGB.h>
+#include <renderer/paint/LineStyle.h>
+
+namespace Renderer {
+namespace {
+
+using Geometry::WindingOrderMode;
+using CompositeInit = RenderTarget::CompositeInit;
+using Kernel::RectT;
+using Raster::AffineTransform;
+
+class EdgeTest : public TargetTest
+{
+protected:
+    static constexpr int Largest = std::numeric_limits<int>::max();
+
+    void PushGroup(CompositeInit init = CompositeInit::Clear)
+    {
+        target->PushComposite(init, FillBlendMode::Normal, BlendOptions::Identity(), 1.0F);
+    }
+    void PushRect(const RectT<double>& rect)
+    {
+        target->PushClipPath(Kernel::MakeCounted<PolyPolygon>(rect), WindingOrderMode::NonZero);
+    }
+    void FillAll(const PixelRGBA8& colour) { Fill({0, 0, Width, Height}, colour); }
+};
+
+TEST_F(EdgeTest, AliasedTilesAreThePage)
+{
+    auto star = Kernel::MakeCounted<PolyPolygon>();
+    star->BeginPolygon();
+    for (int i = 0; i < 23; ++i) {
+        const double angle = 9 * i * 0.2731, radius = i % 5 ? 40000 : 31;
+        star->AddPoint({17.3 + radius * std::sin(angle), 14.9 + radius * std::cos(angle)});
+    }
+    const auto draw = [&] {
+        target->SetAntialias(false);
+        target->DrawPolyPolygon(star, 1.0F, Solid(Red));
+    };
+    draw();
+    const auto whole = BytesOf(target);
+    const auto page = Raster::DynamicBuffer::Create(Raster::Format::RGBA8, Width, Height);
+    for (int y = 0; y < Height; y += 3)
+        for (int x = 0; x < Width; x += 4) {
+            ASSERT_TRUE(target->AttachBuffer(page, {x, y, x + 4, y + 3}));
+            draw();
+        }
+    EXPECT_EQ(BytesOf(target), whole);
+}
+
+TEST_F(EdgeTest, UnbalancedCallsStayInsideTheirGroup)
+{
+    target->PushLogicalDeviceClip({0, 0, 20, 20});
+    PushRect({0, 0, 10.5, 30});
+    target->PushClipPathGroup();
+    PushRect({0, 0, 5, 30});
+    PushGroup();
+    // More pops than pushes do not reach outside…
+    for (int i = 0; i < 3; ++i) {
+        target->PopDeviceClip();
+        target->PopClipPath();
+        target->PopClipPathGroup();
+    }
+    EXPECT_EQ(target->GetDeviceClip(), (RectT<int>{0, 0, 11, 20}));
+    // … and what is left over does not get out.
+    target->PushLogicalDeviceClip({3.5, 3.5, 4, 4});
+    PushRect({3, 3, 4, 4});
+    target->PushClipPathGroup();
+    target->PopCompositeAsFill({}, {});
+    EXPECT_EQ(target->GetDeviceClip(), (RectT<int>{0, 0, 20, 20}));
+    PushRect({8, 0, 9, 30});
+    target->PopClipPathGroup(); // the one from before the group: two members
+    FillAll(Red);
+    EXPECT_EQ(Area(), 20 * 6);
+    target->PopClipPath();
+    FillAll(Red);
+    EXPECT_NEAR(Area(), 20 * 10.5, 0.1);
+    target->PopClipPath();
+    target->PopDeviceClip();
+    EXPECT_FALSE(target->HasClipPaths());
+    for (int i = 0; i < 3; ++i)
+        target->PopTransform();
+    EXPECT_EQ(target->GetScalarTransform(), AffineTransform::Params{});
+}
+
+TEST_F(EdgeTest, PagesMayLieAnywhere)
+{
+    const auto tile = Raster::DynamicBuffer::Create(Raster::Format::RGBA8, 40, 40);
+    for (const int x : {-Largest, -3000000, 2000000, 9000000, Largest - 38}) {
+        ASSERT_TRUE(target->AttachBuffer(tile, {x, 10, x + 38, 50}));
+        const bool within = std::abs(double(x)) < 2097152;
+        for (const bool antialias : {true, false}) {
+            target->Clear();
+            target->SetAntialias(antialias);
+            PushRect({x + 2.0, 12.0, x + 30.0, 40.0});
+            target->PushLogicalDeviceClip({-1e300, -1e300, 1e300, 1e300});
+            PushGroup(CompositeInit::CopyBackdrop);
+            Fill({-1e9, 0, 1e18, 1e9}, Red);
+            Fill({double(x), 12, x + 4.0, 14}, Blue);
+            target->PopCompositeAsFill({}, {});
+            target->PopDeviceClip();
+            target->PopClipPath();
+            EXPECT_EQ(At(3, 3), within ? Blue : Nothing) << x;
+            EXPECT_EQ(At(4, 3), within ? Red : Nothing) << x;
+            EXPECT_EQ(At(1, 3), Nothing);
+        }
+    }
+    // A state with a clip beyond its rectangle does not let drawing out.
+    BufferState state = target->GetBufferState();
+    state.rect = {0, 0, 10, 10};
+    state.deviceClip = {-1000, -1000, 1000, 1000};
+    ASSERT_TRUE(target->SetBufferState(state));
+    EXPECT_EQ(target->GetDeviceClip(), state.rect);
+}
+
+TEST_F(EdgeTest, FloodsThePlane)
+{
+    const auto plane = Kernel::MakeCounted<PolyPolygon>(RectT<double>::MakeUnset());
+    for (const auto& transform :
+         {AffineTransform::Params{}, AffineTransform::Rotation(0.7),
+          AffineTransform::Translation(1e6, -1e6), AffineTransform::Scaling(1e-6, -1e6)}) {
+        target->Clear();
+        target->SetWorldTransform(transform);
+        target->DrawPolyPolygon(plane, 1.0F, Solid(Red));
+        EXPECT_EQ(Area(), Width * Height);
+    }
+    // As a device clip it bounds nothing.
+    target->PushLogicalDeviceClip(RectT<double>::MakeUnset());
+    EXPECT_EQ(target->GetDeviceClip(), (RectT<int>{0, 0, Width, Height}));
+}
+
+TEST_F(EdgeTest, SetsOfCurvesHaveOnePaintAndOnePen)
+{
+    auto set = Kernel::MakeCounted<ConstPolyPolyCurve>();
+    auto line = Kernel::MakeCounted<Geometry::PolyCurveDbl>();
+    line->MoveTo({0, 0});
+    line->LineTo({1, 0});
+    set->Add(line, AffineTransform::Concatenate(AffineTransform::Scaling(10, 10),
+                                                AffineTransform::Translation(5, 8)));
+    target->DrawPolyPolyCurve(set, 1.0F, {}, Solid(Red), LineStyleDescriptorConst(2.0));
+    EXPECT_NEAR(Area(), 20, 0.1);
+    EXPECT_EQ(target->GetWorldTransform(), AffineTransform::Params{});
+}
+
+TEST_F(EdgeTest, OneObjectTakesTheFlagThatHoldsUnderClips)
+{
+    PushRect({0, 0, 30, 30});
+    target->DrawRectangle({3.5, 3.5, 16.5, 16.5}, 0.5F, Solid(Red), Solid(Blue),
+                          LineStyleDescriptorConst(2.0));
+    // The conveniences draw aliased under clips: full coverage or none.
+    for (int x = 0; x < Width; ++x)
+        EXPECT_TRUE(At(x, 10).Alpha() == 0 || At(x, 10).Alpha() == 127) << x;
+    EXPECT_EQ(At(2, 10).Alpha(), 127);
+}
+
+TEST_F(EdgeTest, SubRendersNestAndAreMatted)
+{
+    target->SetWorldTransform(AffineTransform::Rotation(0.4));
+    const RectT<double> everywhere{-1000, -1000, 1000, 1000};
+    const auto outer = target->PushSubRender(everywhere, Raster::Format::RGBA8, {});
+    ASSERT_TRUE(outer);
+    const auto inner = target->PushSubRender(everywhere, Raster::Format::RGBA8, {});
+    ASSERT_TRUE(inner);
+    for (const auto& sub : {outer, inner})
+        sub->SetLogToDevTransform({});
+    outer->DrawRectangle({30, 2, 33.5, 5}, 1.0F, Solid(Red), {}, {});
+    inner->DrawRectangle({5, 5, 6, 6}, 1.0F, Solid(Blue), {}, {});
+    target->PopSubRender({});
+    EXPECT_EQ(At(5, 5), Blue);
+    EXPECT_EQ(Area(), 1);
+    target->PopSubRender(ColourRGB::Create(Green));
+    // Pixels come back as they are, whatever the transform, above the matte.
+    EXPECT_EQ(At(30, 2), Red);
+    EXPECT_EQ(At(33, 2), (PixelRGBA8{{128, 127, 0, 255}}));
+    EXPECT_EQ(At(5, 5), Green);
+    EXPECT_EQ(Area(), Width * Height);
+    EXPECT_EQ(target->GetDeviceClip(), (RectT<int>{0, 0, Width, Height}));
+    EXPECT_EQ(target->GetWorldTransform(), AffineTransform::Rotation(0.4));
+}
+
+class SwapRedAndBlue final : public Raster::ColourTransform
+{
+public:
+    void Apply(Raster::PixelRGBAF* pixels, std::size_t count,
+               const Raster::ICCManager::ICCProfileSet&) const override
+    {
+        for (std::size_t i = 0; i < count; ++i)
+            std::swap(pixels[i][0], pixels[i][2]);
+    }
+    bool IsIdentity() const override { return false; }
+    std::uint64_t GetHash() const override { return 1; }
+    bool IsEqual(const ColourTransform&) const override { return true; }
+};
+
+TEST_F(EdgeTest, ColourTransformsActOnThePaintOfGroupsAndMayBeEmpty)
+{
+    target->PushColourTransform({});
+    FillAll(Red);
+    EXPECT_EQ(At(1, 1), Red);
+    target->PushColourTransform(Kernel::MakeCounted<SwapRedAndBlue>());
+    FillAll(Red);
+    EXPECT_EQ(At(1, 1), Blue);
+    target->Clear();
+    PushGroup();
+    Fill({0, 0, 9, 9}, Green);
+    target->PopCompositeAsTransparency(Solid(Red), {});
+    PushGroup();
+    Fill({9, 0, 18, 9}, Red);
+    target->PopCompositeAsFill({}, {});
+    EXPECT_EQ(At(1, 1), Blue);
+    EXPECT_EQ(At(10, 1), Blue); // once
+}
+
+} // namespace
+} // namespace Renderer
