@@ -1,5 +1,6 @@
 #include <renderer/core/BitmapRenderTarget.h>
 
+#include <renderer/core/MakeRoom.h>
 #include <renderer/core/RenderTargetFactory.h>
 
 namespace Renderer {
@@ -19,31 +20,25 @@ BitmapRenderTarget* BitmapRenderTarget::Create(Raster::Format format,
     }
 }
 
-Kernel::Counted<RenderTarget>
-BitmapRenderTarget::PushSubRender(const Kernel::RectT<double>& bounds, Raster::Format format,
-                                  const Raster::ICCManager::ICCProfileSet& profiles)
-{
-    PushLogicalDeviceClip(bounds);
-    const Kernel::RectT<int> clip = GetDeviceClip();
-    Kernel::Counted<BitmapRenderTarget> target;
-    if (!clip.IsEmpty())
-        target = Create(format, profiles);
-    // The buffer spans from the device origin to the clip's far corner, so that device pixels
-    // agree.
-    if (!target || clip.right <= 0 || clip.bottom <= 0 ||
-        !target->CreateBuffer(unsigned(clip.right), unsigned(clip.bottom))) {
-        PopDeviceClip();
-        return {};
-    }
-    m_subRenders.push_back(target);
-    target->SetAbortPointer(GetAbortingPointer());
-    target->SetDithering(GetDithering());
-    target->SetPerfectClipping(GetPerfectClipping());
-    target->SetLogToDevTransform(GetCurrentTransform());
-    return target;
-}
-
 namespace {
+
+/// Pops the device clip at the end of a block, unless it is kept.
+class PoppedClip
+{
+public:
+    explicit PoppedClip(RenderTarget& target) : m_target(&target) {}
+    PoppedClip(const PoppedClip&) = delete;
+    PoppedClip& operator=(const PoppedClip&) = delete;
+    ~PoppedClip()
+    {
+        if (m_target)
+            m_target->PopDeviceClip();
+    }
+    void Keep() { m_target = nullptr; }
+
+private:
+    RenderTarget* m_target;
+};
 
 /// Makes logical coordinates those of the device for a while, exactly: the inverse of the current
 /// transform in front of it would be right up to rounding only.
@@ -72,12 +67,38 @@ private:
 
 } // namespace
 
+Kernel::Counted<RenderTarget>
+BitmapRenderTarget::PushSubRender(const Kernel::RectT<double>& bounds, Raster::Format format,
+                                  const Raster::ICCManager::ICCProfileSet& profiles)
+{
+    MakeRoomForOne(m_subRenders);
+    PushLogicalDeviceClip(bounds);
+    PoppedClip popped(*this);
+    const Kernel::RectT<int> clip = GetDeviceClip();
+    Kernel::Counted<BitmapRenderTarget> target;
+    if (!clip.IsEmpty())
+        target = Create(format, profiles);
+    // The buffer spans from the device origin to the clip's far corner, so that device pixels
+    // agree.
+    if (!target || clip.right <= 0 || clip.bottom <= 0 ||
+        !target->CreateBuffer(unsigned(clip.right), unsigned(clip.bottom)))
+        return {};
+    popped.Keep();
+    m_subRenders.push_back(target);
+    target->SetAbortPointer(GetAbortingPointer());
+    target->SetDithering(GetDithering());
+    target->SetPerfectClipping(GetPerfectClipping());
+    target->SetLogToDevTransform(GetCurrentTransform());
+    return target;
+}
+
 void BitmapRenderTarget::PopSubRender(Kernel::Consolidated<Colour> matte)
 {
     if (m_subRenders.empty())
         return;
     const Kernel::Counted<BitmapRenderTarget> subRender = std::move(m_subRenders.back());
     m_subRenders.pop_back();
+    const PoppedClip popped(*this);
     subRender->Matte(std::move(matte));
     const Kernel::Counted<Raster::DynamicBuffer> buffer = subRender->GetBuffer();
     if (buffer) {
@@ -88,7 +109,6 @@ void BitmapRenderTarget::PopSubRender(Kernel::Consolidated<Colour> matte)
         const DeviceSpace space(*this);
         DrawBitmap(page, bitmap, 1.0F, FillBlendMode::Normal, BlendOptions::Identity(), true);
     }
-    PopDeviceClip();
 }
 
 } // namespace Renderer

@@ -43,8 +43,13 @@ public:
         : m_target(target)
     {
         target.PushAbsoluteDeviceClip(rect);
-        target.PushComposite(CompositeInit::Clear, composition.mode, composition.options,
-                             composition.opacity);
+        try {
+            target.PushComposite(CompositeInit::Clear, composition.mode, composition.options,
+                                 composition.opacity);
+        } catch (...) {
+            target.PopDeviceClip();
+            throw;
+        }
     }
     ShapeGroup(const ShapeGroup&) = delete;
     ShapeGroup& operator=(const ShapeGroup&) = delete;

@@ -5,6 +5,7 @@
 
 #include <renderer/core/coverage/AddPolygons.h>
 #include <renderer/core/DevicePixels.h>
+#include <renderer/core/MakeRoom.h>
 
 namespace Renderer {
 
@@ -129,6 +130,7 @@ void ClipPathStack::EndGroup()
 {
     if (m_level.openGroups.empty())
         return;
+    MakeRoomForOne(m_level.paths);
     ClipPath group = std::move(m_level.openGroups.back());
     m_level.openGroups.pop_back();
     Push(std::move(group));

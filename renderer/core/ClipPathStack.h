@@ -66,6 +66,19 @@ public:
     /// goes.
     void Unseal() noexcept;
 
+    /// Seals a stack for as long as it lives.
+    class Sealing
+    {
+    public:
+        explicit Sealing(ClipPathStack& stack) : m_stack(stack) { stack.Seal(); }
+        Sealing(const Sealing&) = delete;
+        Sealing& operator=(const Sealing&) = delete;
+        ~Sealing() { m_stack.Unseal(); }
+
+    private:
+        ClipPathStack& m_stack;
+    };
+
     /// What all paths in force let through within \p rect.
     const ClipState& Update(const Kernel::RectT<int>& rect);
 

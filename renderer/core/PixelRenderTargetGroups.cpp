@@ -9,6 +9,7 @@
 #include <raster/Pixel.h>
 #include <renderer/core/CallScope.h>
 #include <renderer/core/DevicePixels.h>
+#include <renderer/core/MakeRoom.h>
 #include <renderer/core/PixelRenderTarget.h>
 #include <renderer/paint/FillBuffer.h>
 #include <renderer/paint/FillSolid.h>
@@ -34,13 +35,15 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
     if (m_current && !group.rect.IsEmpty())
         group.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(group.rect.Width()),
                                            unsigned(group.rect.Height()));
+    MakeRoomForOne(m_deviceClips);
+    MakeRoomForOne(m_groups);
+    m_clipPaths.Seal(); // nothing fails from here on
     // Without a buffer (nothing can be seen, or no memory) the group swallows what is drawn into
     // it.
     if (!group.buffer)
         group.rect = {};
     else if (init == CompositeInit::CopyBackdrop || init == CompositeInit::CopyBackdropColour)
         CopyBackdrop(group, init == CompositeInit::CopyBackdropColour);
-    m_clipPaths.Seal();
     PushDeviceClip(group.rect, false);
     ShowBuffer(group.buffer, {group.rect.left, group.rect.top});
     m_groups.push_back(std::move(group));
@@ -165,14 +168,13 @@ void PixelRenderTarget::Matte(Kernel::Consolidated<Colour> colour)
         return;
     CopyBackdrop(drawn, false);
     Clear();
-    m_clipPaths.Seal();
+    const ClipPathStack::Sealing noClipPaths(m_clipPaths);
     const RectT<double> area{double(drawn.rect.left), double(drawn.rect.top),
                              double(drawn.rect.right), double(drawn.rect.bottom)};
     DrawPolygons(PolyPolygon(area), {}, {1.0F, FillBlendMode::Normal, drawn.options},
                  FillDescriptorConst(FillSolid::Create(std::move(colour))), {},
                  {Geometry::WindingOrderMode::EvenOdd, true, true});
     PaintGroup(drawn, {}, {}, PopulatorRole::Colour);
-    m_clipPaths.Unseal();
     m_spareBuffers.Give(std::move(drawn.buffer));
 }
 

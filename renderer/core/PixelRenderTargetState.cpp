@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include <renderer/core/DevicePixels.h>
+#include <renderer/core/MakeRoom.h>
 #include <renderer/core/PixelRenderTarget.h>
 
 namespace Renderer {
@@ -130,9 +131,10 @@ void PixelRenderTarget::PushLogicalDeviceClip(RectT<double> rect)
     const bool upright =
         (current.m01 == 0.0 && current.m10 == 0.0) || (current.m00 == 0.0 && current.m11 == 0.0);
     const bool exact = upright && IsOnWholePixels(device);
-    NarrowDeviceClip(exact ? RoundToPixels(device) : grown, !exact);
+    MakeRoomForOne(m_deviceClips);
     if (!exact)
         PushClip(PolyPolygon(rect), current, WindingOrderMode::NonZero);
+    NarrowDeviceClip(exact ? RoundToPixels(device) : grown, !exact);
 }
 
 void PixelRenderTarget::PopDeviceClip()

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cmath>
 
+#include <renderer/core/MakeRoom.h>
+
 namespace Renderer {
 
 using Raster::AffineTransform;
@@ -51,6 +53,7 @@ void RenderTarget::SetWorldTransform(AffineTransform::Params transform)
 
 void RenderTarget::PushTransform(AffineTransform::Params transform, AffineTransform::Params scalar)
 {
+    MakeRoomForOne(m_scalarStack);
     m_transformStack.push_back(m_world);
     SetWorldTransform(AffineTransform::Concatenate(transform, m_world));
     m_scalarStack.push_back(AffineTransform::Concatenate(scalar, m_scalarStack.back()));
@@ -58,6 +61,7 @@ void RenderTarget::PushTransform(AffineTransform::Params transform, AffineTransf
 
 void RenderTarget::PushTransform(AffineTransform::Params transform, TransformScalarMode mode)
 {
+    MakeRoomForOne(m_scalarStack);
     m_transformStack.push_back(m_world);
     SetWorldTransform(AffineTransform::Concatenate(transform, m_world));
     switch (mode) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <utility>
 
 #include "TargetFixture.h"
@@ -189,15 +190,23 @@ TEST_F(EdgeTest, SubRendersNestAndAreMatted)
 class SwapRedAndBlue final : public Raster::ColourTransform
 {
 public:
+    /// \param patience after so many blocks every further one fails.
+    explicit SwapRedAndBlue(int patience = std::numeric_limits<int>::max()) : m_patience(patience)
+    {}
     void Apply(Raster::PixelRGBAF* pixels, std::size_t count,
                const Raster::ICCManager::ICCProfileSet&) const override
     {
+        if (m_patience-- <= 0)
+            throw std::bad_alloc();
         for (std::size_t i = 0; i < count; ++i)
             std::swap(pixels[i][0], pixels[i][2]);
     }
     bool IsIdentity() const override { return false; }
     std::uint64_t GetHash() const override { return 1; }
     bool IsEqual(const ColourTransform&) const override { return true; }
+
+private:
+    mutable int m_patience;
 };
 
 TEST_F(EdgeTest, ColourTransformsActOnThePaintOfGroupsAndMayBeEmpty)
@@ -217,6 +226,41 @@ TEST_F(EdgeTest, ColourTransformsActOnThePaintOfGroupsAndMayBeEmpty)
     target->PopCompositeAsFill({}, {});
     EXPECT_EQ(At(1, 1), Blue);
     EXPECT_EQ(At(10, 1), Blue); // once
+}
+
+TEST_F(EdgeTest, CallsThatFailHalfWayLeaveNothingBehind)
+{
+    const auto drawObject = [&] {
+        target->DrawPolyCurve(Rectangle(5.5, 5.5, 20, 20), 0.5F, FillBlendMode::Normal,
+                              BlendOptions::Identity(), Solid(Red), {}, Solid(Blue),
+                              LineStyleDescriptorConst(3.0), WindingOrderMode::EvenOdd, true, true);
+    };
+    const auto drawPlain = [&] {
+        target->Clear();
+        drawObject();
+        target->DrawCircle({20, 15}, 9.3, 0.4F, Solid(Green), {}, {});
+        return BytesOf(target);
+    };
+    const auto plain = drawPlain();
+    int failures = 0;
+    const auto attempt = [&](auto&& call) {
+        try {
+            call();
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+    };
+    for (int patience = 0; patience < 90; patience += 3) {
+        target->PushColourTransform(Kernel::MakeCounted<SwapRedAndBlue>(patience));
+        attempt(drawObject);
+        const auto sub = target->PushSubRender({0, 0, 30, 30}, Raster::Format::RGBA8, {});
+        sub->DrawRectangle({0, 0, 30, 30}, 1.0F, Solid(Red), {}, {});
+        attempt([&] { target->PopSubRender({}); });
+        target->PopColourTransform();
+        EXPECT_EQ(target->GetDeviceClip(), (RectT<int>{0, 0, Width, Height}));
+        ASSERT_EQ(drawPlain(), plain) << patience;
+    }
+    EXPECT_GT(failures, 30);
 }
 
 } // namespace
