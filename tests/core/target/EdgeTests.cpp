@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <random>
 #include <utility>
 
 #include "TargetFixture.h"
@@ -36,25 +37,30 @@ protected:
 
 TEST_F(EdgeTest, AliasedTilesAreThePage)
 {
-    auto star = Kernel::MakeCounted<PolyPolygon>();
-    star->BeginPolygon();
-    for (int i = 0; i < 23; ++i) {
-        const double angle = 9 * i * 0.2731, radius = i % 5 ? 40000 : 31;
-        star->AddPoint({17.3 + radius * std::sin(angle), 14.9 + radius * std::cos(angle)});
-    }
-    const auto draw = [&] {
-        target->SetAntialias(false);
-        target->DrawPolyPolygon(star, 1.0F, Solid(Red));
-    };
-    draw();
-    const auto whole = BytesOf(target);
+    std::mt19937 random(5);
     const auto page = Raster::DynamicBuffer::Create(Raster::Format::RGBA8, Width, Height);
-    for (int y = 0; y < Height; y += 3)
-        for (int x = 0; x < Width; x += 4) {
-            ASSERT_TRUE(target->AttachBuffer(page, {x, y, x + 4, y + 3}));
-            draw();
-        }
-    EXPECT_EQ(BytesOf(target), whole);
+    for (int n = 0; n < 300; ++n) {
+        std::uniform_real_distribution<double> place(n % 2 ? -300.0 : -40000.0,
+                                                     n % 2 ? 300 : 40000);
+        const auto shape = Kernel::MakeCounted<PolyPolygon>();
+        shape->BeginPolygon();
+        for (int i = 0; i < 5; ++i)
+            shape->AddPoint({place(random) + 20, place(random) + 15});
+        const auto draw = [&] {
+            target->SetAntialias(false);
+            target->Clear();
+            target->DrawPolyPolygon(shape, 1.0F, Solid(Red));
+        };
+        ASSERT_TRUE(target->CreateBuffer(Width, Height));
+        draw();
+        const auto whole = BytesOf(target);
+        for (int y = 0; y < Height; y += 3)
+            for (int x = 0; x < Width; x += 4) {
+                ASSERT_TRUE(target->AttachBuffer(page, {x, y, x + 4, y + 3}));
+                draw();
+            }
+        ASSERT_EQ(BytesOf(target), whole) << n;
+    }
 }
 
 TEST_F(EdgeTest, UnbalancedCallsStayInsideTheirGroup)
