@@ -301,11 +301,14 @@ protected:
 
 public:
     bool IsSuppressAsserts() const { return true; }
+    /// Whether bitmaps may be resampled more cheaply. Stored; no target acts on it yet.
     bool IsAllowDegradedBitmaps() const { return m_allowDegradedBitmaps; }
 
     double GetRasterizationScaleFactor() const { return m_rasterizationScaleFactor; }
     /// Stores the factor; round-mid-pixel becomes the lowest bit of the factor rounded to nearest.
     void SetRasterizationScaleFactor(double factor);
+    /// Whether thin resolution-independent strokes go to pixel middles. Stored; no target acts on it
+    /// yet.
     bool GetRoundMidPixel() const { return m_roundMidPixel; }
 
     /// The largest distance in device pixels by which a flattened curve may leave the true one.
@@ -341,10 +344,12 @@ public:
 
     bool GetAntialias() const { return m_antialias; }
     void SetAntialias(bool antialias) { m_antialias = antialias; }
-    /// Whether clips and shapes are combined at sub-pixel accuracy, so that shapes which abut along
-    /// a clip leave no seam.
+    /// Asks for clips and shapes to be combined at sub-pixel accuracy, so that shapes which abut
+    /// along a clip leave no seam. Stored; no target acts on it yet.
     bool GetPerfectClipping() const { return m_perfectClipping; }
     void SetPerfectClipping(bool perfect) { m_perfectClipping = perfect; }
+    /// Asks for dithering where deeper pixels are written into 8 bits. Stored; no target acts on it
+    /// yet.
     bool GetDithering() const { return m_dithering; }
     void SetDithering(bool dithering) { m_dithering = dithering; }
     bool GetAllowEffects() const { return m_allowEffects; }
