@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include <renderer/core/ClippedSpanWriter.h>
 #include <renderer/core/coverage/AddPolygons.h>
 #include <renderer/core/SpanWriter.h>
 

@@ -18,7 +18,8 @@ enum class PopulatorRole
 /// Turns a populator class into the functions of its roles.
 ///
 /// \tparam PopulatorT has `using Processor`, `Populate(x, y, length, Pixel* out)`, and, where its
-///         paint is the same everywhere, `GetUniformPixel()`.
+///         paint is the same everywhere, `GetUniformPixel()`; and, where it can be known,
+///         `IsOpaque()`.
 template<class PopulatorT>
 struct PopulatorForms
 {
@@ -35,7 +36,7 @@ struct PopulatorForms
     {
         switch (role) {
         case PopulatorRole::Colour:
-            return {&Write, &populator, {}, IsUniform};
+            return {&Write, &populator, {}, IsUniform, IsOpaque(populator)};
         case PopulatorRole::ColourOver:
             return {&Composite, &populator, {}, IsUniform};
         case PopulatorRole::ColourAtop:
@@ -47,6 +48,14 @@ struct PopulatorForms
     }
 
 private:
+    static bool IsOpaque(const PopulatorT& populator)
+    {
+        if constexpr (requires { populator.IsOpaque(); })
+            return populator.IsOpaque();
+        else
+            return false;
+    }
+
     static void Write(void* context, void* scratch, int x, int y, unsigned length)
     {
         static_cast<PopulatorT*>(context)->Populate(x, y, length, static_cast<Pixel*>(scratch));

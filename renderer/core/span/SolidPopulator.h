@@ -21,6 +21,7 @@ public:
     explicit SolidPopulator(const Pixel& pixel) noexcept : m_pixel(pixel) {}
 
     const Pixel& GetUniformPixel() const noexcept { return m_pixel; }
+    bool IsOpaque() const noexcept { return m_pixel.Alpha() == Pixel::Max; }
 
     void Populate(int, int, unsigned length, Pixel* out) const noexcept
     {
@@ -41,6 +42,8 @@ public:
 
     /// \param pixel premultiplied.
     SolidPopulator(const Pixel& pixel, double noise) noexcept : m_pixel(pixel), m_shader(noise) {}
+
+    bool IsOpaque() const noexcept { return m_pixel.Alpha() == Pixel::Max; }
 
     void Populate(int x, int y, unsigned length, Pixel* out) const noexcept
     {

@@ -5,8 +5,8 @@
 
 namespace Renderer {
 
-/// One step of the span pipeline: a colour populator writes or changes the scratch pixels of a span, a
-/// transparency populator scales their alpha.
+/// One step of the span pipeline: a colour populator writes or changes the scratch pixels of a
+/// span, a transparency populator scales their alpha.
 struct SpanPopulator
 {
     /// \param context what the populator was made with.
@@ -20,6 +20,8 @@ struct SpanPopulator
     Kernel::Counted<const Kernel::Countable> owner;
     /// Whether the outcome is the same everywhere, given a scratch that is.
     bool isUniform = false;
+    /// Whether every pixel that it writes has full alpha. Only for those that write the scratch.
+    bool isOpaque = false;
 };
 
 } // namespace Renderer
