@@ -1,11 +1,13 @@
 #include <renderer/core/RenderTargetRasterizer.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <limits>
 
 #include <renderer/core/ClippedSpanWriter.h>
 #include <renderer/core/coverage/AddPolygons.h>
+#include <renderer/core/SolidSpanWriter.h>
 #include <renderer/core/SpanWriter.h>
 
 namespace Renderer {
@@ -202,6 +204,50 @@ void RenderTargetRasterizer::AddPolygons(const Geometry::PolyPolygonType<double>
 
 // ---- drawing ----
 
+bool RenderTargetRasterizer::HasUniformPaint() const
+{
+    const auto isUniform = [](const SpanPopulator& populator) { return populator.isUniform; };
+    return std::ranges::all_of(m_colourPopulators, isUniform) &&
+           std::ranges::all_of(m_transparencyPopulators, isUniform);
+}
+
+bool RenderTargetRasterizer::HasReplacingPaint() const
+{
+    return m_blend.opaqueReplaces && !m_maskData && m_colourPopulators.size() == 1 &&
+           m_colourPopulators.front().isOpaque && m_transparencyPopulators.empty();
+}
+
+void RenderTargetRasterizer::Populate(unsigned char* scratch, int x, int y, unsigned length) const
+{
+    for (const SpanPopulator& populator : m_colourPopulators)
+        populator.function(populator.context, scratch, x, y, length);
+    for (const SpanPopulator& populator : m_transparencyPopulators)
+        populator.function(populator.context, scratch, x, y, length);
+}
+
+template<class Work>
+void RenderTargetRasterizer::WithWriter(unsigned widest, const Coverage::ClipCoverage* clip,
+                                        const Work& work)
+{
+    const auto withClip = [&](auto& writer) {
+        if (clip) {
+            ClippedSpanWriter clipped(writer, *clip, m_covers);
+            work(clipped);
+        } else {
+            work(writer);
+        }
+    };
+    if (m_blend.solidRun && !m_maskData && GetGammaRatio() == 1.0 && HasUniformPaint()) {
+        alignas(16) unsigned char pixel[SpanBlend::LargestPixel]{};
+        Populate(pixel, 0, 0, 1);
+        SolidSpanWriter writer(*this, m_blend, pixel, m_pixelSize);
+        withClip(writer);
+    } else {
+        SpanWriter writer(*this, widest);
+        withClip(writer);
+    }
+}
+
 void RenderTargetRasterizer::ClipX(int& x, int& length, const unsigned char*& covers,
                                    const RectT<int>& clip)
 {
@@ -285,19 +331,12 @@ void RenderTargetRasterizer::Render(bool antialias, const Coverage::ClipCoverage
     if (bounds.IsEmpty() || !m_blend.run)
         return;
     // Aliased spans may end a pixel later than the path.
-    SpanWriter writer(*this, unsigned(antialias ? bounds.Width() : m_clipBox.Width()));
-    const auto render = [&](auto& target) {
+    WithWriter(unsigned(antialias ? bounds.Width() : m_clipBox.Width()), clip, [&](auto& writer) {
         if (antialias)
-            RenderCoverage(target, abort);
+            RenderCoverage(writer, abort);
         else
-            RenderAliased(target, abort);
-    };
-    if (clip) {
-        ClippedSpanWriter clipped(writer, *clip, m_covers);
-        render(clipped);
-    } else {
-        render(writer);
-    }
+            RenderAliased(writer, abort);
+    });
 }
 
 void RenderTargetRasterizer::RenderRect(const RectT<int>& rect, const Coverage::ClipCoverage* clip,
@@ -306,19 +345,12 @@ void RenderTargetRasterizer::RenderRect(const RectT<int>& rect, const Coverage::
     const RectT<int> part = rect.Intersect(m_clipBox);
     if (part.IsEmpty() || !m_blend.run)
         return;
-    SpanWriter writer(*this, unsigned(part.Width()));
-    const auto render = [&](auto& target) {
+    WithWriter(unsigned(part.Width()), clip, [&](auto& writer) {
         for (int y = part.top; y < part.bottom && !IsSet(abort); ++y) {
-            target.BeginRow(y);
-            target.Run(part.left, unsigned(part.Width()), 255);
+            writer.BeginRow(y);
+            writer.Run(part.left, unsigned(part.Width()), 255);
         }
-    };
-    if (clip) {
-        ClippedSpanWriter clipped(writer, *clip, m_covers);
-        render(clipped);
-    } else {
-        render(writer);
-    }
+    });
 }
 
 } // namespace Renderer

@@ -134,6 +134,16 @@ public:
 private:
     friend class SpanWriter;
 
+    double GetGammaRatio() const { return m_referenceGamma / m_callGamma; }
+    bool HasUniformPaint() const;
+    /// Whether spans of full coverage become the paint, whatever lies below.
+    bool HasReplacingPaint() const;
+    /// Runs the populators over a span.
+    void Populate(unsigned char* scratch, int x, int y, unsigned length) const;
+    /// Calls \p work with the writer that suits the present paint, blend function and clip.
+    /// \param widest no span will be longer.
+    template<class Work>
+    void WithWriter(unsigned widest, const Coverage::ClipCoverage* clip, const Work& work);
     template<class Writer>
     void RenderCoverage(Writer& writer, const bool* abort);
     template<class Writer>

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-
 #include <renderer/core/coverage/AggEngine.h>
 #include <renderer/core/RenderTargetRasterizer.h>
 
@@ -14,11 +12,11 @@ class SpanWriter
 public:
     /// \param widest no span will be longer.
     SpanWriter(RenderTargetRasterizer& rasterizer, unsigned widest)
-        : m_rasterizer(rasterizer), m_ratio(rasterizer.m_referenceGamma / rasterizer.m_callGamma)
+        : m_rasterizer(rasterizer),
+          m_ratio(rasterizer.GetGammaRatio()),
+          m_isUniform(rasterizer.HasUniformPaint()),
+          m_replaces(rasterizer.HasReplacingPaint())
     {
-        const auto isUniform = [](const SpanPopulator& populator) { return populator.isUniform; };
-        m_isUniform = std::ranges::all_of(rasterizer.m_colourPopulators, isUniform) &&
-                      std::ranges::all_of(rasterizer.m_transparencyPopulators, isUniform);
         const std::size_t bytes = std::size_t{widest} * rasterizer.m_pixelSize;
         if (rasterizer.m_scratch.size() < bytes)
             rasterizer.m_scratch.resize(bytes);
@@ -37,6 +35,11 @@ public:
 
     void Run(int x, unsigned length, unsigned char cover)
     {
+        if (m_replaces && cover == 255) {
+            const SpanPopulator& populator = m_rasterizer.m_colourPopulators.front();
+            populator.function(populator.context, Destination(x), x, m_y, length);
+            return;
+        }
         const void* scratch = GetPaint(x, length);
         m_rasterizer.m_blend.run(Destination(x), MaskAt(x), scratch, cover, m_ratio, length);
     }
@@ -57,11 +60,7 @@ private:
 
     void Populate(int x, unsigned length)
     {
-        unsigned char* const scratch = m_rasterizer.m_scratch.data();
-        for (const SpanPopulator& populator : m_rasterizer.m_colourPopulators)
-            populator.function(populator.context, scratch, x, m_y, length);
-        for (const SpanPopulator& populator : m_rasterizer.m_transparencyPopulators)
-            populator.function(populator.context, scratch, x, m_y, length);
+        m_rasterizer.Populate(m_rasterizer.m_scratch.data(), x, m_y, length);
     }
 
     void* Destination(int x) const
@@ -76,7 +75,8 @@ private:
 
     RenderTargetRasterizer& m_rasterizer;
     double m_ratio;
-    bool m_isUniform = false;
+    bool m_isUniform;
+    bool m_replaces; // full coverage can be painted into the destination itself
     int m_y = 0;
     unsigned char* m_row = nullptr;
     const unsigned char* m_maskRow = nullptr;

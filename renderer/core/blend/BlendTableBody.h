@@ -8,6 +8,7 @@
 #include <renderer/core/blend/FlatKernel.h>
 #include <renderer/core/blend/Processor.h>
 #include <renderer/core/blend/SpanLoop.h>
+#include <renderer/core/blend/WordNormal.h>
 
 /// \file
 /// The bodies behind BlendTable.h; included by the files that instantiate it and by nothing else.
@@ -78,11 +79,52 @@ struct SpanFunctions
     static constexpr SpanBlend Entry{&Run, &Mask};
 };
 
+/// Normal for pixels that are words: fused roads where there is neither gamma nor mask.
+template<class PixelT, class Code>
+struct WordFunctions
+{
+    using General = SpanFunctions<FlatKernel<PixelT, FillBlendMode::Normal, Code>>;
+
+    static void Run(void* destination, const unsigned char* mask, const void* scratch,
+                    unsigned char cover, double gammaRatio, unsigned length)
+    {
+        if (mask || gammaRatio != 1.0)
+            return General::Run(destination, mask, scratch, cover, gammaRatio, length);
+        Code::template Call<SpanRun<PixelT, Code>>(destination, scratch, cover, length);
+    }
+
+    static void Mask(void* destination, const unsigned char* mask, const void* scratch,
+                     const unsigned char* covers, double gammaRatio, unsigned length)
+    {
+        if (mask || gammaRatio != 1.0)
+            return General::Mask(destination, mask, scratch, covers, gammaRatio, length);
+        Code::template Call<SpanMask<PixelT, Code>>(destination, scratch, covers, length);
+    }
+
+    static constexpr SpanBlend Entry{
+        &Run, &Mask,
+        &Code::template Call<SolidRun<PixelT, Code>, void*, const void*, unsigned char, unsigned>,
+        &Code::template Call<SolidMask<PixelT, Code>, void*, const void*, const unsigned char*,
+                             unsigned>,
+        true};
+};
+
+template<class PixelT, BlendMode mode, class Code>
+constexpr SpanBlend MakeEntry()
+{
+    if constexpr (mode == FillBlendMode::Normal && HasWordNormal<PixelT>) {
+        return WordFunctions<PixelT, Code>::Entry;
+    } else {
+        SpanBlend entry = SpanFunctions<KernelOf<PixelT, mode, Code>>::Entry;
+        entry.opaqueReplaces = mode == FillBlendMode::Normal;
+        return entry;
+    }
+}
+
 template<class PixelT, class Code, std::size_t... modes>
 constexpr SpanBlendTable MakeSpanBlendTable(std::index_sequence<modes...>)
 {
-    return {SpanFunctions<
-        KernelOf<PixelT, GetFormulaMode(static_cast<BlendMode>(modes)), Code>>::Entry...};
+    return {MakeEntry<PixelT, GetFormulaMode(static_cast<BlendMode>(modes)), Code>()...};
 }
 
 /// The table for one kind of processor.

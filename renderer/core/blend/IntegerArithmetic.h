@@ -22,8 +22,16 @@ struct IntegerArithmetic
     /// value/Max, rounded to nearest. Exact for value ≤ Max² + Max/2, and never overflows there.
     static constexpr ChannelT DivideByMax(Wide value)
     {
-        const Wide rounded = static_cast<Wide>(value + Wide{1} * (Max / 2 + 1));
-        return static_cast<ChannelT>(static_cast<Wide>(rounded + (rounded >> Bits)) >> Bits);
+        DivideInPlace(value);
+        return static_cast<ChannelT>(value);
+    }
+
+    /// The same for one number or a vector of them. \tparam Number Wide or a vector of Wide.
+    template<class Number>
+    [[gnu::always_inline]] static constexpr void DivideInPlace(Number& value)
+    {
+        value = static_cast<Number>(value + Wide{Max / 2 + 1});
+        value = static_cast<Number>(static_cast<Number>(value + (value >> Bits)) >> Bits);
     }
 
     /// value times a weight, in units of 1/Max².

@@ -9,6 +9,8 @@ namespace Renderer::Blending {
 /// Code for every processor of the architecture.
 struct BaselineCode
 {
+    static constexpr unsigned VectorBytes = 16;
+
     /// Calls Function::Apply.
     template<class Function, class... Arguments>
     [[gnu::noinline, gnu::flatten]] static void Call(Arguments... arguments)
@@ -23,6 +25,8 @@ struct BaselineCode
 /// that other code might be linked to is compiled with these instructions.
 struct WideCode
 {
+    static constexpr unsigned VectorBytes = 32;
+
     template<class Function, class... Arguments>
     [[gnu::noinline, gnu::flatten, gnu::target("arch=x86-64-v3")]] static void
     Call(Arguments... arguments)

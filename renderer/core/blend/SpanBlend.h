@@ -21,8 +21,22 @@ struct SpanBlend
     using MaskFunction = void (*)(void* destination, const unsigned char* mask, const void* scratch,
                                   const unsigned char* covers, double gammaRatio, unsigned length);
 
+    /// The same without mask and with a ratio of 1, for a source that is one pixel everywhere.
+    using SolidRunFunction = void (*)(void* destination, const void* pixel, unsigned char cover,
+                                      unsigned length);
+    using SolidMaskFunction = void (*)(void* destination, const void* pixel,
+                                       const unsigned char* covers, unsigned length);
+
+    /// No pixel has more bytes.
+    static constexpr unsigned LargestPixel = 20;
+
     RunFunction run = nullptr;
     MaskFunction mask = nullptr;
+    /// Both or neither: a mode and format need not offer them. The same bytes as the general forms.
+    SolidRunFunction solidRun = nullptr;
+    SolidMaskFunction solidMask = nullptr;
+    /// Whether a source of full alpha at full coverage replaces what lies below.
+    bool opaqueReplaces = false;
 };
 
 /// One entry per blend mode; spans use the first FillBlendMode::SpanModeCount, composite groups

@@ -70,18 +70,26 @@ public:
         std::size_t done = 0; // columns that were handed on
         for (std::size_t word = 0; word < m_markStride; ++word) {
             for (std::uint64_t bits = marks[word]; bits != 0;) {
-                // A stretch of touched groups that follow each other.
+                // A stretch of touched groups that lie near each other.
                 const int first = std::countr_zero(bits);
-                const int count = std::countr_one(bits >> first);
-                bits &= first + count < 64 ? ~std::uint64_t{0} << (first + count) : 0;
+                int end = first;
+                while (bits != 0) {
+                    const int next = std::countr_zero(bits);
+                    if (next > end + NearGroups)
+                        break;
+                    end = next + std::countr_one(bits >> next);
+                    bits &= end < 64 ? ~std::uint64_t{0} << end : 0;
+                }
+                const int count = end - first;
                 const std::size_t begin = (word * 64 + std::size_t(first)) * 4;
-                const std::size_t end = begin + std::size_t(count) * 4;
+                const std::size_t endColumn = begin + std::size_t(count) * 4;
                 EmitRun(sink, rule, sum, done, begin < width ? begin : width);
                 sum = rule.Accumulate(areas + begin, std::size_t(count), sum, m_covers.data());
                 if (begin < width)
                     sink.Mask(m_window.left + int(begin),
-                              unsigned((end < width ? end : width) - begin), m_covers.data());
-                done = end;
+                              unsigned((endColumn < width ? endColumn : width) - begin),
+                              m_covers.data());
+                done = endColumn;
             }
             marks[word] = 0;
         }
@@ -89,6 +97,9 @@ public:
     }
 
 private:
+    /// Untouched groups between touched ones that cost less as bytes than as a run.
+    static constexpr int NearGroups = 4;
+
     template<class Sink>
     void EmitRun(Sink& sink, const CoverageRule& rule, std::uint32_t sum, std::size_t begin,
                  std::size_t end) const

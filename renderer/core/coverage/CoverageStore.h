@@ -7,6 +7,7 @@
 #include <kernel/Rect.h>
 #include <renderer/core/coverage/CoverageRows.h>
 #include <renderer/core/coverage/EdgeWalker.h>
+#include <renderer/core/coverage/RecordedRow.h>
 #include <renderer/core/coverage/SubPixel.h>
 
 namespace Renderer::Coverage {
@@ -27,6 +28,7 @@ public:
     {
         m_window = window;
         m_edges.clear();
+        m_isUpright = true;
         m_left = m_top = std::numeric_limits<int>::max();
         m_right = m_bottom = std::numeric_limits<int>::min();
     }
@@ -47,6 +49,7 @@ public:
         if (left >> SubPixelShift >= m_window.right)
             return;
         m_edges.push_back({x1, y1, x2, y2});
+        m_isUpright = m_isUpright && x1 == x2;
         m_left = std::min(m_left, left);
         m_top = std::min(m_top, top);
         m_bottom = std::max(m_bottom, bottom);
@@ -73,7 +76,10 @@ public:
     void Sweep(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)
     {
         try {
-            SweepBands(rule, beginRow, sink);
+            if (m_isUpright && m_edges.size() <= MostUprightEdges)
+                SweepUpright(rule, beginRow, sink);
+            else
+                SweepBands(rule, beginRow, sink);
         } catch (...) {
             m_rows = CoverageRows(); // what the rows hold half-way must not show in the next path
             throw;
@@ -81,6 +87,46 @@ public:
     }
 
 private:
+    /// Beyond this many edges, finding out which rows are alike costs more than it saves.
+    static constexpr std::size_t MostUprightEdges = 16;
+
+    /// Rectangles, their frames and other paths of upright edges alone: rows between the ends of
+    /// edges are alike and made once.
+    template<class BeginRow, class Sink>
+    void SweepUpright(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)
+    {
+        const Kernel::RectT<int> bounds = GetBounds();
+        if (bounds.IsEmpty())
+            return;
+        m_breaks.assign({bounds.top, bounds.bottom});
+        for (const Edge& edge : m_edges) {
+            for (const int y : {edge.y1, edge.y2}) {
+                for (const int row : {y >> SubPixelShift, (y + SubPixelMask) >> SubPixelShift}) {
+                    if (row > bounds.top && row < bounds.bottom)
+                        m_breaks.push_back(row);
+                }
+            }
+        }
+        std::sort(m_breaks.begin(), m_breaks.end());
+        m_breaks.erase(std::unique(m_breaks.begin(), m_breaks.end()), m_breaks.end());
+        for (std::size_t i = 0; i + 1 < m_breaks.size(); ++i) {
+            const int top = m_breaks[i];
+            const Kernel::RectT<int> row{bounds.left, top, bounds.right, top + 1};
+            m_rows.Open(row);
+            EdgeWalker<CoverageRows> walker(row, m_rows);
+            for (const Edge& edge : m_edges)
+                walker.Walk(edge);
+            m_recorded.Clear();
+            m_rows.SweepRow(top, rule, m_recorded);
+            m_recorded.Finish();
+            for (int y = top; y < m_breaks[i + 1]; ++y) {
+                if (!beginRow(y))
+                    return;
+                m_recorded.Replay(sink);
+            }
+        }
+    }
+
     template<class BeginRow, class Sink>
     void SweepBands(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)
     {
@@ -152,6 +198,9 @@ private:
     std::vector<Edge> m_edges;
     std::vector<std::size_t> m_active; // indices of edges that began above the present band
     int m_left = 0, m_top = 0, m_right = 0, m_bottom = 0;
+    bool m_isUpright = true;
+    std::vector<int> m_breaks; // of rows that are alike, for the next
+    RecordedRow m_recorded;
     CoverageRows m_rows;
 };
 

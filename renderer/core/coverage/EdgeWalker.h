@@ -35,6 +35,8 @@ public:
             std::min(edge.x1, edge.x2) >> SubPixelShift >= m_window.right)
             return;
         const std::int64_t dx = std::int64_t{edge.x2} - edge.x1;
+        if (dx == 0)
+            return WalkUpright(edge.x1, edge.y1, edge.y2);
         if (dx >= WidthLimit || dx <= -WidthLimit) {
             const int x = static_cast<int>((std::int64_t{edge.x1} + edge.x2) >> 1);
             const int y = static_cast<int>((std::int64_t{edge.y1} + edge.y2) >> 1);
@@ -50,6 +52,26 @@ public:
     }
 
 private:
+    /// An edge along a column, left of the window's right side.
+    void WalkUpright(int x, int y1, int y2)
+    {
+        int column = x >> SubPixelShift;
+        int doubleFraction = 2 * (x & SubPixelMask);
+        if (column < m_window.left) {
+            column = m_window.left;
+            doubleFraction = 0;
+        }
+        const int sign = y2 > y1 ? 1 : -1;
+        const int top = std::max(std::min(y1, y2), m_window.top * SubPixelScale);
+        const int bottom = std::min(std::max(y1, y2), m_window.bottom * SubPixelScale);
+        for (int y = top, row = top >> SubPixelShift; y < bottom; ++row) {
+            const int next = std::min(bottom, (row + 1) * SubPixelScale);
+            const int cover = sign * (next - y);
+            m_sink.AddCell(column, row, cover, doubleFraction * cover);
+            y = next;
+        }
+    }
+
     /// An edge that crosses at least one row boundary.
     void WalkRows(const Edge& edge, std::int64_t dx)
     {

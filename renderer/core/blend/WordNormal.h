@@ -1,0 +1,138 @@
+#pragma once
+
+#include <algorithm>
+
+#include <renderer/core/blend/WordVectors.h>
+
+/// \file
+/// Normal composition of spans for pixels that are words, with coverage bytes and neither gamma nor
+/// mask: the roads of almost everything that is drawn. The same bytes as CompositeFlat.
+
+namespace Renderer::Blending {
+
+/// Whether pixels have these roads: an even number of integer channels in a word.
+template<class PixelT>
+inline constexpr bool HasWordNormal =
+    MakesWord<typename PixelT::ChannelType, PixelT::ChannelCount>&& PixelT::ChannelCount % 2 == 0;
+
+/// Calls \p work with vectors of a size that suits the processor and the length of a span.
+template<class PixelT, class Code, class Work>
+[[gnu::always_inline]] inline void WithVectors(unsigned length, const Work& work)
+{
+    using Long = WordVectors<PixelT, Code::VectorBytes>;
+    using Short = WordVectors<PixelT, 16>;
+    if constexpr (Code::VectorBytes > 16) {
+        if (length >= Long::Pixels)
+            return work(Long{});
+    }
+    work(Short{});
+}
+
+/// Composites one pixel over a span, with one coverage.
+template<class PixelT, class Code>
+struct SolidRun
+{
+    static void Apply(void* destination, const void* pixel, unsigned char cover, unsigned length)
+    {
+        WithVectors<PixelT, Code>(length, [=]<class Vectors>(Vectors) {
+            using Word = typename Vectors::Word;
+            Word* const pixels = static_cast<Word*>(destination);
+            const Word word = *static_cast<const Word*>(pixel);
+            typename Vectors::Source source;
+            Vectors::Prepare(typename Vectors::Words{} + word, source);
+            if (cover == 255 && source.alpha[0] == PixelT::Max) {
+                std::fill_n(pixels, length, word);
+                return;
+            }
+            typename Vectors::Lanes scaled;
+            typename Vectors::Wides keep;
+            Vectors::Weigh(source, typename Vectors::Wides{} + Vectors::GetWeight(cover), scaled,
+                           keep);
+            RewriteSpan<Vectors>(pixels, nullptr, nullptr, length,
+                                 [&](auto& vector, const auto*, const auto*) {
+                                     Vectors::Over(scaled, keep, vector);
+                                 });
+        });
+    }
+};
+
+/// Composites one pixel over a span, with a coverage per pixel.
+template<class PixelT, class Code>
+struct SolidMask
+{
+    static void Apply(void* destination, const void* pixel, const unsigned char* covers,
+                      unsigned length)
+    {
+        WithVectors<PixelT, Code>(length, [=]<class Vectors>(Vectors) {
+            using Word = typename Vectors::Word;
+            typename Vectors::Source source;
+            Vectors::Prepare(typename Vectors::Words{} + *static_cast<const Word*>(pixel), source);
+            RewriteSpan<Vectors>(static_cast<Word*>(destination), nullptr, covers, length,
+                                 [&](auto& vector, const auto*, const unsigned char* cover) {
+                                     typename Vectors::Wides weights, keep;
+                                     typename Vectors::Lanes scaled;
+                                     Vectors::LoadWeights(cover, weights);
+                                     Vectors::Weigh(source, weights, scaled, keep);
+                                     Vectors::Over(scaled, keep, vector);
+                                 });
+        });
+    }
+};
+
+/// Composites a span over another, with one coverage.
+template<class PixelT, class Code>
+struct SpanRun
+{
+    static void Apply(void* destination, const void* scratch, unsigned char cover, unsigned length)
+    {
+        WithVectors<PixelT, Code>(length, [=]<class Vectors>(Vectors) {
+            using Word = typename Vectors::Word;
+            Word* const pixels = static_cast<Word*>(destination);
+            const Word* const sources = static_cast<const Word*>(scratch);
+            typename Vectors::Source source;
+            if (cover == 255) {
+                RewriteSpan<Vectors>(pixels, sources, nullptr, length,
+                                     [&](auto& vector, const Word* from, const auto*) {
+                                         Vectors::LoadSource(from, source);
+                                         Vectors::OverFull(source, vector);
+                                     });
+                return;
+            }
+            const auto weights = typename Vectors::Wides{} + Vectors::GetWeight(cover);
+            RewriteSpan<Vectors>(pixels, sources, nullptr, length,
+                                 [&](auto& vector, const Word* from, const auto*) {
+                                     typename Vectors::Wides keep;
+                                     typename Vectors::Lanes scaled;
+                                     Vectors::LoadSource(from, source);
+                                     Vectors::Weigh(source, weights, scaled, keep);
+                                     Vectors::Over(scaled, keep, vector);
+                                 });
+        });
+    }
+};
+
+/// Composites a span over another, with a coverage per pixel.
+template<class PixelT, class Code>
+struct SpanMask
+{
+    static void Apply(void* destination, const void* scratch, const unsigned char* covers,
+                      unsigned length)
+    {
+        WithVectors<PixelT, Code>(length, [=]<class Vectors>(Vectors) {
+            using Word = typename Vectors::Word;
+            RewriteSpan<Vectors>(static_cast<Word*>(destination), static_cast<const Word*>(scratch),
+                                 covers, length,
+                                 [](auto& vector, const Word* from, const unsigned char* cover) {
+                                     typename Vectors::Source source;
+                                     typename Vectors::Wides weights, keep;
+                                     typename Vectors::Lanes scaled;
+                                     Vectors::LoadSource(from, source);
+                                     Vectors::LoadWeights(cover, weights);
+                                     Vectors::Weigh(source, weights, scaled, keep);
+                                     Vectors::Over(scaled, keep, vector);
+                                 });
+        });
+    }
+};
+
+} // namespace Renderer::Blending
