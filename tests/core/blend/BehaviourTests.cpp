@@ -112,6 +112,39 @@ TYPED_TEST(BlendBehaviour, BytesDependOnThePixelAlone)
     }
 }
 
+TYPED_TEST(BlendBehaviour, SolidFormsEqualTheGeneralOnes)
+{
+    const Spans<TypeParam> spans(false);
+    const Tables tables = GetTables<TypeParam>();
+    for (std::size_t mode = 0; mode < tables.used->size(); ++mode) {
+        for (const auto* table : {tables.baseline, tables.wide}) {
+            if (!table || !(*table)[mode].solidRun)
+                continue;
+            const SpanBlend& blend = (*table)[mode];
+            for (unsigned i = 0; i + 1 < length; ++i) {
+                const unsigned count = 1 + i % 40;
+                const unsigned begin = i < length - count ? i : 0;
+                TypeParam paint = spans.source[i];
+                if (i % 3 == 0)
+                    paint.Alpha() = TypeParam::Max;
+                const unsigned char cover = i % 4 == 0 ? 255 : spans.covers[i];
+                const std::vector<TypeParam> source(count, paint);
+                std::vector<TypeParam> run = spans.backdrop, solidRun = run, mask = run,
+                                       solidMask = run;
+                blend.run(&run[begin], nullptr, source.data(), cover, 1.0, count);
+                blend.solidRun(&solidRun[begin], &paint, cover, count);
+                blend.mask(&mask[begin], nullptr, source.data(), &spans.covers[begin], 1.0, count);
+                blend.solidMask(&solidMask[begin], &paint, &spans.covers[begin], count);
+                ASSERT_TRUE(SameBytes(run, solidRun)) << mode << ' ' << count << ' ' << int(cover);
+                ASSERT_TRUE(SameBytes(mask, solidMask)) << mode << ' ' << count;
+            }
+        }
+    }
+    using Channel = typename TypeParam::ChannelType;
+    EXPECT_EQ((*tables.used)[FillBlendMode::Normal].solidRun != nullptr,
+              std::is_integral_v<Channel> && TypeParam::ChannelCount % 2 == 0);
+}
+
 TYPED_TEST(BlendBehaviour, WritesNothingOutsideTheSpanOrWithoutCoverage)
 {
     const Spans<TypeParam> spans(false);
