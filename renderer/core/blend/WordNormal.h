@@ -49,7 +49,7 @@ struct SolidRun
             Vectors::Weigh(source, typename Vectors::Wides{} + Vectors::GetWeight(cover), scaled,
                            keep);
             RewriteSpan<Vectors>(pixels, nullptr, nullptr, length,
-                                 [&](auto& vector, const auto*, const auto*) {
+                                 [&](auto& vector, const auto&, const auto&) {
                                      Vectors::Over(scaled, keep, vector);
                                  });
         });
@@ -68,10 +68,10 @@ struct SolidMask
             typename Vectors::Source source;
             Vectors::Prepare(typename Vectors::Words{} + *static_cast<const Word*>(pixel), source);
             RewriteSpan<Vectors>(static_cast<Word*>(destination), nullptr, covers, length,
-                                 [&](auto& vector, const auto*, const unsigned char* cover) {
+                                 [&](auto& vector, const auto&, const auto& cover) {
                                      typename Vectors::Wides weights, keep;
                                      typename Vectors::Lanes scaled;
-                                     Vectors::LoadWeights(cover, weights);
+                                     Vectors::GetWeights(cover, weights);
                                      Vectors::Weigh(source, weights, scaled, keep);
                                      Vectors::Over(scaled, keep, vector);
                                  });
@@ -92,18 +92,18 @@ struct SpanRun
             typename Vectors::Source source;
             if (cover == 255) {
                 RewriteSpan<Vectors>(pixels, sources, nullptr, length,
-                                     [&](auto& vector, const Word* from, const auto*) {
-                                         Vectors::LoadSource(from, source);
+                                     [&](auto& vector, const auto& from, const auto&) {
+                                         Vectors::Prepare(from, source);
                                          Vectors::OverFull(source, vector);
                                      });
                 return;
             }
             const auto weights = typename Vectors::Wides{} + Vectors::GetWeight(cover);
             RewriteSpan<Vectors>(pixels, sources, nullptr, length,
-                                 [&](auto& vector, const Word* from, const auto*) {
+                                 [&](auto& vector, const auto& from, const auto&) {
                                      typename Vectors::Wides keep;
                                      typename Vectors::Lanes scaled;
-                                     Vectors::LoadSource(from, source);
+                                     Vectors::Prepare(from, source);
                                      Vectors::Weigh(source, weights, scaled, keep);
                                      Vectors::Over(scaled, keep, vector);
                                  });
@@ -122,12 +122,12 @@ struct SpanMask
             using Word = typename Vectors::Word;
             RewriteSpan<Vectors>(static_cast<Word*>(destination), static_cast<const Word*>(scratch),
                                  covers, length,
-                                 [](auto& vector, const Word* from, const unsigned char* cover) {
+                                 [](auto& vector, const auto& from, const auto& cover) {
                                      typename Vectors::Source source;
                                      typename Vectors::Wides weights, keep;
                                      typename Vectors::Lanes scaled;
-                                     Vectors::LoadSource(from, source);
-                                     Vectors::LoadWeights(cover, weights);
+                                     Vectors::Prepare(from, source);
+                                     Vectors::GetWeights(cover, weights);
                                      Vectors::Weigh(source, weights, scaled, keep);
                                      Vectors::Over(scaled, keep, vector);
                                  });

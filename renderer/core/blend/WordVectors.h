@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstring>
+#include <type_traits>
 
 #include <renderer/core/blend/IntegerArithmetic.h>
 #include <renderer/core/blend/PixelWord.h>
@@ -89,21 +90,14 @@ struct WordVectors
         return static_cast<Wide>(cover * (Arithmetic::Max / 255));
     }
 
-    /// Puts the weight of each pixel's coverage byte into all its lanes.
-    [[gnu::always_inline]] static void LoadWeights(const unsigned char* from, Wides& lanes)
+    /// Puts the weight of each pixel's coverage into all its lanes.
+    /// \param covers a coverage byte per word.
+    [[gnu::always_inline]] static void GetWeights(const Words& covers, Wides& lanes)
     {
-        Words weights;
-        LoadBytes(from, weights);
         if constexpr (sizeof(ChannelType) > 1)
-            weights *= Arithmetic::Max / 255;
-        Spread(weights, lanes);
-    }
-
-    [[gnu::always_inline]] static void LoadSource(const Word* from, Source& source)
-    {
-        Words words;
-        Load(from, words);
-        Prepare(words, source);
+            Spread(covers * Word{Arithmetic::Max / 255}, lanes);
+        else
+            Spread(covers, lanes);
     }
 
     /// Scales a source, without the division that follows the sum, and finds what remains of the
@@ -166,45 +160,51 @@ struct WordVectors
 /// vector overlaps the one before it.
 ///
 /// \param sources, covers one entry per pixel, or null where \p compute reads none.
-/// \param compute \c compute(pixels, sources, covers) changes a vector of pixels.
-template<class Vectors, class Compute>
-[[gnu::always_inline]] inline void
-RewriteSpan(typename Vectors::Word* pixels, const typename Vectors::Word* sources,
-            const unsigned char* covers, unsigned length, const Compute& compute)
+/// \param compute \c compute(pixels, sources, covers) changes a vector of pixels; covers come as
+///        words.
+template<class Vectors, class Sources, class Covers, class Compute>
+[[gnu::always_inline]] inline void RewriteSpan(typename Vectors::Word* pixels, Sources sources,
+                                               Covers covers, unsigned length,
+                                               const Compute& compute)
 {
     using Word = typename Vectors::Word;
+    using Words = typename Vectors::Words;
+    constexpr bool hasSources = !std::is_null_pointer_v<Sources>;
+    constexpr bool hasCovers = !std::is_null_pointer_v<Covers>;
     constexpr unsigned count = Vectors::Pixels;
-    const auto rewrite = [&](Word* at, const Word* source, const unsigned char* cover) {
-        typename Vectors::Words vector;
-        Vectors::Load(at, vector);
-        compute(vector, source, cover);
-        Vectors::Store(vector, at);
-    };
+    Words vector{}, source{}, cover{};
     if (length < count) {
-        Word pixelCopy[count];
-        Word sourceCopy[count]{};
-        unsigned char coverCopy[count]{};
-        for (unsigned i = 0; i < length; ++i) {
-            pixelCopy[i] = pixels[i];
-            if (sources)
-                sourceCopy[i] = sources[i];
-            if (covers)
-                coverCopy[i] = covers[i];
+        for (unsigned i = 0; i < count; ++i) {
+            if (i < length) {
+                vector[i] = pixels[i];
+                if constexpr (hasSources)
+                    source[i] = sources[i];
+                if constexpr (hasCovers)
+                    cover[i] = Word{covers[i]};
+            }
         }
-        rewrite(pixelCopy, sourceCopy, coverCopy);
-        for (unsigned i = 0; i < length; ++i)
-            pixels[i] = pixelCopy[i];
+        compute(vector, source, cover);
+        for (unsigned i = 0; i < count; ++i) {
+            if (i < length)
+                pixels[i] = vector[i];
+        }
         return;
     }
-    const auto from = [](const auto* entries, unsigned i) {
-        return entries ? entries + i : entries;
+    const auto computeAt = [&](unsigned i) {
+        Vectors::Load(pixels + i, vector);
+        if constexpr (hasSources)
+            Vectors::Load(sources + i, source);
+        if constexpr (hasCovers)
+            Vectors::LoadBytes(covers + i, cover);
+        compute(vector, source, cover);
     };
     const unsigned last = length - count;
-    typename Vectors::Words end;
-    Vectors::Load(pixels + last, end);
-    compute(end, from(sources, last), from(covers, last));
-    for (unsigned i = 0; i < last; i += count)
-        rewrite(pixels + i, from(sources, i), from(covers, i));
+    computeAt(last);
+    const Words end = vector;
+    for (unsigned i = 0; i < last; i += count) {
+        computeAt(i);
+        Vectors::Store(vector, pixels + i);
+    }
     Vectors::Store(end, pixels + last);
 }
 

@@ -51,9 +51,11 @@ public:
         at[0] += (static_cast<std::uint32_t>(cover) << (SubPixelShift + 1)) -
                  static_cast<std::uint32_t>(area);
         at[1] += static_cast<std::uint32_t>(area);
-        std::uint64_t* const marks = m_marks.data() + row * m_markStride;
-        marks[column / 256] |= std::uint64_t{1} << (column / 4 % 64);
-        marks[(column + 1) / 256] |= std::uint64_t{1} << ((column + 1) / 4 % 64);
+        std::uint64_t* const marks = m_marks.data() + row * m_markStride + column / 256;
+        const auto group = column / 4 % 64;
+        marks[0] |= (column % 4 == 3 ? std::uint64_t{3} : std::uint64_t{1}) << group;
+        if (column % 256 == 255)
+            marks[1] |= 1;
     }
 
     /// Turns row \p y into coverage, left to right, and clears it.

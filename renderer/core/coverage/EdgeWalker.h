@@ -48,7 +48,7 @@ public:
             WalkRow(edge.y1 >> SubPixelShift, edge.x1, edge.y1 & SubPixelMask, edge.x2,
                     edge.y2 & SubPixelMask);
         else
-            WalkRows(edge, dx);
+            WalkRows(edge, static_cast<int>(dx));
     }
 
 private:
@@ -72,42 +72,43 @@ private:
         }
     }
 
-    /// An edge that crosses at least one row boundary.
-    void WalkRows(const Edge& edge, std::int64_t dx)
+    /// An edge that crosses at least one row boundary. Products of dx, which is below WidthLimit,
+    /// and heights up to the guard box's fit an int.
+    void WalkRows(const Edge& edge, int dx)
     {
         const bool down = edge.y2 > edge.y1;
         const int step = down ? 1 : -1;
         const int rowEnd = down ? SubPixelScale : 0; // where an edge leaves a row,
         const int rowStart = SubPixelScale - rowEnd; // and enters it
-        const std::int64_t dy =
-            down ? std::int64_t{edge.y2} - edge.y1 : std::int64_t{edge.y1} - edge.y2;
+        const int dy = down ? edge.y2 - edge.y1 : edge.y1 - edge.y2;
         const int firstRow = edge.y1 >> SubPixelShift;
         const int lastRow = edge.y2 >> SubPixelShift;
         const int firstFraction = edge.y1 & SubPixelMask;
-        const std::int64_t start = (down ? SubPixelScale - firstFraction : firstFraction) * dx;
+        const int start = (down ? SubPixelScale - firstFraction : firstFraction) * dx;
 
-        // x where the edge leaves row firstRow + i·step is edge.x1 + floor((start + 256·dx·i) /
-        // dy).
+        // x where the edge leaves row firstRow + i·step is
+        // edge.x1 + floor((start + 256·dx·i) / dy).
         const int skipped =
             std::max(0, down ? m_window.top - firstRow : firstRow - (m_window.bottom - 1));
-        FloorLine leave(start, SubPixelScale * dx, dy, std::max(0, skipped - 1));
+        const FloorDivision<int> leaving =
+            skipped < 2 ? FloorDivision<int>(start, dy)
+                        : FloorDivision<int>(FloorDivision<std::int64_t>(
+                              start + std::int64_t{SubPixelScale} * dx * (skipped - 1), dy));
         int row = firstRow + skipped * step;
-        int x = edge.x1;
-        if (skipped > 0)
-            x += static_cast<int>(leave.GetValue());
-        const auto inWindow = [&] { return down ? row < m_window.bottom : row >= m_window.top; };
-
+        int x = edge.x1 + leaving.quotient;
         if (skipped == 0) {
-            const int next = edge.x1 + static_cast<int>(leave.GetValue());
-            WalkRow(row, x, firstFraction, next, rowEnd);
-            x = next;
+            WalkRow(row, edge.x1, firstFraction, x, rowEnd);
             row += step;
         }
-        for (; row != lastRow && inWindow(); row += step) {
-            leave.Advance();
-            const int next = edge.x1 + static_cast<int>(leave.GetValue());
-            WalkRow(row, x, rowStart, next, rowEnd);
-            x = next;
+        const auto inWindow = [&] { return down ? row < m_window.bottom : row >= m_window.top; };
+        if (row != lastRow) {
+            FloorLine<int> leave(leaving, SubPixelScale * dx, dy);
+            for (; row != lastRow && inWindow(); row += step) {
+                leave.Advance();
+                const int next = edge.x1 + leave.GetValue();
+                WalkRow(row, x, rowStart, next, rowEnd);
+                x = next;
+            }
         }
         if (row == lastRow && inWindow())
             WalkRow(row, x, rowStart, edge.x2, edge.y2 & SubPixelMask);
@@ -145,34 +146,33 @@ private:
         const int last = x2 >> SubPixelShift;
         const int firstFraction = x1 & SubPixelMask;
         const int height = y2 - y1;
-        const std::int64_t width = right ? std::int64_t{x2} - x1 : std::int64_t{x1} - x2;
-        const std::int64_t start = (right ? SubPixelScale - firstFraction : firstFraction) * height;
+        const int width = right ? x2 - x1 : x1 - x2;
+        const int start = (right ? SubPixelScale - firstFraction : firstFraction) * height;
 
         // y where the edge leaves cell first + i·step is y1 + floor((start + 256·height·i) /
         // width).
+        const int rise = SubPixelScale * height;
         const int skipped =
             std::max(0, right ? m_window.left - first : first - (m_window.right - 1));
-        FloorLine leave(start, std::int64_t{SubPixelScale} * height, width,
-                        std::max(0, skipped - 1));
+        const FloorDivision<int> leaving(start + rise * std::max(0, skipped - 1), width);
         int cell = first + skipped * step;
-        int y = y1;
-        if (skipped > 0) {
-            y += static_cast<int>(leave.GetValue());
-            if (right && y != y1)
-                m_sink.AddCell(m_window.left, row, y - y1, 0);
-        } else {
-            const int next = y1 + static_cast<int>(leave.GetValue());
-            m_sink.AddCell(cell, row, next - y, (firstFraction + cellEnd) * (next - y));
-            y = next;
+        int y = y1 + leaving.quotient;
+        if (skipped == 0) {
+            m_sink.AddCell(cell, row, y - y1, (firstFraction + cellEnd) * (y - y1));
             cell += step;
+        } else if (right && y != y1) {
+            m_sink.AddCell(m_window.left, row, y - y1, 0);
         }
-        for (; cell != last; cell += step) {
-            if (right ? cell >= m_window.right : cell < m_window.left)
-                break;
-            leave.Advance();
-            const int next = y1 + static_cast<int>(leave.GetValue());
-            m_sink.AddCell(cell, row, next - y, SubPixelScale * (next - y));
-            y = next;
+        if (cell != last) {
+            FloorLine<int> leave(leaving, rise, width);
+            for (; cell != last; cell += step) {
+                if (right ? cell >= m_window.right : cell < m_window.left)
+                    break;
+                leave.Advance();
+                const int next = y1 + leave.GetValue();
+                m_sink.AddCell(cell, row, next - y, SubPixelScale * (next - y));
+                y = next;
+            }
         }
         if (!right && cell < m_window.left)
             m_sink.AddCell(m_window.left, row, y2 - y, 0);

@@ -19,38 +19,44 @@ public:
 
     void Run(int x, unsigned length, unsigned char cover)
     {
-        // What lies before it at the same coverage and side by side belongs to it.
-        while (!m_spans.empty() && End(m_spans.back()) == x && LastCover() == cover) {
+        if (!m_spans.empty() && End(m_spans.back()) == x) {
             Span& last = m_spans.back();
-            const bool whole = last.isRun || last.length == 1;
-            const unsigned taken = last.isRun ? last.length : 1;
-            x -= int(taken);
-            length += taken;
-            if (!last.isRun)
-                m_covers.pop_back();
-            if (whole)
-                m_spans.pop_back();
-            else
-                --last.length;
+            if (last.isRun && last.cover == cover) {
+                last.length += length;
+                return;
+            }
+            if (!last.isRun && last.length < Handy && length >= WorthARun) {
+                const unsigned lent = Handy - last.length;
+                m_covers.insert(m_covers.end(), lent, cover);
+                last.length = Handy;
+                x += int(lent);
+                length -= lent;
+            }
         }
         m_spans.push_back({x, length, 0, cover, true});
     }
 
     void Mask(int x, unsigned length, const unsigned char* covers)
     {
-        if (!m_spans.empty() && m_spans.back().isRun && End(m_spans.back()) == x) {
-            Span& last = m_spans.back();
-            for (; length > 0 && *covers == last.cover; --length, ++covers, ++x)
-                ++last.length;
-        }
         for (; length > 0 && *covers == 0; --length)
             ++covers, ++x;
         while (length > 0 && covers[length - 1] == 0)
             --length;
         if (length == 0)
             return;
-        m_spans.push_back({x, length, m_covers.size(), 0, false});
+        if (std::all_of(covers, covers + length, [=](auto cover) { return cover == *covers; }))
+            return Run(x, length, *covers);
+        Span span{x, length, m_covers.size(), 0, false};
+        if (!m_spans.empty() && End(m_spans.back()) == x && m_spans.back().isRun &&
+            m_spans.back().length >= WorthARun && length < Handy) {
+            const unsigned lent = Handy - length;
+            m_covers.insert(m_covers.end(), lent, m_spans.back().cover);
+            m_spans.back().length -= lent;
+            span.x -= int(lent);
+            span.length = Handy;
+        }
         m_covers.insert(m_covers.end(), covers, covers + length);
+        m_spans.push_back(span);
     }
 
     /// Makes one span of all of them where they are narrow: a stretch of bytes costs less than
@@ -70,7 +76,8 @@ public:
                 std::copy_n(m_covers.data() + span.covers, span.length, row + (span.x - left));
         }
         Clear();
-        Mask(left, width, row);
+        m_spans.push_back({left, width, 0, 0, false});
+        m_covers.assign(row, row + width);
     }
 
     /// Hands the spans to \p sink.
@@ -95,11 +102,12 @@ private:
         bool isRun;
     };
 
+    /// Stretches of bytes that are shorter cost more: vector code takes this many at once. They
+    /// borrow from long runs beside them.
+    static constexpr unsigned Handy = 8;
+    static constexpr unsigned WorthARun = 4 * Handy;
+
     static int End(const Span& span) noexcept { return span.x + int(span.length); }
-    unsigned char LastCover() const noexcept
-    {
-        return m_spans.back().isRun ? m_spans.back().cover : m_covers.back();
-    }
 
     std::vector<Span> m_spans;
     std::vector<unsigned char> m_covers;

@@ -30,12 +30,20 @@ struct Edge
 };
 
 /// Floor division with its remainder, 0 ≤ remainder < divisor. \pre divisor > 0
+/// \tparam Int int where all numbers fit: processors divide it several times as fast.
+template<class Int>
 struct FloorDivision
 {
-    std::int64_t quotient;
-    std::int64_t remainder;
+    Int quotient;
+    Int remainder;
 
-    FloorDivision(std::int64_t dividend, std::int64_t divisor) noexcept
+    /// \pre both numbers fit.
+    template<class Other>
+    explicit FloorDivision(const FloorDivision<Other>& other) noexcept
+        : quotient(static_cast<Int>(other.quotient)), remainder(static_cast<Int>(other.remainder))
+    {}
+
+    FloorDivision(Int dividend, Int divisor) noexcept
         : quotient(dividend / divisor), remainder(dividend % divisor)
     {
         if (remainder < 0) {
@@ -46,16 +54,16 @@ struct FloorDivision
 };
 
 /// Walks floor((start + i·step) / divisor) for i = 0, 1, 2… by additions alone.
+template<class Int>
 class FloorLine
 {
 public:
-    /// \param skip the first i.
-    FloorLine(std::int64_t start, std::int64_t step, std::int64_t divisor,
-              std::int64_t skip) noexcept
-        : m_value(start + step * skip, divisor), m_step(step, divisor), m_divisor(divisor)
+    /// \param first the quotient of the first i.
+    FloorLine(const FloorDivision<Int>& first, Int step, Int divisor) noexcept
+        : m_value(first), m_step(step, divisor), m_divisor(divisor)
     {}
 
-    std::int64_t GetValue() const noexcept { return m_value.quotient; }
+    Int GetValue() const noexcept { return m_value.quotient; }
 
     void Advance() noexcept
     {
@@ -68,9 +76,9 @@ public:
     }
 
 private:
-    FloorDivision m_value;
-    FloorDivision m_step;
-    std::int64_t m_divisor;
+    FloorDivision<Int> m_value;
+    FloorDivision<Int> m_step;
+    Int m_divisor;
 };
 
 } // namespace Renderer::Coverage
