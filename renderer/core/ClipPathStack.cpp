@@ -51,16 +51,6 @@ RectT<int> FindWholePixelRect(const Polygons& polygons)
     return RoundToPixels(box);
 }
 
-/// Narrows \p state by another one.
-void Intersect(ClipState& state, const ClipState& other)
-{
-    state.window = CommonPart(state.window, other.window);
-    if (state.coverage && other.coverage)
-        state.coverage = ClipCoverage::Multiply(*state.coverage, *other.coverage);
-    else if (other.coverage)
-        state.coverage = other.coverage;
-}
-
 } // namespace
 
 ClipPath::ClipPath(Kernel::Counted<const Polygons> polygons, bool evenOdd)
@@ -75,32 +65,35 @@ void ClipPath::RemoveMember()
         m_members.pop_back();
 }
 
-ClipState ClipPath::GetState(const RectT<int>& rect, Coverage::CoverageStore& store) const
+void ClipPath::Narrow(ClipState& state, Coverage::CoverageStore& store) const
 {
-    if (!m_wholePixels.IsUnset())
-        return {CommonPart(rect, m_wholePixels), {}};
-    if (m_isGroup && m_members.size() == 1)
-        return m_members.front().GetState(rect, store);
-    // Coverage knows how far the path reaches, mostly far less than the page.
-    auto coverage = GetCoverage(rect, store);
-    return {coverage->GetRect(), coverage};
+    if (!m_wholePixels.IsUnset()) {
+        state.window = CommonPart(state.window, m_wholePixels);
+    } else if (m_isGroup && m_members.size() == 1) {
+        m_members.front().Narrow(state, store);
+    } else {
+        // Coverage knows how far the path reaches, mostly far less than the page.
+        state.coverage = GetCoverage(state.window, store, state.coverage.Get());
+        state.window = CommonPart(state.window, state.coverage->GetRect());
+    }
 }
 
 Kernel::Counted<const ClipCoverage> ClipPath::GetCoverage(const RectT<int>& rect,
-                                                          Coverage::CoverageStore& store) const
+                                                          Coverage::CoverageStore& store,
+                                                          const ClipCoverage* within) const
 {
     if (!m_wholePixels.IsUnset())
         return ClipCoverage::FromRect(rect.Intersect(m_wholePixels));
     if (!m_isGroup) {
         store.Reset(rect);
         Coverage::AddPolygons(store, *m_polygons, {});
-        return ClipCoverage::FromStore(store, {m_evenOdd, nullptr});
+        return ClipCoverage::FromStore(store, {m_evenOdd, nullptr}, within);
     }
     // An empty group lets nothing through.
     Kernel::Counted<const ClipCoverage> united = ClipCoverage::FromRect({});
     for (const ClipPath& member : m_members)
         united = ClipCoverage::Unite(*united, *member.GetCoverage(rect, store));
-    return united;
+    return within ? ClipCoverage::Multiply(*within, *united) : united;
 }
 
 void ClipPathStack::Push(ClipPath path)
@@ -164,7 +157,7 @@ const ClipState& ClipPathStack::Update(const RectT<int>& rect)
         if (!level.states.empty())
             state = level.states.back();
         // No path can widen the window, so later ones need to be known within it alone.
-        Intersect(state, level.paths[level.states.size()].GetState(state.window, m_store));
+        level.paths[level.states.size()].Narrow(state, m_store);
         level.states.push_back(std::move(state));
     }
     return level.states.back();

@@ -30,12 +30,15 @@ public:
     void AddMember(ClipPath member) { m_members.push_back(std::move(member)); }
     void RemoveMember();
 
-    /// What this path alone lets through within \p rect.
-    ClipState GetState(const Kernel::RectT<int>& rect, Coverage::CoverageStore& store) const;
+    /// Narrows \p state by what this path lets through.
+    void Narrow(ClipState& state, Coverage::CoverageStore& store) const;
 
 private:
-    Kernel::Counted<const Coverage::ClipCoverage> GetCoverage(const Kernel::RectT<int>& rect,
-                                                              Coverage::CoverageStore& store) const;
+    /// What this path lets through of \p rect.
+    /// \param within if not null, the result is the product with it.
+    Kernel::Counted<const Coverage::ClipCoverage>
+    GetCoverage(const Kernel::RectT<int>& rect, Coverage::CoverageStore& store,
+                const Coverage::ClipCoverage* within = nullptr) const;
 
     Kernel::Counted<const Geometry::PolyPolygonType<double>> m_polygons;
     bool m_evenOdd = true;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <renderer/core/coverage/ClipCoverage.h>
+#include <renderer/core/coverage/MultiplyCovers.h>
 
 namespace Renderer {
 
@@ -36,8 +37,7 @@ public:
                             m_writer.Mask(from, count, clip);
                         } else {
                             unsigned char* const out = Room(count);
-                            for (unsigned i = 0; i < count; ++i)
-                                out[i] = Coverage::MultiplyBytes(cover, clip[i]);
+                            Coverage::MultiplyCovers(out, clip, cover, count);
                             m_writer.Mask(from, count, out);
                         }
                     });
@@ -48,9 +48,15 @@ public:
         ForEachPart(x, length,
                     [&](int from, unsigned count, const unsigned char* clip, unsigned char solid) {
                         const unsigned char* const in = covers + (from - x);
+                        if (!clip && solid == 255) {
+                            m_writer.Mask(from, count, in);
+                            return;
+                        }
                         unsigned char* const out = Room(count);
-                        for (unsigned i = 0; i < count; ++i)
-                            out[i] = Coverage::MultiplyBytes(in[i], clip ? clip[i] : solid);
+                        if (clip)
+                            Coverage::MultiplyCovers(out, in, clip, count);
+                        else
+                            Coverage::MultiplyCovers(out, in, solid, count);
                         m_writer.Mask(from, count, out);
                     });
     }

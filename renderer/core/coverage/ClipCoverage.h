@@ -11,14 +11,8 @@
 
 namespace Renderer::Coverage {
 
-/// a·b/255 rounded to nearest; exact for bytes.
-inline unsigned char MultiplyBytes(unsigned a, unsigned b) noexcept
-{
-    return static_cast<unsigned char>(((a * b + 128) * 257) >> 16);
-}
-
 /// What a clip lets through: coverage per pixel of a rectangle, kept as runs per row; 0 outside.
-/// Immutable once built, shared.
+/// Rows that are alike may share their runs. Immutable once built, shared.
 class ClipCoverage : public Kernel::Countable
 {
 public:
@@ -38,11 +32,11 @@ public:
     /// The runs of row \p y from left to right, without overlap. \pre y lies in GetRect()
     const Run* BeginRow(int y) const noexcept
     {
-        return m_runs.data() + m_rows[std::size_t(y - m_rect.top)];
+        return m_runs.data() + m_rows[std::size_t(y - m_rect.top)].begin;
     }
     const Run* EndRow(int y) const noexcept
     {
-        return m_runs.data() + m_rows[std::size_t(y - m_rect.top) + 1];
+        return m_runs.data() + m_rows[std::size_t(y - m_rect.top)].end;
     }
     const unsigned char* GetBytes(const Run& run) const noexcept
     {
@@ -56,8 +50,10 @@ public:
     }
 
     /// Rasterises the edges of \p store within its window; the rectangle is what they can touch.
+    /// \param within if not null, the result is the product with it.
     static Kernel::Counted<const ClipCoverage> FromStore(CoverageStore& store,
-                                                         const CoverageRule& rule);
+                                                         const CoverageRule& rule,
+                                                         const ClipCoverage* within = nullptr);
     /// Coverage 255 within \p rect, which may be empty.
     static Kernel::Counted<const ClipCoverage> FromRect(const Kernel::RectT<int>& rect);
     /// The product of both: what both let through.
@@ -72,8 +68,20 @@ public:
 private:
     class Builder;
 
+    /// Which of the runs a row has.
+    struct Row
+    {
+        std::size_t begin = 0;
+        std::size_t end = 0;
+    };
+
+    bool SharesRow(int y, int other) const noexcept
+    {
+        return BeginRow(y) == BeginRow(other) && EndRow(y) == EndRow(other);
+    }
+
     Kernel::RectT<int> m_rect{};
-    std::vector<std::size_t> m_rows; // start of each row in m_runs, and the end of the last
+    std::vector<Row> m_rows; // one per row of the rectangle
     std::vector<Run> m_runs;
     std::vector<unsigned char> m_bytes;
 };
