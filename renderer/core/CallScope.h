@@ -56,7 +56,7 @@ public:
     ~ShapeGroup()
     {
         if (m_isOpen)
-            m_target.CloseComposite();
+            m_target.CloseComposite(); // with its buffer
         m_target.PopDeviceClip();
     }
 

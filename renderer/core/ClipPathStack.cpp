@@ -51,12 +51,30 @@ RectT<int> FindWholePixelRect(const Polygons& polygons)
     return RoundToPixels(box);
 }
 
+/// Whether the polygons are few and have sides along the axes alone.
+bool IsUpright(const Polygons& polygons)
+{
+    constexpr std::size_t few = 16;
+    if (polygons.GetPoints().size() > few)
+        return false;
+    for (std::size_t i = 0; i < polygons.GetPolygonCount(); ++i) {
+        const auto points = polygons.GetPolygon(i).points;
+        for (std::size_t k = 0; k < points.size(); ++k) {
+            const auto& next = points[k + 1 < points.size() ? k + 1 : 0];
+            if (points[k].x != next.x && points[k].y != next.y)
+                return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 ClipPath::ClipPath(Kernel::Counted<const Polygons> polygons, bool evenOdd)
     : m_polygons(std::move(polygons)),
       m_evenOdd(evenOdd),
-      m_wholePixels(FindWholePixelRect(*m_polygons))
+      m_wholePixels(FindWholePixelRect(*m_polygons)),
+      m_isUpright(IsUpright(*m_polygons))
 {}
 
 void ClipPath::RemoveMember()
@@ -71,6 +89,13 @@ void ClipPath::Narrow(ClipState& state, Coverage::CoverageStore& store) const
         state.window = CommonPart(state.window, m_wholePixels);
     } else if (m_isGroup && m_members.size() == 1) {
         m_members.front().Narrow(state, store);
+    } else if (m_isUpright) {
+        // Within a window most of these let everything through that they don't cut off.
+        const auto coverage = GetCoverage(state.window, store);
+        state.window = CommonPart(state.window, coverage->GetRect());
+        if (!coverage->IsFull())
+            state.coverage =
+                state.coverage ? ClipCoverage::Multiply(*state.coverage, *coverage) : coverage;
     } else {
         // Coverage knows how far the path reaches, mostly far less than the page.
         state.coverage = GetCoverage(state.window, store, state.coverage.Get());

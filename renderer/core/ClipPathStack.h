@@ -45,6 +45,7 @@ private:
     bool m_isGroup = false;
     /// The path when it is a rectangle on whole pixels, which needs no coverage; else unset.
     Kernel::RectT<int> m_wholePixels = Kernel::RectT<int>::MakeUnset();
+    bool m_isUpright = false; // a rectangle or a few of them
     std::vector<ClipPath> m_members;
 };
 

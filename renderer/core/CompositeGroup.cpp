@@ -1,6 +1,6 @@
 #include <renderer/core/CompositeGroup.h>
 
-#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace Renderer {
@@ -10,30 +10,37 @@ using Raster::DynamicBuffer;
 
 Counted<DynamicBuffer> SpareBuffers::Take(Raster::Format format, unsigned width, unsigned height)
 {
-    // A spare buffer may be up to four times too large: clearing touches the needed part alone.
-    const std::uint64_t needed = std::uint64_t{width} * height;
-    const auto fits = [&](const Counted<DynamicBuffer>& buffer) {
-        return buffer->GetFormat() == format && buffer->GetWidth() >= width &&
-               buffer->GetHeight() >= height &&
-               std::uint64_t{buffer->GetWidth()} * buffer->GetHeight() <= 4 * needed;
+    const auto size = [](const Counted<DynamicBuffer>& buffer) {
+        return std::uint64_t{buffer->GetWidth()} * buffer->GetHeight();
     };
-    const auto found = std::find_if(m_buffers.begin(), m_buffers.end(), fits);
-    if (found == m_buffers.end())
-        return DynamicBuffer::Create(format, width, height);
-    Counted<DynamicBuffer> buffer = std::move(*found);
-    m_buffers.erase(found);
-    for (unsigned y = 0; y < height; ++y)
-        std::memset(buffer->GetRow(y), 0, std::size_t{width} * buffer->GetPixelSize());
-    return buffer;
+    auto best = m_buffers.end(), smallest = m_buffers.begin();
+    for (auto it = m_buffers.begin(); it != m_buffers.end(); ++it) {
+        if ((*it)->GetFormat() == format && (*it)->GetWidth() >= width &&
+            (*it)->GetHeight() >= height && (best == m_buffers.end() || size(*it) < size(*best)))
+            best = it;
+        if (size(*it) < size(*smallest))
+            smallest = it;
+    }
+    if (best != m_buffers.end()) {
+        Counted<DynamicBuffer> buffer = std::move(*best);
+        m_buffers.erase(best);
+        return buffer;
+    }
+    // The new one will serve where the smallest did.
+    if (smallest != m_buffers.end())
+        m_buffers.erase(smallest);
+    return DynamicBuffer::Create(format, width, height);
 }
 
-void SpareBuffers::Give(Counted<DynamicBuffer> buffer)
+void SpareBuffers::Give(Counted<DynamicBuffer> buffer, const Kernel::RectT<int>& used)
 {
     // Somebody who still looks at the pixels keeps the buffer.
     if (!buffer || buffer->GetReferenceCount() != 1)
         return;
-    if (m_buffers.size() == MaxCount)
-        m_buffers.erase(m_buffers.begin());
+    const std::size_t pixelSize = buffer->GetPixelSize();
+    for (int y = used.top; y < used.bottom; ++y)
+        std::memset(buffer->GetRow(unsigned(y)) + std::size_t(used.left) * pixelSize, 0,
+                    std::size_t(used.Width()) * pixelSize);
     m_buffers.push_back(std::move(buffer));
 }
 

@@ -25,23 +25,27 @@ struct CompositeGroup
     /// What drawing went to before.
     Kernel::Counted<Raster::DynamicBuffer> parent;
     Kernel::PointT<int> parentOrigin{};
+    /// What of the parent was touched before the group was opened.
+    Kernel::RectT<int> parentTouched{};
     /// How many device clips lie below the group's own; pops inside the group end there.
     std::size_t deviceClips = 0;
+    /// All pixels outside are as the group began with them; set when the group is closed.
+    Kernel::RectT<int> touched{};
 };
 
-/// Buffers of closed groups, kept for the next ones.
+/// Buffers of closed groups, kept for the next ones. They are transparent, so that a group clears
+/// only what it drew. No more are kept than groups were open at once.
 class SpareBuffers
 {
 public:
     /// A transparent buffer of at least the given size; empty when none can be had.
     Kernel::Counted<Raster::DynamicBuffer> Take(Raster::Format format, unsigned width,
                                                 unsigned height);
-    void Give(Kernel::Counted<Raster::DynamicBuffer> buffer);
+    /// Takes a buffer back. \param used the part of it that may be other than transparent.
+    void Give(Kernel::Counted<Raster::DynamicBuffer> buffer, const Kernel::RectT<int>& used);
     void Clear() { m_buffers.clear(); }
 
 private:
-    static constexpr std::size_t MaxCount = 4;
-
     std::vector<Kernel::Counted<Raster::DynamicBuffer>> m_buffers;
 };
 

@@ -201,6 +201,12 @@ private:
 
     void ShowBuffer(const Kernel::Counted<Raster::DynamicBuffer>& buffer,
                     Kernel::PointT<int> origin);
+    /// Notes that pixels of the present buffer may change.
+    void Touch(const Kernel::RectT<int>& rect) const;
+    /// Closes the innermost group, if there is one, and drops it.
+    void DropComposite();
+    /// Gives a closed group's buffer to the spare ones.
+    void Recycle(CompositeGroup& group);
     /// Closes the innermost group and gives it back; its buffer stays alive with it.
     CompositeGroup CloseComposite();
     void CopyBackdrop(const CompositeGroup& group, bool colourOnly);
@@ -230,6 +236,8 @@ private:
     Kernel::PointT<int> m_bufferOrigin{};             // where on the page its first pixel lies
     Kernel::Counted<Raster::DynamicBuffer> m_current; // the destination or a group's buffer
     Kernel::PointT<int> m_currentOrigin{};
+    /// All pixels of the present buffer outside are as they were when it became the present one.
+    mutable Kernel::RectT<int> m_touched{};
 
     std::vector<DeviceClip> m_deviceClips; // what each push replaced
     ClipPathStack m_clipPaths;

@@ -151,9 +151,11 @@ void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
     m_rasterizer.SetEvenOdd(rule.winding == WindingOrderMode::EvenOdd);
     m_rasterizer.AddPolygons(polygons, transform);
     if (!IsAborting()) {
+        const bool antialias =
+            GetAntialias() && (clipped ? rule.antialiasUnderClip : rule.antialias);
+        Touch(m_rasterizer.GetBounds(antialias));
         m_current->SyncHostCache();
-        m_rasterizer.Render(GetAntialias() && (clipped ? rule.antialiasUnderClip : rule.antialias),
-                            clip, GetAbortingPointer());
+        m_rasterizer.Render(antialias, clip, GetAbortingPointer());
         m_current->InvalidateHardwareCache(GetDeviceClip());
     }
     m_rasterizer.SetEvenOdd(evenOdd);

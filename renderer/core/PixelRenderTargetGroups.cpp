@@ -1,8 +1,9 @@
 // Composite groups of PixelRenderTarget.
 //
 // A group is drawn into a buffer of the size of the device clip, with no clip path in force;
-// closing it paints that buffer into what lies below like any other paint, over the whole device
-// clip and under the clip paths that were in force when it was opened.
+// closing it paints that buffer into what lies below like any other paint, under the clip paths
+// that were in force when it was opened. What was touched since then is painted and cleared again;
+// the rest of the buffer, transparent throughout, costs nothing.
 
 #include <algorithm>
 
@@ -30,7 +31,9 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
                          UpdateClipRasterizer().window,
                          m_current,
                          m_currentOrigin,
-                         m_deviceClips.size()};
+                         m_touched,
+                         m_deviceClips.size(),
+                         {}};
     group.rect = CommonPart(group.rect, GetVisibleRect());
     if (m_current && !group.rect.IsEmpty())
         group.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(group.rect.Width()),
@@ -42,8 +45,12 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
     // it.
     if (!group.buffer)
         group.rect = {};
-    else if (init == CompositeInit::CopyBackdrop || init == CompositeInit::CopyBackdropColour)
+    m_touched = {};
+    if (group.buffer &&
+        (init == CompositeInit::CopyBackdrop || init == CompositeInit::CopyBackdropColour)) {
         CopyBackdrop(group, init == CompositeInit::CopyBackdropColour);
+        m_touched = group.rect;
+    }
     PushDeviceClip(group.rect, false);
     ShowBuffer(group.buffer, {group.rect.left, group.rect.top});
     m_groups.push_back(std::move(group));
@@ -85,7 +92,25 @@ CompositeGroup PixelRenderTarget::CloseComposite()
     m_deviceClips.resize(group.deviceClips);
     m_clipPaths.Unseal();
     ShowBuffer(group.parent, group.parentOrigin);
+    group.touched = CommonPart(m_touched, group.rect);
+    m_touched = group.parentTouched;
     return group;
+}
+
+void PixelRenderTarget::Touch(const RectT<int>& rect) const
+{
+    if (!rect.IsEmpty())
+        m_touched = m_touched.IsEmpty() ? rect : m_touched.Union(rect);
+}
+
+void PixelRenderTarget::Recycle(CompositeGroup& group)
+{
+    RectT<int> used = group.touched;
+    used.left -= group.rect.left;
+    used.top -= group.rect.top;
+    used.right -= group.rect.left;
+    used.bottom -= group.rect.top;
+    m_spareBuffers.Give(std::move(group.buffer), used);
 }
 
 void PixelRenderTarget::PopCompositeAsFill(const FillDescriptorConst& fill,
@@ -95,7 +120,7 @@ void PixelRenderTarget::PopCompositeAsFill(const FillDescriptorConst& fill,
         return;
     CompositeGroup group = CloseComposite();
     PaintGroup(group, fill, transparency, PopulatorRole::Colour);
-    m_spareBuffers.Give(std::move(group.buffer));
+    Recycle(group);
 }
 
 void PixelRenderTarget::PopCompositeAsTransparency(const FillDescriptorConst& fill,
@@ -106,13 +131,16 @@ void PixelRenderTarget::PopCompositeAsTransparency(const FillDescriptorConst& fi
     CompositeGroup group = CloseComposite();
     if (!fill.IsFillNone())
         PaintGroup(group, fill, transparency, PopulatorRole::Transparency);
-    m_spareBuffers.Give(std::move(group.buffer));
+    Recycle(group);
 }
 
 void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescriptorConst& fill,
                                    const FillDescriptorConst& transparency, PopulatorRole groupRole)
 {
-    if (!group.buffer || !(group.opacity > 0.0F) || IsAborting())
+    // Where nothing was drawn nothing changes, but under Mask, which clears there.
+    const bool isSparse = group.mode != FillBlendMode::Mask;
+    const RectT<int> area = isSparse ? group.touched : group.rect;
+    if (!group.buffer || !(group.opacity > 0.0F) || area.IsEmpty() || IsAborting())
         return;
     CallScope scope(*this);
     m_rasterizer.SelectCompositeBlend(group.mode, group.options.GetBlendGamma());
@@ -133,9 +161,14 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
     const Coverage::ClipCoverage* const clip =
         m_clipPaths.IsEmpty() ? nullptr : UpdateClipRasterizer().coverage.Get();
     m_current->SyncHostCache();
-    m_rasterizer.SetClipBox(group.rect);
-    m_rasterizer.RenderRect(group.rect, clip, GetAbortingPointer());
-    m_current->InvalidateHardwareCache(group.rect);
+    m_rasterizer.SetClipBox(area);
+    if (isSparse)
+        m_rasterizer.RenderContent(area, *group.buffer, {group.rect.left, group.rect.top}, clip,
+                                   GetAbortingPointer());
+    else
+        m_rasterizer.RenderRect(area, clip, GetAbortingPointer());
+    m_current->InvalidateHardwareCache(area);
+    Touch(area);
 }
 
 bool PixelRenderTarget::AddGroupPopulator(const CompositeGroup& group, PopulatorRole role)
@@ -158,8 +191,9 @@ bool PixelRenderTarget::AddGroupPopulator(const CompositeGroup& group, Populator
 
 void PixelRenderTarget::Matte(Kernel::Consolidated<Colour> colour)
 {
-    CompositeGroup drawn{FillBlendMode::Normal, BlendOptions::Identity(), 1.0F, {}, {}, {}, {}, 0};
-    drawn.rect = GetVisibleRect();
+    CompositeGroup drawn{
+        FillBlendMode::Normal, BlendOptions::Identity(), 1.0F, {}, {}, {}, {}, {}, 0, {}};
+    drawn.rect = drawn.touched = GetVisibleRect();
     if (!m_current || !colour || drawn.rect.IsEmpty() || IsAborting())
         return;
     drawn.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(drawn.rect.Width()),
@@ -175,21 +209,27 @@ void PixelRenderTarget::Matte(Kernel::Consolidated<Colour> colour)
                  FillDescriptorConst(FillSolid::Create(std::move(colour))), {},
                  {Geometry::WindingOrderMode::EvenOdd, true, true});
     PaintGroup(drawn, {}, {}, PopulatorRole::Colour);
-    m_spareBuffers.Give(std::move(drawn.buffer));
+    Recycle(drawn);
 }
 
 // Interpolation is not offered yet: the group is closed and what it holds is dropped.
 
+void PixelRenderTarget::DropComposite()
+{
+    if (m_groups.empty())
+        return;
+    CompositeGroup group = CloseComposite();
+    Recycle(group);
+}
+
 void PixelRenderTarget::PopCompositeAsFillAndInterpolate(const FillDescriptorConst&)
 {
-    if (!m_groups.empty())
-        m_spareBuffers.Give(CloseComposite().buffer);
+    DropComposite();
 }
 
 void PixelRenderTarget::PopCompositeAsTransparencyAndInterpolate(const FillDescriptorConst&)
 {
-    if (!m_groups.empty())
-        m_spareBuffers.Give(CloseComposite().buffer);
+    DropComposite();
 }
 
 void PixelRenderTarget::Interpolate(float, FillBlendMode::BlendMode, const BlendOptions&,

@@ -220,6 +220,7 @@ void PixelRenderTarget::DetachBuffer()
     m_spareBuffers.Clear();
     m_bufferRect = {};
     m_bufferOrigin = {};
+    m_touched = {};
     ShowBuffer({}, {});
     SetDeviceClip({});
 }
@@ -231,6 +232,8 @@ Counted<Raster::DynamicBuffer> PixelRenderTarget::GetBuffer() const
 
 Counted<Raster::DynamicBuffer> PixelRenderTarget::GetCurrentBuffer() const
 {
+    // The caller may write anywhere.
+    Touch(m_rasterizer.GetDestinationRect());
     return m_current;
 }
 

@@ -307,8 +307,8 @@ public:
     double GetRasterizationScaleFactor() const { return m_rasterizationScaleFactor; }
     /// Stores the factor; round-mid-pixel becomes the lowest bit of the factor rounded to nearest.
     void SetRasterizationScaleFactor(double factor);
-    /// Whether thin resolution-independent strokes go to pixel middles. Stored; no target acts on it
-    /// yet.
+    /// Whether thin resolution-independent strokes go to pixel middles. Stored; no target acts on
+    /// it yet.
     bool GetRoundMidPixel() const { return m_roundMidPixel; }
 
     /// The largest distance in device pixels by which a flattened curve may leave the true one.

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include <renderer/core/ClippedSpanWriter.h>
+#include <renderer/core/ContentSpans.h>
 #include <renderer/core/coverage/AddPolygons.h>
 #include <renderer/core/SolidSpanWriter.h>
 #include <renderer/core/SpanWriter.h>
@@ -202,6 +203,14 @@ void RenderTargetRasterizer::AddPolygons(const Geometry::PolyPolygonType<double>
     Coverage::AddPolygons(m_store, polygons, transform);
 }
 
+RectT<int> RenderTargetRasterizer::GetBounds(bool antialias) const
+{
+    RectT<int> bounds = m_store.GetBounds();
+    if (!antialias && !bounds.IsEmpty()) // cover that is left over lasts to the right side
+        bounds.right = m_clipBox.right;
+    return bounds;
+}
+
 // ---- drawing ----
 
 bool RenderTargetRasterizer::HasUniformPaint() const
@@ -349,6 +358,28 @@ void RenderTargetRasterizer::RenderRect(const RectT<int>& rect, const Coverage::
         for (int y = part.top; y < part.bottom && !IsSet(abort); ++y) {
             writer.BeginRow(y);
             writer.Run(part.left, unsigned(part.Width()), 255);
+        }
+    });
+}
+
+void RenderTargetRasterizer::RenderContent(const RectT<int>& rect,
+                                           const Raster::DynamicBuffer& buffer,
+                                           Kernel::PointT<int> origin,
+                                           const Coverage::ClipCoverage* clip, const bool* abort)
+{
+    const RectT<int> part = rect.Intersect(m_clipBox);
+    if (part.IsEmpty() || !m_blend.run)
+        return;
+    WithWriter(unsigned(part.Width()), clip, [&](auto& writer) {
+        for (int y = part.top; y < part.bottom && !IsSet(abort); ++y) {
+            const unsigned char* const row =
+                buffer.GetRow(unsigned(y - origin.y)) +
+                std::size_t(part.left - origin.x) * buffer.GetPixelSize();
+            writer.BeginRow(y);
+            ForEachContentSpan(row, buffer.GetPixelSize(), unsigned(part.Width()),
+                               [&](unsigned begin, unsigned end) {
+                                   writer.Run(part.left + int(begin), end - begin, 255);
+                               });
         }
     });
 }

@@ -108,6 +108,8 @@ public:
     /// not finite adds nothing.
     void AddPolygons(const Geometry::PolyPolygonType<double>& polygons,
                      const Raster::AffineTransform::Params& transform);
+    /// The pixels that Render will touch at most.
+    Kernel::RectT<int> GetBounds(bool antialias) const;
     /// The path's edges, for building clips.
     Coverage::CoverageStore& GetStore() { return m_store; }
     const Coverage::CoverageRule& GetRule() const { return m_rule; }
@@ -124,6 +126,12 @@ public:
     /// Runs the span loop over whole pixels: every pixel of \p rect within the clip box is covered.
     void RenderRect(const Kernel::RectT<int>& rect, const Coverage::ClipCoverage* clip,
                     const bool* abort);
+
+    /// Runs the span loop over the pixels of \p rect where a buffer holds something: pixels of
+    /// zeroes are left out, more or less. \param origin where on the page the buffer begins.
+    void RenderContent(const Kernel::RectT<int>& rect, const Raster::DynamicBuffer& buffer,
+                       Kernel::PointT<int> origin, const Coverage::ClipCoverage* clip,
+                       const bool* abort);
 
     /// Trims a span to [clip.left, clip.right): x and length, and covers unless null. A span
     /// outside gets length 0.

@@ -1,9 +1,7 @@
 #include <renderer/core/coverage/ClipCoverage.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
-#include <span>
 
 #include <renderer/core/ClippedSpanWriter.h>
 #include <renderer/core/coverage/MultiplyCovers.h>
@@ -14,7 +12,7 @@ using Kernel::Counted;
 using Kernel::RectT;
 
 /// Gathers runs row by row, as a sink of the coverage sweep; rows that are not mentioned stay
-/// empty.
+/// empty. A row like the one before it shares its runs.
 class ClipCoverage::Builder
 {
 public:
@@ -30,8 +28,11 @@ public:
     void BeginRow(int y)
     {
         EndRow();
+        m_previous = m_row;
         m_row = &m_result->m_rows[std::size_t(y - m_result->m_rect.top)];
         m_row->begin = m_result->m_runs.size();
+        m_isOpen = true;
+        m_rowBytes = m_result->m_bytes.size();
     }
 
     void Run(int x, unsigned length, unsigned char cover)
@@ -71,12 +72,12 @@ public:
             Mask(from, unsigned(to - from), clip.GetBytes(run) + (from - run.x));
     }
 
-    /// Makes rows [from, to) like row \p from − 1, which has been begun.
-    void RepeatRow(int from, int to)
+    /// Ends the present row and makes those below it like it, up to \p bottom.
+    void RepeatRow(int bottom)
     {
         EndRow();
-        const auto rows = m_result->m_rows.begin() + (from - m_result->m_rect.top);
-        std::fill(rows, rows + (to - from), rows[-1]);
+        std::fill(m_row + 1, m_result->m_rows.data() + (bottom - m_result->m_rect.top), *m_row);
+        m_row = m_result->m_rows.data() + (bottom - m_result->m_rect.top - 1);
     }
 
     Counted<const ClipCoverage> Finish()
@@ -88,9 +89,30 @@ public:
 private:
     void EndRow()
     {
-        if (m_row)
-            m_row->end = m_result->m_runs.size();
-        m_row = nullptr;
+        if (!m_isOpen)
+            return;
+        m_isOpen = false;
+        auto& runs = m_result->m_runs;
+        m_row->end = runs.size();
+        if (m_previous && IsLikePrevious()) {
+            runs.resize(m_row->begin);
+            m_result->m_bytes.resize(m_rowBytes);
+            *m_row = *m_previous;
+        }
+    }
+
+    bool IsLikePrevious() const
+    {
+        const auto isSame = [&](const ClipCoverage::Run& a, const ClipCoverage::Run& b) {
+            return a.x == b.x && a.length == b.length && a.cover == b.cover &&
+                   (a.bytes == Solid) == (b.bytes == Solid) &&
+                   (a.bytes == Solid ||
+                    std::equal(m_result->GetBytes(a), m_result->GetBytes(a) + a.length,
+                               m_result->GetBytes(b)));
+        };
+        const ClipCoverage::Run* const runs = m_result->m_runs.data();
+        return std::equal(runs + m_row->begin, runs + m_row->end, runs + m_previous->begin,
+                          runs + m_previous->end, isSame);
     }
 
     /// The run of this row that ends at \p x.
@@ -103,42 +125,11 @@ private:
     }
 
     Counted<ClipCoverage> m_result;
-    Row* m_row = nullptr; // the present one
+    Row* m_row = nullptr; // the latest one
+    Row* m_previous = nullptr;
+    bool m_isOpen = false;      // whether the latest row can grow
+    std::size_t m_rowBytes = 0; // where the present row's bytes begin
 };
-
-namespace {
-
-/// Outlines of so few upright edges have few rows that differ.
-constexpr std::size_t FewEdges = 16;
-
-/// Whether the edges outline rectangles, as far as they reach.
-bool AreFewAndUpright(const std::vector<Edge>& edges)
-{
-    return edges.size() <= FewEdges &&
-           std::ranges::all_of(edges, [](const Edge& edge) { return edge.x1 == edge.x2; });
-}
-
-/// The first row below \p y that may differ from row \p y when all edges are upright: rows that
-/// the same edges cross from end to end are alike.
-int FindNextRow(std::span<const Edge> edges, int y)
-{
-    int next = std::numeric_limits<int>::max();
-    const auto look = [&](int end) {
-        const int row = end >> SubPixelShift;
-        // An end within a row makes that row differ, and the one below.
-        if (row > y)
-            next = std::min(next, row);
-        else if (row == y && (end & SubPixelMask) != 0)
-            next = y + 1;
-    };
-    for (const Edge& edge : edges) {
-        look(edge.y1);
-        look(edge.y2);
-    }
-    return next;
-}
-
-} // namespace
 
 Counted<const ClipCoverage> ClipCoverage::FromStore(CoverageStore& store, const CoverageRule& rule,
                                                     const ClipCoverage* within)
@@ -155,34 +146,13 @@ Counted<const ClipCoverage> ClipCoverage::FromStore(CoverageStore& store, const 
     const RectT<int> bounds = store.GetBounds();
     if (bounds.IsEmpty())
         return FromRect({});
-    if (AreFewAndUpright(store.GetEdges())) {
-        // The rows of a rectangle are mostly alike: one of each kind is swept.
-        std::array<Edge, FewEdges> copy;
-        const std::span<const Edge> edges(
-            copy.begin(), std::ranges::copy(store.GetEdges(), copy.begin()).out);
-        Builder builder(bounds);
-        for (int y = bounds.top, next = y; y < bounds.bottom; y = next) {
-            store.Reset({bounds.left, y, bounds.right, y + 1});
-            for (const Edge& edge : edges)
-                store.line(edge.x1, edge.y1, edge.x2, edge.y2);
-            // What lay to the right of the window was not kept; it let runs end there.
-            const int right = bounds.right * SubPixelScale;
-            store.line(right, y * SubPixelScale, right, (y + 1) * SubPixelScale);
-            builder.BeginRow(y);
-            sweep(builder);
-            next = std::min(FindNextRow(edges, y), bounds.bottom);
-            builder.RepeatRow(y + 1, next);
-        }
-        const auto result = builder.Finish();
-        return within ? Multiply(*within, *result) : result;
-    }
     Builder builder(bounds);
-    if (!within) {
-        sweep(builder);
-    } else {
+    if (within) {
         std::vector<unsigned char> covers;
         ClippedSpanWriter clipped(builder, *within, covers);
         sweep(clipped);
+    } else {
+        sweep(builder);
     }
     return builder.Finish();
 }
@@ -193,7 +163,7 @@ Counted<const ClipCoverage> ClipCoverage::FromRect(const RectT<int>& rect)
     if (!rect.IsEmpty()) {
         builder.BeginRow(rect.top);
         builder.Run(rect.left, unsigned(rect.Width()), 255);
-        builder.RepeatRow(rect.top + 1, rect.bottom);
+        builder.RepeatRow(rect.bottom);
     }
     return builder.Finish();
 }
@@ -208,7 +178,7 @@ Counted<const ClipCoverage> ClipCoverage::Multiply(const ClipCoverage& a, const 
     ClippedSpanWriter clipped(builder, a, covers);
     for (int y = rect.top; y < rect.bottom; ++y) {
         if (y > rect.top && a.SharesRow(y, y - 1) && b.SharesRow(y, y - 1)) {
-            builder.RepeatRow(y, y + 1);
+            builder.RepeatRow(y + 1);
             continue;
         }
         clipped.BeginRow(y);
@@ -281,6 +251,16 @@ Counted<const ClipCoverage> ClipCoverage::Unite(const ClipCoverage& a, const Cli
                        clearB ? nullptr : b.BeginRow(y), clearB ? nullptr : b.EndRow(y), unite);
     }
     return builder.Finish();
+}
+
+bool ClipCoverage::IsFull() const noexcept
+{
+    if (m_rect.IsEmpty() || m_runs.size() != 1)
+        return false;
+    const Run& run = m_runs.front();
+    const auto isWhole = [](const Row& row) { return row.end - row.begin == 1; };
+    return run.bytes == Solid && run.cover == 255 && run.x == m_rect.left &&
+           run.length == unsigned(m_rect.Width()) && std::ranges::all_of(m_rows, isWhole);
 }
 
 void ClipCoverage::ReadRow(int x, int y, unsigned length, unsigned char* out) const

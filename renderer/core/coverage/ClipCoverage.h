@@ -49,11 +49,13 @@ public:
         return y < m_rect.top || y >= m_rect.bottom || BeginRow(y) == EndRow(y);
     }
 
+    /// Whether everything within the rectangle gets through.
+    bool IsFull() const noexcept;
+
     /// Rasterises the edges of \p store within its window; the rectangle is what they can touch.
     /// \param within if not null, the result is the product with it.
-    static Kernel::Counted<const ClipCoverage> FromStore(CoverageStore& store,
-                                                         const CoverageRule& rule,
-                                                         const ClipCoverage* within = nullptr);
+    static Kernel::Counted<const ClipCoverage>
+    FromStore(CoverageStore& store, const CoverageRule& rule, const ClipCoverage* within = nullptr);
     /// Coverage 255 within \p rect, which may be empty.
     static Kernel::Counted<const ClipCoverage> FromRect(const Kernel::RectT<int>& rect);
     /// The product of both: what both let through.
