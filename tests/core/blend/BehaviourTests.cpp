@@ -112,6 +112,25 @@ TYPED_TEST(BlendBehaviour, BytesDependOnThePixelAlone)
     }
 }
 
+// Groups leave out what was not drawn, which must be as good as compositing it.
+TYPED_TEST(BlendBehaviour, NothingChangesNothing)
+{
+    const std::vector<TypeParam> nothing(length, TypeParam{});
+    const Spans<TypeParam> spans(true);
+    const Tables tables = GetTables<TypeParam>();
+    for (std::size_t mode = 0; mode < tables.used->size(); ++mode) {
+        if (mode == FillBlendMode::Mask)
+            continue;
+        for (const double ratio : {1.0, 1.7}) {
+            const SpanBlend& blend = (*tables.used)[mode];
+            std::vector<TypeParam> result = spans.backdrop;
+            blend.mask(result.data(), nullptr, nothing.data(), spans.covers.data(), ratio, length);
+            blend.run(result.data(), nullptr, nothing.data(), 255, ratio, length);
+            EXPECT_TRUE(SameBytes(spans.backdrop, result)) << mode;
+        }
+    }
+}
+
 TYPED_TEST(BlendBehaviour, SolidFormsEqualTheGeneralOnes)
 {
     const Spans<TypeParam> spans(false);

@@ -1,0 +1,211 @@
+// What groups may leave out: nothing of it may show.
+
+#include <random>
+
+#include "TargetFixture.h"
+
+namespace Renderer {
+namespace {
+
+using Geometry::WindingOrderMode;
+using CompositeInit = RenderTarget::CompositeInit;
+using Kernel::RectT;
+
+/// Plays the same random calls on targets.
+class RandomCalls
+{
+public:
+    /// \param whole whether groups are told that anything in them may have been written to, so that
+    ///        they are painted and cleared as a whole.
+    RandomCalls(Kernel::Counted<BitmapRenderTarget> target, unsigned seed, bool whole)
+        : m_target(std::move(target)), m_random(seed), m_whole(whole)
+    {}
+
+    void Play(int count)
+    {
+        while (count-- > 0)
+            Call();
+        while (!m_open.empty())
+            Close();
+    }
+
+private:
+    enum class Open
+    {
+        Group,
+        Clip,
+        DeviceClip,
+    };
+
+    unsigned Pick(unsigned count) { return unsigned(m_random() % count); }
+    double Place() { return -4.0 + double(Pick(200)) / 4.0; }
+    RectT<double> Rect()
+    {
+        const double x = Place(), y = Place();
+        return {x, y, x + 1 + double(Pick(60)) / 4.0, y + 1 + double(Pick(60)) / 4.0};
+    }
+    Kernel::Counted<const Geometry::PolyCurveDbl> Path()
+    {
+        auto path = Kernel::MakeCounted<Geometry::PolyCurveDbl>();
+        const RectT<double> rect = Rect();
+        if (Pick(2))
+            path->AddEllipse({rect.left, rect.top}, rect.Width() / 2, rect.Height() / 2);
+        else
+            *path = Geometry::PolyCurveDbl(rect);
+        return path;
+    }
+    FillDescriptorConst Paint()
+    {
+        const auto channel = [&] { return static_cast<unsigned char>(m_random()); };
+        return FillDescriptorConst::CreateSolid(
+            PixelRGBA8{{channel(), channel(), channel(), Pick(2) ? channel() : Opaque}});
+    }
+    FillBlendMode::BlendMode Mode(unsigned count)
+    {
+        return Pick(2) ? FillBlendMode::Normal : FillBlendMode::BlendMode(Pick(count));
+    }
+    float Opacity() { return Pick(2) ? 1.0F : float(Pick(101)) / 100.0F; }
+
+    void Call()
+    {
+        switch (Pick(8)) {
+        case 0: {
+            constexpr CompositeInit inits[]{CompositeInit::Clear, CompositeInit::ClearOnTouch,
+                                            CompositeInit::CopyBackdrop};
+            const CompositeInit init = inits[Pick(3)];
+            m_target->PushComposite(init, Mode(33), BlendOptions::Identity(), Opacity());
+            if (m_whole)
+                m_target->GetCurrentBuffer();
+            m_open.push_back(Open::Group);
+            break;
+        }
+        case 1:
+            m_target->PushClipCurvesPath(Path(), WindingOrderMode::EvenOdd);
+            m_open.push_back(Open::Clip);
+            break;
+        case 2:
+            m_target->PushLogicalDeviceClip(Rect());
+            m_open.push_back(Open::DeviceClip);
+            break;
+        case 3:
+        case 4:
+            Close();
+            break;
+        case 5:
+            if (Pick(8) == 0)
+                m_target->Clear();
+            break;
+        default: {
+            const auto path = Path();
+            const bool smooth = Pick(4) != 0;
+            const FillDescriptorConst stroke = Pick(2) ? Paint() : FillDescriptorConst();
+            m_target->DrawPolyCurve(path, Opacity(), Mode(30), BlendOptions::Identity(), Paint(),
+                                    {}, stroke, LineStyleDescriptorConst(1.5),
+                                    WindingOrderMode::NonZero, smooth, smooth);
+        }
+        }
+    }
+
+    void Close()
+    {
+        if (m_open.empty())
+            return;
+        const Open open = m_open.back();
+        m_open.pop_back();
+        if (open == Open::Clip)
+            m_target->PopClipPath();
+        else if (open == Open::DeviceClip)
+            m_target->PopDeviceClip();
+        else if (Pick(3))
+            m_target->PopCompositeAsFill(Pick(3) ? FillDescriptorConst() : Paint(),
+                                         Pick(3) ? FillDescriptorConst() : Paint());
+        else
+            m_target->PopCompositeAsTransparency(Paint(), {});
+    }
+
+    static constexpr unsigned char Opaque = 255;
+
+    Kernel::Counted<BitmapRenderTarget> m_target;
+    std::mt19937 m_random;
+    bool m_whole;
+    std::vector<Open> m_open;
+};
+
+using GroupTest = TargetTest;
+
+TEST_F(GroupTest, ResultsDoNotDependOnWhatIsLeftOut)
+{
+    const auto whole = Make();
+    for (unsigned seed = 0; seed < 400; ++seed) {
+        // One target keeps its buffers from case to case: they must come back transparent.
+        target->Clear();
+        whole->Clear();
+        RandomCalls(target, seed, false).Play(30);
+        RandomCalls(whole, seed, true).Play(30);
+        const auto fresh = Make();
+        RandomCalls(fresh, seed, false).Play(30);
+        ASSERT_EQ(BytesOf(target), BytesOf(whole)) << seed;
+        ASSERT_EQ(BytesOf(target), BytesOf(fresh)) << seed;
+    }
+}
+
+TEST_F(GroupTest, PixelsThatTheApplicationWritesCount)
+{
+    for (const bool keep : {true, false}) {
+        target->Clear();
+        target->PushComposite(CompositeInit::Clear, FillBlendMode::Normal, BlendOptions::Identity(),
+                              1.0F);
+        auto buffer = target->GetCurrentBuffer();
+        RGBA8Buffer view;
+        ASSERT_TRUE(view.Attach(buffer));
+        view.GetRow(20)[30] = Red;
+        view = {};
+        const auto kept = keep ? buffer : nullptr;
+        buffer.Reset();
+        target->PopCompositeAsFill({}, {});
+        EXPECT_EQ(At(30, 20), Red);
+        if (kept) { // its pixels stay as they are
+            ASSERT_TRUE(view.Attach(kept));
+            EXPECT_EQ(view.GetRow(20)[30], Red);
+        }
+        target->Clear();
+        target->PushComposite(CompositeInit::Clear, FillBlendMode::Normal, BlendOptions::Identity(),
+                              1.0F);
+        Fill({0, 0, Width, Height}, Blue, 0.0F);
+        Fill({2, 2, 3, 3}, Blue);
+        target->PopCompositeAsFill({}, {});
+        EXPECT_EQ(Area(), 1);
+    }
+}
+
+TEST_F(GroupTest, SmallGroupsShareALargeBuffer)
+{
+    const auto push = [&](const RectT<double>& clip) {
+        target->PushLogicalDeviceClip(clip);
+        target->PushComposite(CompositeInit::Clear, FillBlendMode::Normal, BlendOptions::Identity(),
+                              1.0F);
+    };
+    const auto pop = [&] {
+        target->PopCompositeAsFill({}, {});
+        target->PopDeviceClip();
+    };
+    push({0, 0, Width, Height});
+    const void* const large = target->GetCurrentBuffer().Get();
+    pop();
+    push({5, 5, 10, 10});
+    EXPECT_EQ(target->GetCurrentBuffer().Get(), large);
+    push({6, 6, 8, 8});
+    const void* const small = target->GetCurrentBuffer().Get();
+    EXPECT_NE(small, large);
+    Fill({0, 0, Width, Height}, Red);
+    pop();
+    EXPECT_EQ(target->GetCurrentBuffer().Get(), large);
+    pop();
+    EXPECT_EQ(Area(), 4);
+    push({0, 0, 2, 2});
+    EXPECT_EQ(target->GetCurrentBuffer().Get(), small);
+    pop();
+}
+
+} // namespace
+} // namespace Renderer
