@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-
 #include <renderer/core/blend/WordVectors.h>
 
 /// \file
@@ -38,12 +36,13 @@ struct SolidRun
             using Word = typename Vectors::Word;
             Word* const pixels = static_cast<Word*>(destination);
             const Word word = *static_cast<const Word*>(pixel);
-            typename Vectors::Source source;
-            Vectors::Prepare(typename Vectors::Words{} + word, source);
-            if (cover == 255 && source.alpha[0] == PixelT::Max) {
-                std::fill_n(pixels, length, word);
+            if (cover == 255 &&
+                GetChannel<PixelT::AlphaIndex>(static_cast<const PixelT*>(pixel)) == PixelT::Max) {
+                FillSpan<Vectors>(pixels, word, length);
                 return;
             }
+            typename Vectors::Source source;
+            Vectors::Prepare(typename Vectors::Words{} + word, source);
             typename Vectors::Lanes scaled;
             typename Vectors::Wides keep;
             Vectors::Weigh(source, typename Vectors::Wides{} + Vectors::GetWeight(cover), scaled,
@@ -68,10 +67,9 @@ struct SolidMask
             typename Vectors::Source source;
             Vectors::Prepare(typename Vectors::Words{} + *static_cast<const Word*>(pixel), source);
             RewriteSpan<Vectors>(static_cast<Word*>(destination), nullptr, covers, length,
-                                 [&](auto& vector, const auto&, const auto& cover) {
-                                     typename Vectors::Wides weights, keep;
+                                 [&](auto& vector, const auto&, const auto& weights) {
+                                     typename Vectors::Wides keep;
                                      typename Vectors::Lanes scaled;
-                                     Vectors::GetWeights(cover, weights);
                                      Vectors::Weigh(source, weights, scaled, keep);
                                      Vectors::Over(scaled, keep, vector);
                                  });
@@ -122,12 +120,11 @@ struct SpanMask
             using Word = typename Vectors::Word;
             RewriteSpan<Vectors>(static_cast<Word*>(destination), static_cast<const Word*>(scratch),
                                  covers, length,
-                                 [](auto& vector, const auto& from, const auto& cover) {
+                                 [](auto& vector, const auto& from, const auto& weights) {
                                      typename Vectors::Source source;
-                                     typename Vectors::Wides weights, keep;
+                                     typename Vectors::Wides keep;
                                      typename Vectors::Lanes scaled;
                                      Vectors::Prepare(from, source);
-                                     Vectors::GetWeights(cover, weights);
                                      Vectors::Weigh(source, weights, scaled, keep);
                                      Vectors::Over(scaled, keep, vector);
                                  });

@@ -23,9 +23,8 @@ struct WordVectors
 
     using Words [[gnu::vector_size(bytes)]] = Word;
     using Wides [[gnu::vector_size(bytes)]] = Wide;
-    using Covers [[gnu::vector_size(Pixels)]] = unsigned char;
 
-    static_assert(Channels % 2 == 0 && sizeof(Wide) == 2 * sizeof(ChannelType));
+    static_assert(Channels <= 4 && Channels % 2 == 0 && sizeof(Wide) == 2 * sizeof(ChannelType));
 
     /// The channels of a vector of pixels.
     struct Lanes
@@ -90,14 +89,22 @@ struct WordVectors
         return static_cast<Wide>(cover * (Arithmetic::Max / 255));
     }
 
-    /// Puts the weight of each pixel's coverage into all its lanes.
-    /// \param covers a coverage byte per word.
-    [[gnu::always_inline]] static void GetWeights(const Words& covers, Wides& lanes)
+    /// Puts the weight of each pixel's coverage byte into all its lanes.
+    [[gnu::always_inline]] static void LoadWeights(const unsigned char* covers, Wides& weights)
     {
-        if constexpr (sizeof(ChannelType) > 1)
-            Spread(covers * Word{Arithmetic::Max / 255}, lanes);
-        else
-            Spread(covers, lanes);
+        if constexpr (bytes == 16) {
+            LoadWeights16(covers, weights);
+        } else {
+            using Halves = WordVectors<PixelT, 16>;
+            typename Halves::Wides low, high;
+            Halves::LoadWeights16(covers, low);
+            Halves::LoadWeights16(covers + Halves::Pixels, high);
+            if constexpr (sizeof(Wide) == 2)
+                weights = __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11,
+                                                  12, 13, 14, 15);
+            else
+                weights = __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+        }
     }
 
     /// Scales a source, without the division that follows the sum, and finds what remains of the
@@ -112,20 +119,26 @@ struct WordVectors
         keep = Wide{Arithmetic::Max} - keep;
     }
 
-    /// Reads a byte per pixel.
-    [[gnu::always_inline]] static void LoadBytes(const unsigned char* from, Words& words)
+    /// Widens bytes by interleaving them with zeros, then with themselves: that is what processors
+    /// do well; conversions of so short vectors are compiled byte by byte.
+    [[gnu::always_inline]] static void LoadWeights16(const unsigned char* covers, Wides& weights)
     {
-        Covers covers;
-        std::memcpy(&covers, from, sizeof(covers));
-        if constexpr (sizeof(covers) == 4 && sizeof(Word) == 4) {
-            // The compiler converts so short a vector byte by byte.
-            using Bytes [[gnu::vector_size(16)]] = unsigned char;
-            const auto narrow = reinterpret_cast<Bytes>(Words{reinterpret_cast<Word>(covers)});
-            words = reinterpret_cast<Words>(__builtin_shufflevector(
-                narrow, Bytes{}, 0, 16, 16, 16, 1, 16, 16, 16, 2, 16, 16, 16, 3, 16, 16, 16));
-        } else {
-            words = __builtin_convertvector(covers, Words);
-        }
+        using Bytes [[gnu::vector_size(16)]] = unsigned char;
+        using Shorts [[gnu::vector_size(16)]] = std::uint16_t;
+        typename WordOfSize<Pixels>::Type packed;
+        std::memcpy(&packed, covers, sizeof(packed));
+        using Quads [[gnu::vector_size(16)]] = std::uint64_t;
+        const auto loaded = reinterpret_cast<Bytes>(Quads{packed, 0});
+        auto lanes = reinterpret_cast<Shorts>(__builtin_shufflevector(
+            loaded, Bytes{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+        if constexpr (sizeof(Wide) == 4)
+            lanes = __builtin_shufflevector(lanes, Shorts{}, 0, 8, 1, 9, 2, 10, 3, 11);
+        weights = reinterpret_cast<Wides>(lanes);
+        if constexpr (Channels == 4 && sizeof(Wide) == 2)
+            weights = __builtin_shufflevector(weights, weights, 0, 0, 1, 1, 2, 2, 3, 3);
+        else if constexpr (Channels == 4)
+            weights = __builtin_shufflevector(weights, weights, 0, 0, 1, 1);
+        weights *= Wide{Arithmetic::Max / 255};
     }
 
     /// A scaled source over what remains of a backdrop, rounded once; see IntegerArithmetic::Over.
@@ -156,37 +169,55 @@ struct WordVectors
     }
 };
 
+/// Writes one pixel everywhere.
+template<class Vectors>
+[[gnu::always_inline]] inline void FillSpan(typename Vectors::Word* pixels,
+                                            typename Vectors::Word pixel, unsigned length)
+{
+    constexpr unsigned count = Vectors::Pixels;
+    if (length < count) {
+        for (unsigned i = 0; i < length; ++i)
+            pixels[i] = pixel;
+        return;
+    }
+    const typename Vectors::Words vector = typename Vectors::Words{} + pixel;
+    unsigned i = 0;
+    for (; i + 4 * count <= length; i += 4 * count) {
+        for (unsigned k = 0; k < 4; ++k)
+            Vectors::Store(vector, pixels + i + k * count);
+    }
+    for (; i + count <= length; i += count)
+        Vectors::Store(vector, pixels + i);
+    Vectors::Store(vector, pixels + length - count);
+}
+
 /// Rewrites a span of pixels vector by vector. Pixels must not depend on each other: the last
 /// vector overlaps the one before it.
 ///
 /// \param sources, covers one entry per pixel, or null where \p compute reads none.
-/// \param compute \c compute(pixels, sources, covers) changes a vector of pixels; covers come as
-///        words.
+/// \param compute \c compute(pixels, sources, weights) changes a vector of pixels, given what its
+///        covers weigh.
 template<class Vectors, class Sources, class Covers, class Compute>
 [[gnu::always_inline]] inline void RewriteSpan(typename Vectors::Word* pixels, Sources sources,
                                                Covers covers, unsigned length,
                                                const Compute& compute)
 {
-    using Word = typename Vectors::Word;
     using Words = typename Vectors::Words;
     constexpr bool hasSources = !std::is_null_pointer_v<Sources>;
     constexpr bool hasCovers = !std::is_null_pointer_v<Covers>;
     constexpr unsigned count = Vectors::Pixels;
-    Words vector{}, source{}, cover{};
+    Words vector{}, source{};
+    typename Vectors::Wides weights{};
     if (length < count) {
-        for (unsigned i = 0; i < count; ++i) {
-            if (i < length) {
-                vector[i] = pixels[i];
-                if constexpr (hasSources)
-                    source[i] = sources[i];
-                if constexpr (hasCovers)
-                    cover[i] = Word{covers[i]};
-            }
-        }
-        compute(vector, source, cover);
-        for (unsigned i = 0; i < count; ++i) {
-            if (i < length)
-                pixels[i] = vector[i];
+        // One by one: gathering them would cost more.
+        for (unsigned i = 0; i < length; ++i) {
+            vector[0] = pixels[i];
+            if constexpr (hasSources)
+                source[0] = sources[i];
+            if constexpr (hasCovers)
+                weights = decltype(weights){} + Vectors::GetWeight(covers[i]);
+            compute(vector, source, weights);
+            pixels[i] = vector[0];
         }
         return;
     }
@@ -195,8 +226,8 @@ template<class Vectors, class Sources, class Covers, class Compute>
         if constexpr (hasSources)
             Vectors::Load(sources + i, source);
         if constexpr (hasCovers)
-            Vectors::LoadBytes(covers + i, cover);
-        compute(vector, source, cover);
+            Vectors::LoadWeights(covers + i, weights);
+        compute(vector, source, weights);
     };
     const unsigned last = length - count;
     computeAt(last);

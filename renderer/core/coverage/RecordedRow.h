@@ -1,83 +1,51 @@
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <vector>
 
 namespace Renderer::Coverage {
 
 /// The coverage of one row, to be handed on for several rows that are alike. As a sink of the sweep
-/// it gets spans from left to right; it hands on fewer and shorter ones with the same coverage.
+/// it gets spans from left to right. It hands on the same coverage in spans that cost least: long
+/// runs, and stretches of bytes that vector code can take at once.
 class RecordedRow
 {
 public:
     /// Begins anew; keeps the memory.
-    void Clear() noexcept
-    {
-        m_spans.clear();
-        m_covers.clear();
-    }
+    void Clear() noexcept { m_pieces.clear(); }
 
     void Run(int x, unsigned length, unsigned char cover)
     {
-        if (!m_spans.empty() && End(m_spans.back()) == x) {
-            Span& last = m_spans.back();
-            if (last.isRun && last.cover == cover) {
-                last.length += length;
-                return;
-            }
-            if (!last.isRun && last.length < Handy && length >= WorthARun) {
-                const unsigned lent = Handy - last.length;
-                m_covers.insert(m_covers.end(), lent, cover);
-                last.length = Handy;
-                x += int(lent);
-                length -= lent;
-            }
-        }
-        m_spans.push_back({x, length, 0, cover, true});
+        if (!m_pieces.empty() && End(m_pieces.back()) == x && m_pieces.back().cover == cover)
+            m_pieces.back().length += length;
+        else
+            m_pieces.push_back({x, length, cover});
     }
 
     void Mask(int x, unsigned length, const unsigned char* covers)
     {
-        for (; length > 0 && *covers == 0; --length)
-            ++covers, ++x;
-        while (length > 0 && covers[length - 1] == 0)
-            --length;
-        if (length == 0)
-            return;
-        if (std::all_of(covers, covers + length, [=](auto cover) { return cover == *covers; }))
-            return Run(x, length, *covers);
-        Span span{x, length, m_covers.size(), 0, false};
-        if (!m_spans.empty() && End(m_spans.back()) == x && m_spans.back().isRun &&
-            m_spans.back().length >= WorthARun && length < Handy) {
-            const unsigned lent = Handy - length;
-            m_covers.insert(m_covers.end(), lent, m_spans.back().cover);
-            m_spans.back().length -= lent;
-            span.x -= int(lent);
-            span.length = Handy;
+        for (unsigned i = 0; i < length; ++i) {
+            if (covers[i] != 0)
+                Run(x + int(i), 1, covers[i]);
         }
-        m_covers.insert(m_covers.end(), covers, covers + length);
-        m_spans.push_back(span);
     }
 
-    /// Makes one span of all of them where they are narrow: a stretch of bytes costs less than
-    /// several spans.
+    /// Makes the spans of what was recorded.
     void Finish()
     {
-        constexpr int narrow = 48;
-        if (m_spans.size() < 2 || End(m_spans.back()) - m_spans.front().x > narrow)
+        m_spans.clear();
+        m_covers.clear();
+        if (m_pieces.empty())
             return;
-        unsigned char row[narrow]{};
-        const int left = m_spans.front().x;
-        const auto width = unsigned(End(m_spans.back()) - left);
-        for (const Span& span : m_spans) {
-            if (span.isRun)
-                std::fill_n(row + (span.x - left), span.length, span.cover);
+        const bool isNarrow = End(m_pieces.back()) - m_pieces.front().x <= Narrow;
+        const unsigned worthARun = isNarrow && m_pieces.size() > 1 ? Narrow + 1 : WorthARun;
+        for (const Piece& piece : m_pieces) {
+            if (piece.length >= worthARun)
+                AddRun(piece);
             else
-                std::copy_n(m_covers.data() + span.covers, span.length, row + (span.x - left));
+                AddBytes(piece);
         }
-        Clear();
-        m_spans.push_back({left, width, 0, 0, false});
-        m_covers.assign(row, row + width);
+        Lengthen();
     }
 
     /// Hands the spans to \p sink.
@@ -93,22 +61,74 @@ public:
     }
 
 private:
-    struct Span
+    /// Pixels of one coverage, side by side.
+    struct Piece
     {
         int x;
         unsigned length;
-        std::size_t covers; ///< where the bytes begin
         unsigned char cover;
+    };
+    struct Span : Piece
+    {
         bool isRun;
+        std::size_t covers; ///< where the bytes begin of a span that is no run
     };
 
-    /// Stretches of bytes that are shorter cost more: vector code takes this many at once. They
-    /// borrow from long runs beside them.
+    /// Vector code takes this many pixels at once; shorter stretches of bytes borrow from runs.
     static constexpr unsigned Handy = 8;
+    /// Shorter pieces cost more as runs than as bytes.
     static constexpr unsigned WorthARun = 4 * Handy;
+    /// Rows up to this width cost least as one stretch of bytes.
+    static constexpr int Narrow = 48;
+    /// Gaps up to this width cost less as bytes than a further span.
+    static constexpr int SmallGap = 16;
 
-    static int End(const Span& span) noexcept { return span.x + int(span.length); }
+    static int End(const Piece& piece) noexcept { return piece.x + int(piece.length); }
 
+    void AddRun(Piece piece)
+    {
+        if (!m_spans.empty() && !m_spans.back().isRun && End(m_spans.back()) == piece.x &&
+            m_spans.back().length < Handy) {
+            const unsigned lent = Handy - m_spans.back().length;
+            m_covers.insert(m_covers.end(), lent, piece.cover);
+            m_spans.back().length = Handy;
+            piece.x += int(lent);
+            piece.length -= lent;
+        } else {
+            Lengthen();
+        }
+        m_spans.push_back({piece, true, 0});
+    }
+
+    void AddBytes(const Piece& piece)
+    {
+        if (m_spans.empty() || m_spans.back().isRun || piece.x - End(m_spans.back()) > SmallGap) {
+            Lengthen();
+            m_spans.push_back({{piece.x, 0, 0}, false, m_covers.size()});
+        }
+        Span& span = m_spans.back();
+        m_covers.insert(m_covers.end(), std::size_t(piece.x - End(span)), 0);
+        m_covers.insert(m_covers.end(), piece.length, piece.cover);
+        span.length = unsigned(End(piece) - span.x);
+    }
+
+    /// Lets the last stretch of bytes borrow from the run before it.
+    void Lengthen()
+    {
+        if (m_spans.size() < 2 || m_spans.back().isRun || m_spans.back().length >= Handy)
+            return;
+        Span& span = m_spans.back();
+        Span& run = m_spans[m_spans.size() - 2];
+        if (!run.isRun || End(run) != span.x)
+            return;
+        const unsigned lent = Handy - span.length;
+        m_covers.insert(m_covers.begin() + std::ptrdiff_t(span.covers), lent, run.cover);
+        run.length -= lent;
+        span.x -= int(lent);
+        span.length = Handy;
+    }
+
+    std::vector<Piece> m_pieces;
     std::vector<Span> m_spans;
     std::vector<unsigned char> m_covers;
 };
