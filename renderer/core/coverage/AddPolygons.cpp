@@ -7,8 +7,44 @@
 
 namespace Renderer::Coverage {
 
-void AddPolygons(CoverageStore& store, const Geometry::PolyPolygonType<double>& polygons,
-                 const Raster::AffineTransform::Params& transform)
+namespace {
+
+using Polygons = Geometry::PolyPolygonType<double>;
+using Params = Raster::AffineTransform::Params;
+
+/// Adds polygons that lie within the guard box, where nothing is to be cut: what the clipper would
+/// hand on, point by point.
+/// \return false when one does not; the store then holds a part of them.
+bool AddInside(CoverageStore& store, const Polygons& polygons, const Params& transform)
+{
+    using Conversion = AGG::ras_conv_dbl;
+    bool isInside = true;
+    const auto map = [&](const Kernel::PointT<double>& point) {
+        const auto p = transform.Map(point);
+        isInside = isInside && std::abs(p.x) <= GuardBox && std::abs(p.y) <= GuardBox;
+        return isInside ? Kernel::PointT<int>{Conversion::xi(p.x), Conversion::yi(p.y)}
+                        : Kernel::PointT<int>{};
+    };
+    for (std::size_t i = 0; i < polygons.GetPolygonCount() && isInside; ++i) {
+        const auto points = polygons.GetPolygon(i).points;
+        if (points.size() < 2)
+            continue;
+        const auto start = map(points.front());
+        auto from = start;
+        for (const auto& point : points.subspan(1)) {
+            const auto to = map(point);
+            if (!isInside)
+                return false;
+            store.line(from.x, from.y, to.x, to.y);
+            from = to;
+        }
+        store.line(from.x, from.y, start.x, start.y);
+    }
+    return isInside;
+}
+
+/// Adds polygons cut at the guard box.
+void AddCut(CoverageStore& store, const Polygons& polygons, const Params& transform)
 {
     // Beyond this the clipper's products would leave the range of doubles; the guard box is far
     // nearer.
@@ -36,6 +72,17 @@ void AddPolygons(CoverageStore& store, const Geometry::PolyPolygonType<double>& 
             clipper.line_to(store, point.x, point.y);
         }
         clipper.line_to(store, start.x, start.y);
+    }
+}
+
+} // namespace
+
+void AddPolygons(CoverageStore& store, const Polygons& polygons, const Params& transform)
+{
+    const auto mark = store.GetMark();
+    if (!AddInside(store, polygons, transform)) {
+        store.Return(mark);
+        AddCut(store, polygons, transform);
     }
 }
 

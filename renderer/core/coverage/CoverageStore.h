@@ -7,8 +7,8 @@
 #include <kernel/Rect.h>
 #include <renderer/core/coverage/CoverageRows.h>
 #include <renderer/core/coverage/EdgeWalker.h>
-#include <renderer/core/coverage/RecordedRow.h>
 #include <renderer/core/coverage/SubPixel.h>
+#include <renderer/core/coverage/UprightSweep.h>
 
 namespace Renderer::Coverage {
 
@@ -55,6 +55,28 @@ public:
         m_bottom = std::max(m_bottom, bottom);
     }
 
+    /// What the store holds at some time.
+    struct Mark
+    {
+        std::size_t edges;
+        int left, top, right, bottom;
+        bool isUpright;
+    };
+    Mark GetMark() const noexcept
+    {
+        return {m_edges.size(), m_left, m_top, m_right, m_bottom, m_isUpright};
+    }
+    /// Drops what was added since.
+    void Return(const Mark& mark) noexcept
+    {
+        m_edges.resize(mark.edges);
+        m_left = mark.left;
+        m_top = mark.top;
+        m_right = mark.right;
+        m_bottom = mark.bottom;
+        m_isUpright = mark.isUpright;
+    }
+
     const std::vector<Edge>& GetEdges() const noexcept { return m_edges; }
 
     /// The pixels that the path can touch within the window; empty without edges.
@@ -76,10 +98,13 @@ public:
     void Sweep(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)
     {
         try {
-            if (m_isUpright && m_edges.size() <= MostUprightEdges)
-                SweepUpright(rule, beginRow, sink);
+            const Kernel::RectT<int> bounds = GetBounds();
+            if (bounds.IsEmpty())
+                return;
+            if (m_isUpright && m_edges.size() <= UprightSweep::MostEdges)
+                m_upright.Sweep(m_edges, bounds, rule, beginRow, sink);
             else
-                SweepBands(rule, beginRow, sink);
+                SweepBands(bounds, rule, beginRow, sink);
         } catch (...) {
             m_rows = CoverageRows(); // what the rows hold half-way must not show in the next path
             throw;
@@ -87,52 +112,10 @@ public:
     }
 
 private:
-    /// Beyond this many edges, finding out which rows are alike costs more than it saves.
-    static constexpr std::size_t MostUprightEdges = 16;
-
-    /// Rectangles, their frames and other paths of upright edges alone: rows between the ends of
-    /// edges are alike and made once.
     template<class BeginRow, class Sink>
-    void SweepUpright(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)
+    void SweepBands(const Kernel::RectT<int>& bounds, const CoverageRule& rule, BeginRow& beginRow,
+                    Sink& sink)
     {
-        const Kernel::RectT<int> bounds = GetBounds();
-        if (bounds.IsEmpty())
-            return;
-        m_breaks.assign({bounds.top, bounds.bottom});
-        for (const Edge& edge : m_edges) {
-            for (const int y : {edge.y1, edge.y2}) {
-                for (const int row : {y >> SubPixelShift, (y + SubPixelMask) >> SubPixelShift}) {
-                    if (row > bounds.top && row < bounds.bottom)
-                        m_breaks.push_back(row);
-                }
-            }
-        }
-        std::sort(m_breaks.begin(), m_breaks.end());
-        m_breaks.erase(std::unique(m_breaks.begin(), m_breaks.end()), m_breaks.end());
-        for (std::size_t i = 0; i + 1 < m_breaks.size(); ++i) {
-            const int top = m_breaks[i];
-            const Kernel::RectT<int> row{bounds.left, top, bounds.right, top + 1};
-            m_rows.Open(row);
-            EdgeWalker<CoverageRows> walker(row, m_rows);
-            for (const Edge& edge : m_edges)
-                walker.Walk(edge);
-            m_recorded.Clear();
-            m_rows.SweepRow(top, rule, m_recorded);
-            m_recorded.Finish();
-            for (int y = top; y < m_breaks[i + 1]; ++y) {
-                if (!beginRow(y))
-                    return;
-                m_recorded.Replay(sink);
-            }
-        }
-    }
-
-    template<class BeginRow, class Sink>
-    void SweepBands(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)
-    {
-        const Kernel::RectT<int> bounds = GetBounds();
-        if (bounds.IsEmpty())
-            return;
         const auto rows = static_cast<int>(
             std::clamp<std::size_t>(BandBytes / CoverageRows::BytesPerRow(bounds.Width()), 1,
                                     std::size_t(bounds.Height())));
@@ -199,8 +182,7 @@ private:
     std::vector<std::size_t> m_active; // indices of edges that began above the present band
     int m_left = 0, m_top = 0, m_right = 0, m_bottom = 0;
     bool m_isUpright = true;
-    std::vector<int> m_breaks; // of rows that are alike, for the next
-    RecordedRow m_recorded;
+    UprightSweep m_upright;
     CoverageRows m_rows;
 };
 

@@ -5,29 +5,22 @@
 
 namespace Renderer::Coverage {
 
-/// The coverage of one row, to be handed on for several rows that are alike. As a sink of the sweep
-/// it gets spans from left to right. It hands on the same coverage in spans that cost least: long
-/// runs, and stretches of bytes that vector code can take at once.
+/// The coverage of one row, to be handed on for several rows that are alike. It hands on the same
+/// coverage in spans that cost least: long runs, and stretches of bytes that vector code can take
+/// at once.
 class RecordedRow
 {
 public:
     /// Begins anew; keeps the memory.
     void Clear() noexcept { m_pieces.clear(); }
 
+    /// Adds pixels of one coverage, which is not 0, from left to right.
     void Run(int x, unsigned length, unsigned char cover)
     {
         if (!m_pieces.empty() && End(m_pieces.back()) == x && m_pieces.back().cover == cover)
             m_pieces.back().length += length;
         else
             m_pieces.push_back({x, length, cover});
-    }
-
-    void Mask(int x, unsigned length, const unsigned char* covers)
-    {
-        for (unsigned i = 0; i < length; ++i) {
-            if (covers[i] != 0)
-                Run(x + int(i), 1, covers[i]);
-        }
     }
 
     /// Makes the spans of what was recorded.
@@ -37,8 +30,11 @@ public:
         m_covers.clear();
         if (m_pieces.empty())
             return;
-        const bool isNarrow = End(m_pieces.back()) - m_pieces.front().x <= Narrow;
-        const unsigned worthARun = isNarrow && m_pieces.size() > 1 ? Narrow + 1 : WorthARun;
+        unsigned worthARun = WorthARun;
+        if (m_pieces.size() == 1)
+            worthARun = 1;
+        else if (End(m_pieces.back()) - m_pieces.front().x <= Narrow)
+            worthARun = Narrow + 1;
         for (const Piece& piece : m_pieces) {
             if (piece.length >= worthARun)
                 AddRun(piece);
