@@ -181,7 +181,11 @@ template<class Vectors>
         return;
     }
     const typename Vectors::Words vector = typename Vectors::Words{} + pixel;
-    unsigned i = 0;
+    constexpr std::size_t bytes = sizeof(vector);
+    Vectors::Store(vector, pixels);
+    // The next ones begin at their own size: stores across cache lines cost twice.
+    auto i = static_cast<unsigned>((bytes - reinterpret_cast<std::uintptr_t>(pixels) % bytes) /
+                                   sizeof(pixel));
     for (; i + 4 * count <= length; i += 4 * count) {
         for (unsigned k = 0; k < 4; ++k)
             Vectors::Store(vector, pixels + i + k * count);
