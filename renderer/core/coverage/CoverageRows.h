@@ -15,7 +15,7 @@ namespace Renderer::Coverage {
 /// up to a pixel is the signed area that the path covers there.
 ///
 /// A cell (x, cover, area) adds `(cover << 9) − area` at x and `area` at x + 1. A bit for every
-/// four pixels says what was touched, so that clear and solid stretches are skipped. Rows are
+/// group of pixels says what was touched, so that clear and solid stretches are skipped. Rows are
 /// cleared again as they are swept.
 class CoverageRows
 {
@@ -24,9 +24,9 @@ public:
     void Open(const Kernel::RectT<int>& window)
     {
         m_window = window;
-        // One more pixel for the second addition of the last cell, in whole groups of four.
-        m_stride = (static_cast<std::size_t>(window.Width()) + 1 + 3) / 4 * 4;
-        m_markStride = (m_stride / 4 + 63) / 64;
+        // One more pixel for the second addition of the last cell, in whole groups.
+        m_stride = (static_cast<std::size_t>(window.Width()) + Group) / Group * Group;
+        m_markStride = (m_stride / Group + 63) / 64;
         const auto rows = static_cast<std::size_t>(window.Height());
         if (m_areas.size() < m_stride * rows)
             m_areas.resize(m_stride * rows);
@@ -39,10 +39,10 @@ public:
     /// Bytes that Open needs for a row of \p width pixels.
     static std::size_t BytesPerRow(int width)
     {
-        return (static_cast<std::size_t>(width) + 4) * sizeof(std::uint32_t);
+        return (static_cast<std::size_t>(width) + Group) * sizeof(std::uint32_t);
     }
 
-    void AddCell(int x, int y, int cover, int area) noexcept
+    [[gnu::always_inline]] void AddCell(int x, int y, int cover, int area) noexcept
     {
         const auto column = static_cast<std::size_t>(x - m_window.left);
         const auto row = static_cast<std::size_t>(y - m_window.top);
@@ -51,10 +51,10 @@ public:
         at[0] += (static_cast<std::uint32_t>(cover) << (SubPixelShift + 1)) -
                  static_cast<std::uint32_t>(area);
         at[1] += static_cast<std::uint32_t>(area);
-        std::uint64_t* const marks = m_marks.data() + row * m_markStride + column / 256;
-        const auto group = column / 4 % 64;
-        marks[0] |= (column % 4 == 3 ? std::uint64_t{3} : std::uint64_t{1}) << group;
-        if (column % 256 == 255)
+        std::uint64_t* const marks = m_marks.data() + row * m_markStride + column / (64 * Group);
+        const auto group = column / Group % 64;
+        marks[0] |= (column % Group == Group - 1 ? std::uint64_t{3} : std::uint64_t{1}) << group;
+        if (column % (64 * Group) == 64 * Group - 1)
             marks[1] |= 1;
     }
 
@@ -83,8 +83,8 @@ public:
                     bits &= end < 64 ? ~std::uint64_t{0} << end : 0;
                 }
                 const int count = end - first;
-                const std::size_t begin = (word * 64 + std::size_t(first)) * 4;
-                const std::size_t endColumn = begin + std::size_t(count) * 4;
+                const std::size_t begin = (word * 64 + std::size_t(first)) * Group;
+                const std::size_t endColumn = begin + std::size_t(count) * Group;
                 EmitRun(sink, rule, sum, done, begin < width ? begin : width);
                 sum = rule.Accumulate(areas + begin, std::size_t(count), sum, m_covers.data());
                 if (begin < width)
@@ -100,7 +100,8 @@ public:
 
 private:
     /// Untouched groups between touched ones that cost less as bytes than as a run.
-    static constexpr int NearGroups = 4;
+    static constexpr int NearGroups = 2;
+    static constexpr std::size_t Group = CoverageRule::Group;
 
     template<class Sink>
     void EmitRun(Sink& sink, const CoverageRule& rule, std::uint32_t sum, std::size_t begin,
