@@ -72,6 +72,11 @@ unsigned char* RenderTargetRasterizer::GetRow(int y) const
     return m_engine->destination.row_ptr(y - m_origin.y);
 }
 
+int RenderTargetRasterizer::GetStride() const
+{
+    return m_engine->destination.stride();
+}
+
 RectT<int> RenderTargetRasterizer::GetDestinationRect() const
 {
     return GetShownRect(m_origin, m_engine->destination.width(), m_engine->destination.height());

@@ -54,6 +54,8 @@ public:
                     Kernel::PointT<int> origin = {});
     /// The first byte of page row \p y, at the destination's left edge.
     unsigned char* GetRow(int y) const;
+    /// Bytes from row to row; negative for bottom-up rows.
+    int GetStride() const;
     Kernel::PointT<int> GetOrigin() const { return m_origin; }
     /// The part of the page that the destination shows.
     Kernel::RectT<int> GetDestinationRect() const;
@@ -121,7 +123,7 @@ public:
 
     /// Runs the span loop over the path.
     /// \param clip scales coverage; null lets everything through.
-    /// \param abort tested once per row.
+    /// \param abort tested once per row, or per few rows that are alike.
     void Render(bool antialias, const Coverage::ClipCoverage* clip, const bool* abort);
     /// Runs the span loop over whole pixels: every pixel of \p rect within the clip box is covered.
     void RenderRect(const Kernel::RectT<int>& rect, const Coverage::ClipCoverage* clip,

@@ -18,19 +18,21 @@ public:
           m_mask(blend.solidMask),
           m_pixel(pixel),
           m_pixelSize(pixelSize),
+          m_stride(rasterizer.GetStride()),
           m_left(rasterizer.GetOrigin().x)
     {}
 
     void BeginRow(int y) { m_row = m_rasterizer.GetRow(y); }
 
-    void Run(int x, unsigned length, unsigned char cover)
+    /// \param rows so many rows from the present one on are alike.
+    void Run(int x, unsigned length, unsigned char cover, unsigned rows = 1)
     {
-        m_run(Destination(x), m_pixel, cover, length);
+        m_run(Destination(x), m_stride, rows, m_pixel, cover, length);
     }
 
-    void Mask(int x, unsigned length, const unsigned char* covers)
+    void Mask(int x, unsigned length, const unsigned char* covers, unsigned rows = 1)
     {
-        m_mask(Destination(x), m_pixel, covers, length);
+        m_mask(Destination(x), m_stride, rows, m_pixel, covers, length);
     }
 
 private:
@@ -41,6 +43,7 @@ private:
     SpanBlend::SolidMaskFunction m_mask;
     const void* m_pixel;
     std::ptrdiff_t m_pixelSize;
+    std::ptrdiff_t m_stride;
     int m_left;
     unsigned char* m_row = nullptr;
 };

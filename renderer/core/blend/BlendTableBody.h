@@ -103,9 +103,10 @@ struct WordFunctions
 
     static constexpr SpanBlend Entry{
         &Run, &Mask,
-        &Code::template Call<SolidRun<PixelT, Code>, void*, const void*, unsigned char, unsigned>,
-        &Code::template Call<SolidMask<PixelT, Code>, void*, const void*, const unsigned char*,
-                             unsigned>,
+        &Code::template Call<SolidRun<PixelT, Code>, void*, std::ptrdiff_t, unsigned, const void*,
+                             unsigned char, unsigned>,
+        &Code::template Call<SolidMask<PixelT, Code>, void*, std::ptrdiff_t, unsigned, const void*,
+                             const unsigned char*, unsigned>,
         true};
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 
 #include <renderer/paint/FillBlendMode.h>
 
@@ -21,11 +22,13 @@ struct SpanBlend
     using MaskFunction = void (*)(void* destination, const unsigned char* mask, const void* scratch,
                                   const unsigned char* covers, double gammaRatio, unsigned length);
 
-    /// The same without mask and with a ratio of 1, for a source that is one pixel everywhere.
-    using SolidRunFunction = void (*)(void* destination, const void* pixel, unsigned char cover,
-                                      unsigned length);
-    using SolidMaskFunction = void (*)(void* destination, const void* pixel,
-                                       const unsigned char* covers, unsigned length);
+    /// The same without mask and with a ratio of 1, for a source that is one pixel everywhere, and
+    /// for several rows at once that have the same coverage. \param stride bytes from row to row.
+    using SolidRunFunction = void (*)(void* destination, std::ptrdiff_t stride, unsigned rows,
+                                      const void* pixel, unsigned char cover, unsigned length);
+    using SolidMaskFunction = void (*)(void* destination, std::ptrdiff_t stride, unsigned rows,
+                                       const void* pixel, const unsigned char* covers,
+                                       unsigned length);
 
     /// No pixel has more bytes.
     static constexpr unsigned LargestPixel = 20;

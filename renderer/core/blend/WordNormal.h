@@ -26,53 +26,68 @@ template<class PixelT, class Code, class Work>
     work(Short{});
 }
 
-/// Composites one pixel over a span, with one coverage.
+/// Calls \p work for the first pixel of each row.
+template<class Word, class Work>
+[[gnu::always_inline]] inline void ForRows(void* destination, std::ptrdiff_t stride, unsigned rows,
+                                           const Work& work)
+{
+    auto* row = static_cast<unsigned char*>(destination);
+    for (; rows > 0; --rows, row += stride)
+        work(reinterpret_cast<Word*>(row));
+}
+
+/// Composites one pixel over rows, with one coverage.
 template<class PixelT, class Code>
 struct SolidRun
 {
-    static void Apply(void* destination, const void* pixel, unsigned char cover, unsigned length)
+    static void Apply(void* destination, std::ptrdiff_t stride, unsigned rows, const void* pixel,
+                      unsigned char cover, unsigned length)
     {
         WithVectors<PixelT, Code>(length, [=]<class Vectors>(Vectors) {
             using Word = typename Vectors::Word;
-            Word* const pixels = static_cast<Word*>(destination);
             const Word word = *static_cast<const Word*>(pixel);
             if (cover == 255 &&
                 GetChannel<PixelT::AlphaIndex>(static_cast<const PixelT*>(pixel)) == PixelT::Max) {
-                FillSpan<Vectors>(pixels, word, length);
+                ForRows<Word>(destination, stride, rows,
+                              [&](Word* row) { FillSpan<Vectors>(row, word, length); });
                 return;
             }
             typename Vectors::Source source;
-            Vectors::Prepare(typename Vectors::Words{} + word, source);
             typename Vectors::Lanes scaled;
             typename Vectors::Wides keep;
+            Vectors::Prepare(typename Vectors::Words{} + word, source);
             Vectors::Weigh(source, typename Vectors::Wides{} + Vectors::GetWeight(cover), scaled,
                            keep);
-            RewriteSpan<Vectors>(pixels, nullptr, nullptr, length,
-                                 [&](auto& vector, const auto&, const auto&) {
-                                     Vectors::Over(scaled, keep, vector);
-                                 });
+            ForRows<Word>(destination, stride, rows, [&](Word* row) {
+                RewriteSpan<Vectors>(row, nullptr, nullptr, length,
+                                     [&](auto& vector, const auto&, const auto&) {
+                                         Vectors::Over(scaled, keep, vector);
+                                     });
+            });
         });
     }
 };
 
-/// Composites one pixel over a span, with a coverage per pixel.
+/// Composites one pixel over rows, with a coverage per pixel.
 template<class PixelT, class Code>
 struct SolidMask
 {
-    static void Apply(void* destination, const void* pixel, const unsigned char* covers,
-                      unsigned length)
+    static void Apply(void* destination, std::ptrdiff_t stride, unsigned rows, const void* pixel,
+                      const unsigned char* covers, unsigned length)
     {
         WithVectors<PixelT, Code>(length, [=]<class Vectors>(Vectors) {
             using Word = typename Vectors::Word;
             typename Vectors::Source source;
             Vectors::Prepare(typename Vectors::Words{} + *static_cast<const Word*>(pixel), source);
-            RewriteSpan<Vectors>(static_cast<Word*>(destination), nullptr, covers, length,
-                                 [&](auto& vector, const auto&, const auto& weights) {
-                                     typename Vectors::Wides keep;
-                                     typename Vectors::Lanes scaled;
-                                     Vectors::Weigh(source, weights, scaled, keep);
-                                     Vectors::Over(scaled, keep, vector);
-                                 });
+            ForRows<Word>(destination, stride, rows, [&](Word* row) {
+                RewriteSpan<Vectors>(row, nullptr, covers, length,
+                                     [&](auto& vector, const auto&, const auto& weights) {
+                                         typename Vectors::Wides keep;
+                                         typename Vectors::Lanes scaled;
+                                         Vectors::Weigh(source, weights, scaled, keep);
+                                         Vectors::Over(scaled, keep, vector);
+                                     });
+            });
         });
     }
 };

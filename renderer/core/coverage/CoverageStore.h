@@ -91,7 +91,9 @@ public:
     }
 
     /// Sweeps all rows from top to bottom.
-    /// \param beginRow is asked before each row with its y; false ends the sweep (the store is then
+    /// \param beginRow is asked before each row with its y (or before several that are alike, if
+    /// the
+    ///        sink's Run and Mask take a number of rows); false ends the sweep (the store is then
     ///        ready for a Reset all the same).
     /// \param sink see CoverageRows::SweepRow.
     template<class BeginRow, class Sink>

@@ -45,14 +45,15 @@ public:
     }
 
     /// Hands the spans to \p sink.
-    template<class Sink>
-    void Replay(Sink& sink) const
+    /// \param rows what else the sink takes: a number of rows, or nothing.
+    template<class Sink, class... Rows>
+    void Replay(Sink& sink, Rows... rows) const
     {
         for (const Span& span : m_spans) {
             if (span.isRun)
-                sink.Run(span.x, span.length, span.cover);
+                sink.Run(span.x, span.length, span.cover, rows...);
             else
-                sink.Mask(span.x, span.length, m_covers.data() + span.covers);
+                sink.Mask(span.x, span.length, m_covers.data() + span.covers, rows...);
         }
     }
 

@@ -30,15 +30,34 @@ public:
         FindBreaks(edges, bounds);
         for (std::size_t i = 0; i + 1 < m_breakCount; ++i) {
             Record(edges, bounds, m_breaks[i], rule);
-            for (int y = m_breaks[i]; y < m_breaks[i + 1]; ++y) {
-                if (!beginRow(y))
-                    return;
-                m_row.Replay(sink);
-            }
+            if (!ReplayRows(m_breaks[i], m_breaks[i + 1], beginRow, sink))
+                return;
         }
     }
 
 private:
+    /// Sinks that take several rows at once get so many.
+    static constexpr int RowsAtOnce = 16;
+
+    /// \return false when \p beginRow ends the sweep.
+    template<class BeginRow, class Sink>
+    bool ReplayRows(int top, int bottom, BeginRow& beginRow, Sink& sink) const
+    {
+        constexpr bool takesRows = requires
+        {
+            sink.Run(0, 1U, static_cast<unsigned char>(1), 1U);
+        };
+        for (int y = top; y < bottom; y += takesRows ? RowsAtOnce : 1) {
+            if (!beginRow(y))
+                return false;
+            if constexpr (takesRows)
+                m_row.Replay(sink, unsigned(std::min(RowsAtOnce, bottom - y)));
+            else
+                m_row.Replay(sink);
+        }
+        return true;
+    }
+
     /// A change of the area from a column on.
     struct Step
     {

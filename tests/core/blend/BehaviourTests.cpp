@@ -151,9 +151,14 @@ TYPED_TEST(BlendBehaviour, SolidFormsEqualTheGeneralOnes)
                 std::vector<TypeParam> run = spans.backdrop, solidRun = run, mask = run,
                                        solidMask = run;
                 blend.run(&run[begin], nullptr, source.data(), cover, 1.0, count);
-                blend.solidRun(&solidRun[begin], &paint, cover, count);
-                blend.mask(&mask[begin], nullptr, source.data(), &spans.covers[begin], 1.0, count);
-                blend.solidMask(&solidMask[begin], &paint, &spans.covers[begin], count);
+                blend.solidRun(&solidRun[begin], 0, 1, &paint, cover, count);
+                // Two rows, one behind the other.
+                const unsigned half = count / 2;
+                blend.solidMask(&solidMask[begin], half * sizeof(TypeParam), 2, &paint,
+                                &spans.covers[begin], half);
+                blend.mask(&mask[begin], nullptr, source.data(), &spans.covers[begin], 1.0, half);
+                blend.mask(&mask[begin + half], nullptr, source.data(), &spans.covers[begin], 1.0,
+                           half);
                 ASSERT_TRUE(SameBytes(run, solidRun)) << mode << ' ' << count << ' ' << int(cover);
                 ASSERT_TRUE(SameBytes(mask, solidMask)) << mode << ' ' << count;
             }
