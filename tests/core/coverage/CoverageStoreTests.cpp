@@ -20,27 +20,6 @@ using Coverage::CoverageStore;
 using Kernel::RectT;
 using Polygons = Geometry::PolyPolygonType<double>;
 
-class PictureSink
-{
-public:
-    explicit PictureSink(CoveragePicture& picture) : m_picture(picture) {}
-    void BeginRow(int y) { m_y = y; }
-    void Run(int x, unsigned length, unsigned char cover)
-    {
-        for (unsigned i = 0; i < length; ++i)
-            m_picture.At(x + int(i), m_y) = cover;
-    }
-    void Mask(int x, unsigned length, const unsigned char* covers)
-    {
-        for (unsigned i = 0; i < length; ++i)
-            m_picture.At(x + int(i), m_y) = covers[i];
-    }
-
-private:
-    CoveragePicture& m_picture;
-    int m_y = 0;
-};
-
 /// Kept between calls, as a target keeps it: what a path leaves behind would show in the next.
 CoverageStore& SharedStore()
 {

@@ -32,6 +32,28 @@ private:
     std::vector<unsigned char> m_bytes;
 };
 
+/// Writes swept coverage into a picture.
+class PictureSink
+{
+public:
+    explicit PictureSink(CoveragePicture& picture) : m_picture(picture) {}
+    void BeginRow(int y) { m_y = y; }
+    void Run(int x, unsigned length, unsigned char cover)
+    {
+        for (unsigned i = 0; i < length; ++i)
+            m_picture.At(x + int(i), m_y) = cover;
+    }
+    void Mask(int x, unsigned length, const unsigned char* covers)
+    {
+        for (unsigned i = 0; i < length; ++i)
+            m_picture.At(x + int(i), m_y) = covers[i];
+    }
+
+private:
+    CoveragePicture& m_picture;
+    int m_y = 0;
+};
+
 /// The oracle: AGG's own scan-line rasteriser with the guard box as its clip box. Its cell store
 /// draws edges of 16,384 pixels and more twice over; polygons with such edges do not belong here.
 inline CoveragePicture RenderWithStockAgg(const Geometry::PolyPolygonType<double>& polygons,
