@@ -42,6 +42,8 @@ public:
                const Composition& composition)
         : m_target(target)
     {
+        // Before the clip narrows, so that the clip paths' coverage serves the next shapes too.
+        target.UpdateClipRasterizer();
         target.PushAbsoluteDeviceClip(rect);
         try {
             target.PushComposite(CompositeInit::Clear, composition.mode, composition.options,

@@ -123,59 +123,64 @@ Kernel::Counted<const ClipCoverage> ClipPath::GetCoverage(const RectT<int>& rect
 
 void ClipPathStack::Push(ClipPath path)
 {
-    if (!m_level.openGroups.empty())
-        m_level.openGroups.back().AddMember(std::move(path));
+    if (!GetLevel().openGroups.empty())
+        GetLevel().openGroups.back().AddMember(std::move(path));
     else
-        m_level.paths.push_back(std::move(path));
+        GetLevel().paths.push_back(std::move(path));
 }
 
 void ClipPathStack::Pop()
 {
-    if (!m_level.openGroups.empty()) {
-        m_level.openGroups.back().RemoveMember();
-    } else if (!m_level.paths.empty()) {
-        m_level.paths.pop_back();
-        m_level.states.resize(std::min(m_level.states.size(), m_level.paths.size()));
+    if (!GetLevel().openGroups.empty()) {
+        GetLevel().openGroups.back().RemoveMember();
+    } else if (!GetLevel().paths.empty()) {
+        GetLevel().paths.pop_back();
+        GetLevel().states.resize(std::min(GetLevel().states.size(), GetLevel().paths.size()));
     }
 }
 
 void ClipPathStack::BeginGroup()
 {
-    m_level.openGroups.emplace_back();
+    GetLevel().openGroups.emplace_back();
 }
 
 void ClipPathStack::EndGroup()
 {
-    if (m_level.openGroups.empty())
+    if (GetLevel().openGroups.empty())
         return;
-    MakeRoomForOne(m_level.paths);
-    ClipPath group = std::move(m_level.openGroups.back());
-    m_level.openGroups.pop_back();
+    MakeRoomForOne(GetLevel().paths);
+    ClipPath group = std::move(GetLevel().openGroups.back());
+    GetLevel().openGroups.pop_back();
     Push(std::move(group));
 }
 
 void ClipPathStack::Seal()
 {
-    m_sealed.push_back(std::move(m_level));
-    m_level = {};
+    if (m_depth + 1 == m_levels.size())
+        m_levels.emplace_back();
+    ++m_depth;
 }
 
 void ClipPathStack::Unseal() noexcept
 {
-    m_level = std::move(m_sealed.back());
-    m_sealed.pop_back();
+    GetLevel().Clear();
+    --m_depth;
 }
 
 const ClipState& ClipPathStack::Update(const RectT<int>& rect)
 {
-    Level& level = m_level;
+    Level& level = GetLevel();
     if (level.paths.empty()) {
         m_everything.window = rect;
         return m_everything;
     }
-    if (level.states.empty() || !level.rect.Contains(rect)) {
-        level.states.clear();
+    if (level.states.empty()) {
         level.rect = rect;
+    } else if (!level.rect.Contains(rect)) {
+        level.states.clear();
+        // Who comes back to the old one finds it.
+        const bool areSound = !level.rect.IsEmpty() && !rect.IsEmpty();
+        level.rect = areSound ? level.rect.Union(rect) : rect;
     }
     while (level.states.size() < level.paths.size()) {
         ClipState state{level.rect, {}};
@@ -190,8 +195,8 @@ const ClipState& ClipPathStack::Update(const RectT<int>& rect)
 
 void ClipPathStack::Clear()
 {
-    m_level = {};
-    m_sealed.clear();
+    m_levels.assign(1, {});
+    m_depth = 0;
 }
 
 } // namespace Renderer

@@ -61,7 +61,7 @@ public:
     void EndGroup();
 
     /// Whether any path is in force; open groups do not count yet.
-    bool IsEmpty() const noexcept { return m_level.paths.empty(); }
+    bool IsEmpty() const noexcept { return m_levels[m_depth].paths.empty(); }
 
     /// Puts all present paths and open groups out of force, for the inside of a composite group,
     /// whose result they clip as a whole.
@@ -96,10 +96,21 @@ private:
         std::vector<ClipPath> openGroups;
         std::vector<ClipState> states; ///< per path, the product with those before
         Kernel::RectT<int> rect{};     ///< what the states were made for
+
+        void Clear() noexcept
+        {
+            paths.clear();
+            openGroups.clear();
+            states.clear();
+        }
     };
 
-    Level m_level;               // in force
-    std::vector<Level> m_sealed; // those of the composite groups around
+    Level& GetLevel() noexcept { return m_levels[m_depth]; }
+
+    /// Those of the composite groups around, the one in force, and empty ones kept for their
+    /// memory.
+    std::vector<Level> m_levels{1};
+    std::size_t m_depth = 0; // the one in force
     ClipState m_everything;
     Coverage::CoverageStore m_store;
 };

@@ -1,5 +1,6 @@
 #include <renderer/core/CompositeGroup.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -26,9 +27,14 @@ Counted<DynamicBuffer> SpareBuffers::Take(Raster::Format format, unsigned width,
         m_buffers.erase(best);
         return buffer;
     }
-    // The new one will serve where the smallest did.
-    if (smallest != m_buffers.end())
-        m_buffers.erase(smallest);
+    if (smallest == m_buffers.end())
+        return DynamicBuffer::Create(format, width, height);
+    // The new one will serve where the smallest did. Pixels that are never touched take no memory.
+    const unsigned largerWidth = std::max(width, (*smallest)->GetWidth());
+    const unsigned largerHeight = std::max(height, (*smallest)->GetHeight());
+    m_buffers.erase(smallest);
+    if (auto larger = DynamicBuffer::Create(format, largerWidth, largerHeight))
+        return larger;
     return DynamicBuffer::Create(format, width, height);
 }
 

@@ -49,10 +49,10 @@ void PixelRenderTarget::PushClipPath(Counted<const PolyPolygon> polygons, Windin
 void PixelRenderTarget::PushClipCurvesPath(Counted<const Geometry::PolyCurveDbl> curve,
                                            WindingOrderMode winding)
 {
-    PolyPolygon flat;
+    m_polygons.Clear();
     if (curve)
-        curve->ExpandAdaptive(GetFlatteningTolerance(), flat);
-    PushClip(flat, GetCurrentTransform(), winding);
+        curve->ExpandAdaptive(GetFlatteningTolerance(), m_polygons);
+    PushClip(m_polygons, GetCurrentTransform(), winding);
 }
 
 void PixelRenderTarget::PushClipPolyCurvesPath(Counted<const ConstPolyPolyCurve> curves,

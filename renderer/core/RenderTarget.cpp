@@ -36,19 +36,16 @@ double RenderTarget::GetLineWeightDevice(const LineStyleDescriptorConst& lineSty
 
 // ---- transforms ----
 
-AffineTransform::Params RenderTarget::GetCurrentTransform() const
-{
-    return AffineTransform::Concatenate(m_world, m_logToDev);
-}
-
 void RenderTarget::SetLogToDevTransform(AffineTransform::Params transform)
 {
     m_logToDev = transform;
+    m_worldToDev = AffineTransform::Concatenate(m_world, m_logToDev);
 }
 
 void RenderTarget::SetWorldTransform(AffineTransform::Params transform)
 {
     m_world = transform;
+    m_worldToDev = AffineTransform::Concatenate(m_world, m_logToDev);
 }
 
 void RenderTarget::PushTransform(AffineTransform::Params transform, AffineTransform::Params scalar)

@@ -327,7 +327,7 @@ public:
         return m_scalarStack.back();
     }
     /// The world transform, then the log-to-device transform.
-    Raster::AffineTransform::Params GetCurrentTransform() const;
+    Raster::AffineTransform::Params GetCurrentTransform() const { return m_worldToDev; }
 
     /// The device clip; all members −2147483647 while it is unset.
     const Kernel::RectT<int>& GetDeviceClip() const { return m_deviceClip; }
@@ -453,6 +453,7 @@ private:
     bool m_allowDegradedBitmaps = false;
     Raster::AffineTransform::Params m_logToDev;
     Raster::AffineTransform::Params m_world;
+    Raster::AffineTransform::Params m_worldToDev; // the one, then the other
     bool m_ownAbort = false;
     bool* m_abort = &m_ownAbort;
     int m_index = 0;

@@ -22,6 +22,10 @@ public:
             return;
         m_result->m_rect = rect;
         m_result->m_rows.resize(std::size_t(rect.Height()));
+        // Enough for most small clips; larger ones grow as they need.
+        const std::size_t rows = std::min(m_result->m_rows.size(), std::size_t{128});
+        m_result->m_runs.reserve(rows * 3);
+        m_result->m_bytes.reserve(rows * 16);
     }
 
     /// All runs up to the next BeginRow belong to row \p y, which comes once.
