@@ -61,6 +61,12 @@ public:
     /// Adds a point to the polygon that was begun last. \pre BeginPolygon was called.
     void AddPoint(Kernel::PointT<T> point) { m_points.push_back(point); }
 
+    /// Adds several points to the polygon that was begun last. \pre as above.
+    void AddPoints(std::span<const Kernel::PointT<T>> points)
+    {
+        m_points.insert(m_points.end(), points.begin(), points.end());
+    }
+
     /// Marks the polygon that was begun last as open or closed.
     void SetClosed(bool closed) { m_closed.back() = closed; }
 

@@ -8,78 +8,93 @@
 #include <geometry/stroke/StrokePath.h>
 
 namespace Geometry {
-namespace {
 
-/// One pen with all that it needs to follow runs.
-class Stroker
+/// A pen with all that it needs to follow runs.
+class PathStroker::Pen
 {
 public:
-    Stroker(const StrokeParameters& parameters, PolyPolygonType<double>& out)
-        : m_precision(StrokePrecision::Make(0.5 * parameters.width, parameters.tolerance)),
-          m_builder(m_precision),
-          m_outline(parameters, m_precision, out),
-          m_dash(parameters.dashes, parameters.dashPhase)
-    {}
-
-    template<class Run>
-    void Draw(const Run& run)
+    void Set(const StrokeParameters& parameters)
     {
-        const StrokePath& path = m_builder.Build(run);
+        const double tolerance =
+            parameters.tolerance > 0.0 ? parameters.tolerance : 1e-3 * parameters.width;
+        const auto precision = StrokePrecision::Make(0.5 * parameters.width, tolerance);
+        m_builder.SetPrecision(precision);
+        m_outline.SetPen(parameters, precision);
+        m_dash.SetPattern(parameters);
+    }
+
+    StrokePathBuilder& GetBuilder() noexcept { return m_builder; }
+
+    void Draw(const StrokePath& path, PolyPolygonType<double>& out)
+    {
         if (path.vertices.size() < 2) {
             if (path.isDot)
-                m_outline.AddOpen(path.vertices);
+                m_outline.AddOpen(path.vertices, out);
         } else if (m_dash.IsDashed()) {
-            m_dash.Draw(path, m_outline);
+            m_dash.Draw(path, m_outline, out);
         } else if (path.closed) {
-            m_outline.AddClosed(path.vertices);
+            m_outline.AddClosed(path.vertices, out);
         } else {
-            m_outline.AddOpen(path.vertices);
+            m_outline.AddOpen(path.vertices, out);
         }
     }
 
 private:
-    StrokePrecision m_precision;
     StrokePathBuilder m_builder;
     StrokeOutline m_outline;
     StrokeDash m_dash;
 };
 
-/// Whether the pen can draw at all; fills in the tolerance.
-bool Check(StrokeParameters& parameters)
+PathStroker::PathStroker() : m_pen(std::make_unique<Pen>()) {}
+PathStroker::~PathStroker() = default;
+PathStroker::PathStroker(PathStroker&&) noexcept = default;
+PathStroker& PathStroker::operator=(PathStroker&&) noexcept = default;
+
+bool PathStroker::SetPen(const StrokeParameters& parameters)
 {
     constexpr double largest = 1e100; // beyond it squares would not be finite
+    const double unit = parameters.dashUnit;
     const auto isUsable = [](double value) { return std::abs(value) <= largest; };
-    if (!(parameters.width > 0.0 && isUsable(parameters.width) && isUsable(parameters.dashPhase)))
+    const auto isUsableLength = [&](double value) { return isUsable(value * unit); };
+    if (!(parameters.width > 0.0 && isUsable(parameters.width) &&
+          isUsableLength(parameters.dashPhase)))
         return false;
-    if (!std::all_of(parameters.dashes.begin(), parameters.dashes.end(), isUsable))
+    if (!std::all_of(parameters.dashes.begin(), parameters.dashes.end(), isUsableLength))
         return false;
-    if (!(parameters.tolerance > 0.0))
-        parameters.tolerance = 1e-3 * parameters.width;
+    m_pen->Set(parameters);
     return true;
 }
 
-} // namespace
+void PathStroker::Stroke(const CurveDbl& run, PolyPolygonType<double>& out)
+{
+    m_pen->Draw(m_pen->GetBuilder().Build(run), out);
+}
+
+void PathStroker::Stroke(std::span<const Point> points, bool closed, PolyPolygonType<double>& out)
+{
+    m_pen->Draw(m_pen->GetBuilder().Build(points, closed), out);
+}
 
 void StrokePolyCurve(const PolyCurveDbl& path, const StrokeParameters& parameters,
                      PolyPolygonType<double>& out)
 {
-    StrokeParameters checked = parameters;
-    if (!Check(checked))
+    PathStroker stroker;
+    if (!stroker.SetPen(parameters))
         return;
-    Stroker stroker(checked, out);
     for (const CurveDbl& curve : path.GetCurves())
-        stroker.Draw(curve);
+        stroker.Stroke(curve, out);
 }
 
 void StrokePolyPolygon(const PolyPolygonType<double>& path, const StrokeParameters& parameters,
                        PolyPolygonType<double>& out)
 {
-    StrokeParameters checked = parameters;
-    if (!Check(checked))
+    PathStroker stroker;
+    if (!stroker.SetPen(parameters))
         return;
-    Stroker stroker(checked, out);
-    for (std::size_t i = 0; i < path.GetPolygonCount(); ++i)
-        stroker.Draw(path.GetPolygon(i));
+    for (std::size_t i = 0; i < path.GetPolygonCount(); ++i) {
+        const auto polygon = path.GetPolygon(i);
+        stroker.Stroke(polygon.points, polygon.closed, out);
+    }
 }
 
 } // namespace Geometry

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -39,12 +40,13 @@ struct StrokeParameters
     /// dashes.
     std::span<const double> dashes;
     double dashPhase = 0.0; ///< where in the pattern each run begins; any finite value
+    double dashUnit = 1.0;  ///< what dashes and their phase count, in the units of the path
     /// Largest distance of the outline from the exact one; a thousandth of the width if not
     /// positive.
     double tolerance = 0.1;
 };
 
-/// Appends the outline of the stroked path to \p out, as closed polygons to be filled non-zero.
+/// Draws the outlines of stroked runs as closed polygons, which are to be filled non-zero.
 ///
 /// All parts of the outline have the same orientation, so overlaps never cancel, and a stroke that
 /// is wider than its curves are round has no holes. Joins are made where segments meet; along a
@@ -54,11 +56,58 @@ struct StrokeParameters
 /// along the path (along the axes where there is no direction), butts nothing. A run that was only
 /// started, not closed or drawn on, gives nothing.
 ///
-/// Beyond 16 million points in round joins and caps, and 65,536 subdivisions of a cubic for its
-/// turns, an outline is no longer refined, so that no input takes gigabytes.
+/// Beyond 16 million points in round joins and caps, and 65,536 pieces of a cubic, an outline is no
+/// longer refined, so that no input takes gigabytes.
 ///
 /// Widths that are not positive, and parameters or runs that are not finite (or beyond 1e100), draw
 /// nothing.
+///
+/// A stroker keeps its memory: one that has drawn the like before allocates nothing.
+class GEOMETRY_EXPORT PathStroker
+{
+public:
+    PathStroker();
+    ~PathStroker();
+    PathStroker(PathStroker&&) noexcept;
+    PathStroker& operator=(PathStroker&&) noexcept;
+
+    /// Takes a pen for the runs that follow. \return false when it draws nothing.
+    bool SetPen(const StrokeParameters& parameters);
+
+    /// Appends the outline of a run to \p out. \pre SetPen returned true (so for the next two).
+    void Stroke(const CurveDbl& run, PolyPolygonType<double>& out);
+    /// The same for a polygon or polyline, whose vertices are all corners.
+    void Stroke(std::span<const Point> points, bool closed, PolyPolygonType<double>& out);
+
+    /// Strokes the image of a run.
+    /// \tparam Map takes a Point and returns one; affine.
+    template<class Map>
+    void StrokeMapped(const CurveDbl& run, const Map& map, PolyPolygonType<double>& out)
+    {
+        m_mapped = run;
+        m_mapped.Transform(map);
+        Stroke(m_mapped, out);
+    }
+    /// The same for a polygon or polyline.
+    template<class Map>
+    void StrokeMapped(std::span<const Point> points, bool closed, const Map& map,
+                      PolyPolygonType<double>& out)
+    {
+        m_mappedPoints.clear();
+        for (const Point point : points)
+            m_mappedPoints.push_back(map(point));
+        Stroke(m_mappedPoints, closed, out);
+    }
+
+private:
+    class Pen;
+
+    std::unique_ptr<Pen> m_pen;
+    CurveDbl m_mapped;
+    std::vector<Point> m_mappedPoints;
+};
+
+/// Appends the outline of all runs of \p path to \p out; see PathStroker.
 GEOMETRY_EXPORT void StrokePolyCurve(const PolyCurveDbl& path, const StrokeParameters& parameters,
                                      PolyPolygonType<double>& out);
 

@@ -30,11 +30,16 @@ StrokeVertex Cut(const StrokeVertex& from, const StrokeVertex& to, double fracti
 
 } // namespace
 
-StrokeDash::StrokeDash(std::span<const double> dashes, double phase)
-    : m_dashes(dashes.begin(), dashes.end())
+void StrokeDash::SetPattern(const StrokeParameters& parameters)
 {
-    if (m_dashes.size() % 2 == 1)
-        m_dashes.insert(m_dashes.end(), dashes.begin(), dashes.end());
+    m_isDashed = false;
+    m_dashes.clear();
+    if (parameters.dashes.empty())
+        return;
+    const int rounds = parameters.dashes.size() % 2 == 1 ? 2 : 1;
+    for (int round = 0; round < rounds; ++round)
+        for (const double dash : parameters.dashes)
+            m_dashes.push_back(dash * parameters.dashUnit);
     m_period = std::accumulate(m_dashes.begin(), m_dashes.end(), 0.0);
     double gaps = 0.0;
     for (std::size_t i = 1; i < m_dashes.size(); i += 2)
@@ -45,27 +50,28 @@ StrokeDash::StrokeDash(std::span<const double> dashes, double phase)
     if (!m_isDashed)
         return;
     m_epsilon = 1e-9 * m_period;
-    m_phase = std::fmod(phase, m_period);
+    m_phase = std::fmod(parameters.dashPhase * parameters.dashUnit, m_period);
     if (m_phase < 0.0)
         m_phase += m_period;
 }
 
-void StrokeDash::Draw(const StrokePath& path, StrokeOutline& outline)
+void StrokeDash::Draw(const StrokePath& path, StrokeOutline& outline, PolyPolygonType<double>& out)
 {
+    const Drawing drawing{outline, out};
     const std::vector<StrokeVertex>& vertices = path.vertices;
     const std::size_t edges = path.closed ? vertices.size() : vertices.size() - 1;
     double length = 0.0;
     for (std::size_t i = 0; i < edges; ++i)
         length += MeasureEdge(vertices[i], vertices[(i + 1) % vertices.size()]);
     if (!(length / m_period * static_cast<double>(m_dashes.size() / 2) <= MaximumDashes)) {
-        path.closed ? outline.AddClosed(vertices) : outline.AddOpen(vertices);
+        path.closed ? outline.AddClosed(vertices, out) : outline.AddOpen(vertices, out);
         return;
     }
     Restart();
     m_holdsFirst = path.closed && IsOn();
     for (std::size_t i = 0; i < edges; ++i)
-        WalkEdge(vertices[i], vertices[(i + 1) % vertices.size()], outline);
-    Finish(path, outline);
+        WalkEdge(vertices[i], vertices[(i + 1) % vertices.size()], drawing);
+    Finish(path, drawing);
 }
 
 void StrokeDash::Restart()
@@ -90,7 +96,7 @@ void StrokeDash::Advance()
     m_remaining = m_dashes[m_index];
 }
 
-void StrokeDash::WalkEdge(const StrokeVertex& from, const StrokeVertex& to, StrokeOutline& outline)
+void StrokeDash::WalkEdge(const StrokeVertex& from, const StrokeVertex& to, const Drawing& drawing)
 {
     if (IsOn() && m_piece.empty())
         m_piece.push_back({from.point, from.out, from.out, false});
@@ -105,7 +111,7 @@ void StrokeDash::WalkEdge(const StrokeVertex& from, const StrokeVertex& to, Stro
                 Advance();
                 continue;
             }
-            EndDash(Cut(from, to, atEnd ? 1.0 : position / length), outline);
+            EndDash(Cut(from, to, atEnd ? 1.0 : position / length), drawing);
         } else if (!atEnd) {
             m_piece.push_back(Cut(from, to, position / length));
         } // a dash that starts at a vertex starts with the next edge and its direction
@@ -116,7 +122,7 @@ void StrokeDash::WalkEdge(const StrokeVertex& from, const StrokeVertex& to, Stro
         m_piece.push_back(to);
 }
 
-void StrokeDash::EndDash(const StrokeVertex& end, StrokeOutline& outline)
+void StrokeDash::EndDash(const StrokeVertex& end, const Drawing& drawing)
 {
     if (m_piece.empty() || !(m_piece.back().point == end.point))
         m_piece.push_back(end);
@@ -125,23 +131,23 @@ void StrokeDash::EndDash(const StrokeVertex& end, StrokeOutline& outline)
     if (m_holdsFirst)
         m_first.swap(m_piece);
     else
-        outline.AddOpen(m_piece);
+        drawing.AddDash(m_piece);
     m_holdsFirst = false;
     m_piece.clear();
 }
 
 /// Draws what is on at the end of the run, as one with a dash that began at the start.
-void StrokeDash::Finish(const StrokePath& path, StrokeOutline& outline)
+void StrokeDash::Finish(const StrokePath& path, const Drawing& drawing)
 {
     if (m_piece.size() < 2) { // gap, or a dash that would begin just at the end
         if (!m_first.empty())
-            outline.AddOpen(m_first);
+            drawing.AddDash(m_first);
         return;
     }
     if (!path.closed) {
         m_piece.back().out = m_piece.back().in;
     } else if (m_holdsFirst) { // never ended
-        outline.AddClosed(path.vertices);
+        drawing.outline.AddClosed(path.vertices, drawing.out);
         return;
     } else if (!m_first.empty()) {
         m_piece.insert(m_piece.end(), m_first.begin() + 1, m_first.end());
@@ -150,7 +156,7 @@ void StrokeDash::Finish(const StrokePath& path, StrokeOutline& outline)
     } else {
         m_piece.back().out = m_piece.back().in;
     }
-    outline.AddOpen(m_piece);
+    drawing.AddDash(m_piece);
 }
 
 } // namespace Geometry

@@ -15,21 +15,30 @@ public:
     /// More dashes than this in one run are beyond telling apart; the run is then drawn solid.
     static constexpr double MaximumDashes = 1e6;
 
-    /// \param dashes as in StrokeParameters; \p phase is finite.
-    StrokeDash(std::span<const double> dashes, double phase);
+    /// \param parameters its dashes and their phase are finite, also in the units of the path.
+    void SetPattern(const StrokeParameters& parameters);
 
     /// Whether the pattern has any gaps; otherwise lines are solid.
     bool IsDashed() const noexcept { return m_isDashed; }
 
     /// Draws the dashes of one run of at least two vertices; the pattern starts anew with it.
-    void Draw(const StrokePath& path, StrokeOutline& outline);
+    void Draw(const StrokePath& path, StrokeOutline& outline, PolyPolygonType<double>& out);
 
 private:
+    /// Where the outlines of dashes go.
+    struct Drawing
+    {
+        StrokeOutline& outline;
+        PolyPolygonType<double>& out;
+
+        void AddDash(const std::vector<StrokeVertex>& dash) const { outline.AddOpen(dash, out); }
+    };
+
     void Restart();
     void Advance();
-    void WalkEdge(const StrokeVertex& from, const StrokeVertex& to, StrokeOutline& outline);
-    void Finish(const StrokePath& path, StrokeOutline& outline);
-    void EndDash(const StrokeVertex& end, StrokeOutline& outline);
+    void WalkEdge(const StrokeVertex& from, const StrokeVertex& to, const Drawing& drawing);
+    void Finish(const StrokePath& path, const Drawing& drawing);
+    void EndDash(const StrokeVertex& end, const Drawing& drawing);
     bool IsOn() const noexcept { return m_index % 2 == 0; }
 
     std::vector<double> m_dashes; // an even number: dash, gap, dash, …

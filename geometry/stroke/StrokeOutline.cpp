@@ -8,129 +8,176 @@ namespace Geometry {
 namespace {
 
 /// Whether two unit vectors are the same direction for every purpose here.
-bool IsStraight(Point in, Point out)
+bool IsSame(Point in, Point out)
 {
-    return Dot(in, out) > 0.0 && std::abs(Cross(in, out)) < 1e-8;
+    return in == out || (Dot(in, out) > 0.0 && std::abs(Cross(in, out)) < 1e-8);
+}
+
+/// Whether the edge between two vertices runs along their tangents.
+bool IsStraight(const StrokeVertex& from, const StrokeVertex& to)
+{
+    return from.out == to.in;
 }
 
 } // namespace
 
-StrokeOutline::StrokeOutline(const StrokeParameters& parameters, const StrokePrecision& precision,
-                             PolyPolygonType<double>& out)
-    : m_radius(0.5 * parameters.width),
-      m_cap(parameters.cap),
-      m_join(parameters.join),
-      m_mitreLimit(parameters.mitreLimit),
-      m_largestTurn(2.0 * std::acos(precision.halfTurn)),
-      m_slack(0.25 * precision.curve),
-      m_out(out)
-{}
+void StrokeOutline::SetPen(const StrokeParameters& parameters,
+                           const StrokePrecision& precision) noexcept
+{
+    m_radius = precision.radius;
+    m_cap = parameters.cap;
+    m_join = parameters.join;
+    // Length ÷ width of a mitre is 1 ÷ cos(turn/2). The limit is a user's parameter and holds to
+    // 1e-6, so that the limit √2 takes right angles however they are rotated.
+    const double limit = parameters.mitreLimit;
+    m_leastHalfSquare = limit > 0.0 ? (1.0 - 1e-6) / (limit * limit) : 2.0;
+    m_slack = 0.125 * precision.tolerance;
+    // A tenth of the tolerance is for the tiny pieces of curves between turns.
+    m_arcExcess = 0.9 * precision.tolerance / precision.turningRadius;
+    m_arcSteps = 0.0;
+    m_arcPoints = 1 << 24;
+}
 
-void StrokeOutline::AddOpen(std::span<const StrokeVertex> vertices)
+void StrokeOutline::AddOpen(std::span<const StrokeVertex> vertices, PolyPolygonType<double>& out)
 {
     if (vertices.size() == 1 && m_cap == StrokeCap::Butt)
         return;
-    m_left.clear();
-    m_right.clear();
-    Edge edges[2]; // the one before the vertex and the one after it, in turn
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-        Edge* before = i > 0 ? &edges[(i + 1) % 2] : nullptr;
-        Edge* after = i + 1 < vertices.size() ? &edges[i % 2] : nullptr;
-        if (after)
-            *after = MakeEdge(vertices[i], vertices[i + 1]);
-        AddVertex(vertices[i], before, after);
+    m_left.Clear();
+    m_right.Clear();
+    const StrokeVertex* before = nullptr;
+    for (const StrokeVertex& vertex : vertices) {
+        const StrokeVertex* after = &vertex == &vertices.back() ? nullptr : &vertex + 1;
+        AddVertex(vertex, before, after);
+        before = &vertex;
     }
     AddCap(vertices.back().point, vertices.back().out);
-    m_left.insert(m_left.end(), m_right.rbegin(), m_right.rend());
+    m_left.AddReversed(m_right);
     AddCap(vertices.front().point, -1.0 * vertices.front().in);
-    Flush(false, m_left);
+    m_left.Flush(out);
 }
 
-void StrokeOutline::AddClosed(std::span<const StrokeVertex> vertices)
+void StrokeOutline::AddClosed(std::span<const StrokeVertex> vertices, PolyPolygonType<double>& out)
 {
-    m_left.clear();
-    m_right.clear();
-    Edge before = MakeEdge(vertices.back(), vertices.front());
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-        const Edge after = MakeEdge(vertices[i], vertices[(i + 1) % vertices.size()]);
-        AddVertex(vertices[i], &before, &after);
-        before = after;
+    m_left.Clear();
+    m_right.Clear();
+    const StrokeVertex* before = &vertices.back();
+    for (const StrokeVertex& vertex : vertices) {
+        const StrokeVertex* after = &vertex == &vertices.back() ? &vertices.front() : &vertex + 1;
+        AddVertex(vertex, before, after);
+        before = &vertex;
     }
-    Flush(false, m_left);
-    Flush(true, m_right);
+    CloseFans(vertices.front());
+    m_left.Flush(out);
+    m_right.Reverse();
+    m_right.Flush(out);
 }
 
-StrokeOutline::Edge StrokeOutline::MakeEdge(const StrokeVertex& from, const StrokeVertex& to) const
+void StrokeOutline::AddVertex(const StrokeVertex& vertex, const StrokeVertex* before,
+                              const StrokeVertex* after)
+{
+    const Point point = vertex.point;
+    const Point normal = m_radius * Normal(vertex.out);
+    const Crossing crossing =
+        after && !IsStraight(vertex, *after) ? FindCrossing(vertex, *after) : Crossing::None;
+    if (IsSame(vertex.in, vertex.out)) {
+        m_left.Add(point + normal);
+        m_right.Add(point - normal);
+        if (m_left.IsInFan() && crossing != Crossing::Left) {
+            m_left.CloseFan(point);
+            m_left.Add(point + normal);
+        }
+        if (m_right.IsInFan() && crossing != Crossing::Right) {
+            m_right.CloseFan(point);
+            m_right.Add(point - normal);
+        }
+    } else {
+        CloseFans(vertex);
+        AddTurn(vertex, before, after);
+    }
+    if (crossing == Crossing::Left)
+        m_left.ContinueFan(point, vertex.out, after->in, point + normal);
+    else if (crossing == Crossing::Right)
+        m_right.ContinueFan(point, vertex.out, after->in, point - normal);
+}
+
+/// Ends the fans of the edge that arrives at a vertex.
+void StrokeOutline::CloseFans(const StrokeVertex& vertex)
+{
+    const Point normal = m_radius * Normal(vertex.in);
+    if (m_left.IsInFan()) {
+        m_left.Add(vertex.point + normal);
+        m_left.CloseFan(vertex.point);
+    }
+    if (m_right.IsInFan()) {
+        m_right.Add(vertex.point - normal);
+        m_right.CloseFan(vertex.point);
+    }
+}
+
+/// The normals of both ends cross where each end lies before the other's normal and its pen's end
+/// behind it.
+StrokeOutline::Crossing StrokeOutline::FindCrossing(const StrokeVertex& from,
+                                                    const StrokeVertex& to) const
 {
     const Point chord = to.point - from.point;
-    // The quadrilateral is a bilinear map of (fraction of the edge, fraction of the normal), whose
-    // Jacobian is linear: positive at the four corners means positive everywhere.
-    const double cross = m_radius * std::abs(Cross(from.out, to.in));
-    if (std::min(Dot(chord, from.out), Dot(chord, to.in)) > cross && Dot(from.out, to.in) > 0.0)
-        return {from.point, to.point, from.out, to.in};
-    // Where coordinates are too coarse for the dashes, both ends may be the same point.
-    const double length = Length(chord);
-    const Point direction = length > 0.0 ? Point{chord.x / length, chord.y / length} : from.out;
-    return {from.point, to.point, direction, direction};
+    const double turn = m_radius * Cross(from.out, to.in);
+    if (std::max(Dot(chord, from.out), Dot(chord, to.in)) >= std::abs(turn))
+        return Crossing::None;
+    return turn > 0.0 ? Crossing::Left : Crossing::Right;
 }
 
-void StrokeOutline::AddVertex(const StrokeVertex& vertex, const Edge* before, const Edge* after)
+/// Turns the pen about a vertex, between the edges before and after it, if there are any.
+void StrokeOutline::AddTurn(const StrokeVertex& vertex, const StrokeVertex* before,
+                            const StrokeVertex* after)
 {
-    const Point first = before ? before->end : vertex.in;
-    const Point last = after ? after->start : vertex.out;
-    const bool turnsBefore = !IsStraight(first, vertex.in);
-    const bool turnsHere = !IsStraight(vertex.in, vertex.out);
-    const bool turnsAfter = !IsStraight(vertex.out, last);
-    if (!turnsBefore && !turnsHere && !turnsAfter) {
-        m_left.push_back(vertex.point + m_radius * Normal(last));
-        m_right.push_back(vertex.point - m_radius * Normal(last));
-        return;
-    }
-    if (turnsBefore)
-        AddTurn(vertex.point, first, vertex.in, StrokeJoin::Round, nullptr, nullptr);
-    if (turnsHere) {
-        const StrokeJoin join = vertex.corner ? m_join : StrokeJoin::Round;
-        const bool alone = !turnsBefore && !turnsAfter;
-        AddTurn(vertex.point, vertex.in, vertex.out, join, alone ? before : nullptr,
-                alone ? after : nullptr);
-    }
-    if (turnsAfter)
-        AddTurn(vertex.point, vertex.out, last, StrokeJoin::Round, nullptr, nullptr);
-}
-
-/// Turns the pen about \p point. The edges are given where the inner side may take the direct way.
-void StrokeOutline::AddTurn(Point point, Point in, Point out, StrokeJoin join, const Edge* before,
-                            const Edge* after)
-{
-    const double sine = Cross(in, out), cosine = Dot(in, out);
-    const double side = sine >= 0.0 ? 1.0 : -1.0; // the left is the inner side for 1
-    Side& inner = side > 0.0 ? m_left : m_right;
-    Side& outer = side > 0.0 ? m_right : m_left;
-    const Point from = (side * m_radius) * Normal(in), to = (side * m_radius) * Normal(out);
+    const StrokeJoin join = vertex.corner ? m_join : StrokeJoin::Round;
+    Turn turn;
+    turn.point = vertex.point;
+    turn.side = Cross(vertex.in, vertex.out) >= 0.0 ? 1.0 : -1.0;
+    turn.from = (-turn.side * m_radius) * Normal(vertex.in);
+    turn.to = (-turn.side * m_radius) * Normal(vertex.out);
+    turn.cosine = Dot(vertex.in, vertex.out);
+    turn.straightBefore = before && IsStraight(*before, vertex);
+    turn.straightAfter = after && IsStraight(vertex, *after);
+    StrokeSide& inner = turn.side > 0.0 ? m_left : m_right;
+    StrokeSide& outer = turn.side > 0.0 ? m_right : m_left;
 
     Point meeting;
     if (join != StrokeJoin::None && before && after &&
-        FindInnerMeeting(*before, *after, side, meeting))
-        inner.push_back(meeting);
+        FindInnerMeeting(turn, *before, vertex, *after, meeting))
+        inner.Add(meeting);
     else
-        inner.insert(inner.end(), {point + from, point, point + to});
-
-    const double turn = side * std::atan2(std::abs(sine), cosine);
-    AddOuterJoin(outer, point, -1.0 * from, -1.0 * to, cosine, turn, join);
+        inner.Add({turn.point - turn.from, turn.point, turn.point - turn.to});
+    AddOuterJoin(outer, turn, join);
 }
 
 /// Where the inner edges of two quadrilaterals meet, if it is in the nearer half of both.
-bool StrokeOutline::FindInnerMeeting(const Edge& before, const Edge& after, double side,
+bool StrokeOutline::FindInnerMeeting(const Turn& turn, const StrokeVertex& before,
+                                     const StrokeVertex& vertex, const StrokeVertex& after,
                                      Point& meeting) const
 {
-    const double offset = side * m_radius;
-    const Point a0 = before.from + offset * Normal(before.start);
-    const Point a1 = before.to + offset * Normal(before.end);
-    const Point b0 = after.from + offset * Normal(after.start);
-    const Point b1 = after.to + offset * Normal(after.end);
-    const Point a = a1 - a0, b = b1 - b0;
+    const Point chordBefore = vertex.point - before.point;
+    const Point chordAfter = after.point - vertex.point;
+    if (turn.straightBefore && turn.straightAfter) {
+        // By symmetry it lies radius·tan(turn/2) from the ends of both.
+        const double twice = 1.0 + turn.cosine; // 2·cos²(turn/2)
+        const double shorter = std::min(Dot(chordBefore, vertex.in), Dot(chordAfter, vertex.out));
+        const double sine = std::abs(Cross(vertex.in, vertex.out));
+        if (!(m_radius * sine <= 0.5 * shorter * twice && twice > 0.0))
+            return false;
+        meeting = turn.point - (1.0 / twice) * (turn.from + turn.to);
+        return true;
+    }
+    if (FindCrossing(before, vertex) != Crossing::None ||
+        FindCrossing(vertex, after) != Crossing::None)
+        return false;
+    const double offset = turn.side * m_radius;
+    const Point a0 = before.point + offset * Normal(before.out);
+    const Point b0 = turn.point - turn.to;
+    const Point a = turn.point - turn.from - a0;
+    const Point b = after.point + offset * Normal(after.in) - b0;
     const double determinant = Cross(a, b);
-    if (!(std::abs(determinant) > 1e-12 * std::sqrt(Dot(a, a) * Dot(b, b))))
+    if (!(determinant * determinant > 1e-24 * Dot(a, a) * Dot(b, b)))
         return false;
     const double onA = Cross(b0 - a0, b) / determinant;
     const double onB = Cross(b0 - a0, a) / determinant;
@@ -140,49 +187,57 @@ bool StrokeOutline::FindInnerMeeting(const Edge& before, const Edge& after, doub
     return true;
 }
 
-/// The way from point + fromNormal to point + toNormal on the outer side of a turn.
-void StrokeOutline::AddOuterJoin(Side& side, Point point, Point fromNormal, Point toNormal,
-                                 double cosine, double turn, StrokeJoin join)
+/// The way from point + from to point + to on the outer side of a turn.
+void StrokeOutline::AddOuterJoin(StrokeSide& side, const Turn& turn, StrokeJoin join)
 {
-    const double halfSquare = 0.5 * (1.0 + cosine); // cosine of half the turn, squared
-    if (join != StrokeJoin::None && m_radius * (1.0 - halfSquare) <= m_slack && cosine > 0.0) {
-        // No join would be told from another: one point does.
-        side.push_back(point + (0.5 / halfSquare) * (fromNormal + toNormal));
+    const double halfSquare = 0.5 * (1.0 + turn.cosine); // cosine of half the turn, squared
+    const bool fits = join == StrokeJoin::Mitre && halfSquare >= m_leastHalfSquare;
+    const bool unseen =
+        join != StrokeJoin::None && turn.cosine > 0.0 && m_radius * (1.0 - halfSquare) <= m_slack;
+    if (fits || unseen) { // unseen: no join would be told from another, and one point does
+        // Edges along the tangents run straight into the tip.
+        if (!unseen && !turn.straightBefore)
+            side.Add(turn.point + turn.from);
+        side.Add(turn.point + (0.5 / halfSquare) * (turn.from + turn.to));
+        if (!unseen && !turn.straightAfter)
+            side.Add(turn.point + turn.to);
         return;
     }
-    side.push_back(point + fromNormal);
-    switch (join) {
-    case StrokeJoin::None:
-        side.push_back(point);
-        break;
-    case StrokeJoin::Mitre:
-        // Length ÷ width is 1 ÷ cos(turn/2). The limit is a user's parameter and holds to 1e-6, so
-        // that the limit √2 takes right angles however they are rotated.
-        if (m_mitreLimit > 0.0 && halfSquare * m_mitreLimit * m_mitreLimit >= 1.0 - 1e-6)
-            side.push_back(point + (0.5 / halfSquare) * (fromNormal + toNormal));
-        break;
-    case StrokeJoin::Round:
-        AddArc(side, point, fromNormal, turn);
-        break;
-    case StrokeJoin::Bevel:
-        break;
-    }
-    side.push_back(point + toNormal);
+    side.Add(turn.point + turn.from);
+    if (join == StrokeJoin::None)
+        side.Add(turn.point);
+    else if (join == StrokeJoin::Round)
+        AddArc(side, turn.point, turn.from, turn.to, turn.side);
+    side.Add(turn.point + turn.to);
 }
 
-/// The points between the ends of an arc, which begins at centre + from.
-void StrokeOutline::AddArc(Side& side, Point centre, Point from, double angle)
+/// The points between the ends of an arc of at most half a turn, from centre + \p from to
+/// centre + \p to; to the left for a positive \p direction.
+void StrokeOutline::AddArc(StrokeSide& side, Point centre, Point from, Point to, double direction)
 {
-    const double count = std::ceil(std::abs(angle) / m_largestTurn - 1e-9);
-    if (!(count >= 2.0 && count <= m_arcPoints))
+    PrepareArcs();
+    if (!(m_arcSteps <= m_arcPoints))
         return;
-    m_arcPoints -= count;
-    const double step = angle / count;
-    const double cosine = std::cos(step), sine = std::sin(step);
-    for (auto i = static_cast<std::size_t>(count); i > 1; --i) {
+    const double cosine = m_arcStep.x, sine = direction * m_arcStep.y;
+    const double least = 1e-9 * m_radius * m_radius;
+    for (;;) {
         from = {cosine * from.x - sine * from.y, sine * from.x + cosine * from.y};
-        side.push_back(centre + from);
+        if (direction * Cross(from, to) <= least && Dot(from, to) > 0.0)
+            return;
+        side.Add(centre + from);
+        m_arcPoints -= 1.0;
     }
+}
+
+void StrokeOutline::PrepareArcs()
+{
+    if (m_arcSteps > 0.0)
+        return;
+    // At most a right angle at once, even for pens thinner than the tolerance.
+    const double half = std::acos(std::max(1.0 - m_arcExcess, 0.5 * std::numbers::sqrt2));
+    m_arcSteps = std::ceil(std::numbers::pi / (2.0 * half) - 1e-9);
+    const double step = std::numbers::pi / m_arcSteps;
+    m_arcStep = {std::cos(step), std::sin(step)};
 }
 
 /// The way around an end of the path, from the left to the right of \p direction.
@@ -190,19 +245,9 @@ void StrokeOutline::AddCap(Point point, Point direction)
 {
     const Point ahead = m_radius * direction, left = m_radius * Normal(direction);
     if (m_cap == StrokeCap::Square)
-        m_left.insert(m_left.end(), {point + left + ahead, point - left + ahead});
+        m_left.Add({point + left + ahead, point - left + ahead});
     else if (m_cap == StrokeCap::Round)
-        AddArc(m_left, point, left, -std::numbers::pi);
-}
-
-void StrokeOutline::Flush(bool reversed, const Side& side)
-{
-    m_out.BeginPolygon(true);
-    const auto add = [this](Point point) { m_out.AddPoint(point); };
-    if (reversed)
-        std::for_each(side.rbegin(), side.rend(), add);
-    else
-        std::for_each(side.begin(), side.end(), add);
+        AddArc(m_left, point, left, -1.0 * left, -1.0);
 }
 
 } // namespace Geometry

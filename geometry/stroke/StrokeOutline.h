@@ -1,76 +1,83 @@
 #pragma once
 
+#include <cstddef>
 #include <span>
-#include <vector>
 
 #include <geometry/Polygon.h>
 #include <geometry/stroke/StrokePath.h>
+#include <geometry/stroke/StrokeSide.h>
 #include <geometry/Stroker.h>
 
 namespace Geometry {
 
 /// Draws the edges of a pen that follows flattened paths.
 ///
-/// The outline is, as an oriented boundary, the sum of the boundaries of simple pieces: a
-/// quadrilateral for every edge of the path, between the pen's positions at both ends; a wedge on
+/// The outline is, as an oriented boundary, the sum of the boundaries of simple pieces: for every
+/// edge of the path a quadrilateral on either side, between the path and the pen's ends; a wedge on
 /// the outer side of every turn; the caps. On the inner side of a turn the outline passes through
 /// the vertex, so that each quadrilateral stays whole. All pieces have the same orientation, hence
 /// the winding number of a point is the number of pieces over it and never cancels, whatever the
 /// path does. Two details keep that true:
 ///
-/// - A quadrilateral along a curve has the pen's true normals at its ends. Where they would cross
-/// (the
-///   curve is tighter than the pen is wide) it becomes a rectangle along its chord, and the pen
-///   turns at its ends.
+/// - Where the pen's normals cross, the quadrilaterals become fans (see StrokeSide).
 /// - The inner side of a turn goes directly to where the two inner edges meet if that is in the
-/// nearer
-///   half of both: each piece then keeps its orientation, and edges of pixels are not covered twice
-///   along smooth curves.
+///   nearer half of both: each piece then keeps its orientation, and edges of pixels are not
+///   covered twice along smooth curves.
 class StrokeOutline
 {
 public:
-    /// \param parameters valid, radius and tolerance positive.
-    StrokeOutline(const StrokeParameters& parameters, const StrokePrecision& precision,
-                  PolyPolygonType<double>& out);
+    /// \param parameters valid, with radius and tolerance positive.
+    void SetPen(const StrokeParameters& parameters, const StrokePrecision& precision) noexcept;
 
     /// One vertex alone draws its caps, back to back.
-    void AddOpen(std::span<const StrokeVertex> vertices);
+    void AddOpen(std::span<const StrokeVertex> vertices, PolyPolygonType<double>& out);
     /// \pre at least two vertices.
-    void AddClosed(std::span<const StrokeVertex> vertices);
+    void AddClosed(std::span<const StrokeVertex> vertices, PolyPolygonType<double>& out);
 
 private:
-    using Side = std::vector<Point>;
-
-    /// An edge of the path with the pen's directions at its ends.
-    struct Edge
+    /// The side that the pen's normals cross on along an edge, if any.
+    enum class Crossing
     {
-        Point from, to;
-        Point start, end;
+        None,
+        Left,
+        Right,
+    };
+    /// A turn of the pen at a vertex.
+    struct Turn
+    {
+        Point point;
+        Point from, to; ///< where the pen's end on the outer side comes from and goes to
+        double cosine;
+        double side;                        ///< 1 where the left is the inner side, else -1
+        bool straightBefore, straightAfter; ///< whether the edges run along the tangents
     };
 
-    Edge MakeEdge(const StrokeVertex& from, const StrokeVertex& to) const;
-    void AddVertex(const StrokeVertex& vertex, const Edge* before, const Edge* after);
-    void AddTurn(Point point, Point in, Point out, StrokeJoin join, const Edge* before,
-                 const Edge* after);
-    bool FindInnerMeeting(const Edge& before, const Edge& after, double side, Point& meeting) const;
-    void AddOuterJoin(Side& side, Point point, Point fromNormal, Point toNormal, double cosine,
-                      double turn, StrokeJoin join);
-    void AddArc(Side& side, Point centre, Point from, double angle);
+    void AddVertex(const StrokeVertex& vertex, const StrokeVertex* before,
+                   const StrokeVertex* after);
+    void CloseFans(const StrokeVertex& vertex);
+    Crossing FindCrossing(const StrokeVertex& from, const StrokeVertex& to) const;
+    void AddTurn(const StrokeVertex& vertex, const StrokeVertex* before, const StrokeVertex* after);
+    bool FindInnerMeeting(const Turn& turn, const StrokeVertex& before, const StrokeVertex& vertex,
+                          const StrokeVertex& after, Point& meeting) const;
+    void AddOuterJoin(StrokeSide& side, const Turn& turn, StrokeJoin join);
+    void AddArc(StrokeSide& side, Point centre, Point from, Point to, double direction);
+    void PrepareArcs();
     void AddCap(Point point, Point direction);
-    void Flush(bool reversed, const Side& side);
 
-    double m_radius;
-    StrokeCap m_cap;
-    StrokeJoin m_join;
-    double m_mitreLimit;
-    double m_largestTurn; // radians between neighbouring points of an arc
-    double m_slack;       // a corner cut by this much is not seen
+    double m_radius = 0.0;
+    StrokeCap m_cap{};
+    StrokeJoin m_join{};
+    double m_leastHalfSquare = 0.0; // squared cosine of half the sharpest turn that gets a mitre
+    double m_slack = 0.0;           // a corner cut by this much is not seen
+    double m_arcExcess = 0.0;       // 1 - cosine of half the largest step of an arc
+    /// Steps of a half turn, and one of them as a rotation; no steps: not known yet.
+    double m_arcSteps = 0.0;
+    Point m_arcStep;
     /// Points that arcs may still take: a million dashes of a pen a million times as wide would
     /// fill the memory. Further arcs are straight.
-    double m_arcPoints = 1 << 24;
-    Side m_left;
-    Side m_right;
-    PolyPolygonType<double>& m_out;
+    double m_arcPoints = 0.0;
+    StrokeSide m_left;
+    StrokeSide m_right;
 };
 
 } // namespace Geometry

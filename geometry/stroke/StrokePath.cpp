@@ -1,19 +1,11 @@
 #include <geometry/stroke/StrokePath.h>
 
 #include <algorithm>
-#include <numbers>
+#include <cmath>
+
+#include <geometry/stroke/StrokeWalker.h>
 
 namespace Geometry {
-
-StrokePrecision StrokePrecision::Make(double radius, double tolerance) noexcept
-{
-    // At most a right angle at once, even for pens thinner than the tolerance. And no more than
-    // some 7,000 steps for a full turn, which keeps the tolerance up to radii five million times as
-    // large.
-    const double halfTurn =
-        std::clamp(1.0 - 0.5 * tolerance / radius, std::numbers::sqrt2 / 2.0, 1.0 - 1e-7);
-    return {0.5 * tolerance, halfTurn, 1e-4 * std::min(tolerance, radius)};
-}
 
 StrokePath& StrokePathBuilder::Build(const CurveDbl& curve)
 {
@@ -30,13 +22,13 @@ StrokePath& StrokePathBuilder::Build(const CurveDbl& curve)
     return m_path;
 }
 
-StrokePath& StrokePathBuilder::Build(const PolyPolygonType<double>::View& polygon)
+StrokePath& StrokePathBuilder::Build(std::span<const Point> points, bool closed)
 {
-    if (!Start(polygon.points, polygon.closed))
+    if (!Start(points, closed))
         return m_path;
-    for (const Point point : polygon.points.subspan(1))
+    for (const Point point : points.subspan(1))
         AddLine(point);
-    Finish(polygon.points.size() > 1);
+    Finish(points.size() > 1);
     return m_path;
 }
 
@@ -63,9 +55,18 @@ void StrokePathBuilder::AddLine(Point end)
     if (length <= m_precision.shortest)
         return;
     const Point direction = step * (1.0 / length);
+    SetDirection(direction);
+    m_path.vertices.push_back({end, direction, direction, false});
+}
+
+/// The direction in which a segment leaves the last vertex.
+void StrokePathBuilder::SetDirection(Point direction)
+{
+    StrokeVertex& last = m_path.vertices.back();
     last.out = direction;
     last.corner = true;
-    m_path.vertices.push_back({end, direction, direction, false});
+    if (m_path.vertices.size() == 1)
+        last.in = direction;
 }
 
 void StrokePathBuilder::AddCubic(const Point* p)
@@ -74,47 +75,33 @@ void StrokePathBuilder::AddCubic(const Point* p)
     const Point end = FirstDirection({}, {p[3] - p[2], p[3] - p[1], p[3] - p[0]});
     if (start == Point{} || end == Point{})
         return; // all four coincide
-    m_path.vertices.back().out = start;
-    m_path.vertices.back().corner = true;
+    SetDirection(start);
 
     const CubicPolynomial cubic(p[0], p[1], p[2], p[3]);
-    CubicWalker walker(cubic, m_precision.curve);
-    m_halvings = MaximumCubicPieces;
-    double t0 = 0.0;
-    Point tangent0 = start;
+    StrokeWalker walker(cubic, start, end, m_precision);
     while (!walker.IsAtEnd()) {
-        const CubicWalker::Step& step = walker.Advance();
-        const Point tangent1 = walker.IsAtEnd() ? end : TangentAt(cubic, step.t, tangent0);
-        AddPiece(cubic, t0, tangent0, step.t, step.point, tangent1, 0);
-        t0 = step.t;
-        tangent0 = tangent1;
+        const bool smooth = walker.Advance();
+        const StrokeWalker::Step& step = walker.GetStep();
+        if (smooth && walker.GetLength() > m_precision.shortest)
+            m_path.vertices.push_back({step.point, step.tangent, step.tangent, false});
+        else
+            AddTinyPiece(step.point, step.tangent);
     }
 }
 
-/// Adds a piece of a curve, halved until the normals at its ends describe its edges well; where the
-/// piece is too short for that to matter (a cusp), the pen turns about a point.
-void StrokePathBuilder::AddPiece(const CubicPolynomial& cubic, double t0, Point tangent0, double t1,
-                                 Point p1, Point tangent1, int depth)
+/// Adds a straight piece, at whose ends the pen turns; a point where it is too short even for that.
+void StrokePathBuilder::AddTinyPiece(Point end, Point tangent)
 {
-    constexpr int deepest = 24;
     StrokeVertex& last = m_path.vertices.back();
-    const Point chord = p1 - last.point;
+    const Point chord = end - last.point;
     const double length = Length(chord);
-    if (length > 0.5 * m_precision.curve && depth < deepest && m_halvings > 0) {
-        const double least = m_precision.halfTurn * length;
-        if (Dot(tangent0, chord) < least || Dot(tangent1, chord) < least) {
-            --m_halvings;
-            const double t = 0.5 * (t0 + t1);
-            const Point tangent = TangentAt(cubic, t, tangent0);
-            AddPiece(cubic, t0, tangent0, t, cubic.Evaluate(t), tangent, depth + 1);
-            AddPiece(cubic, t, tangent, t1, p1, tangent1, depth + 1);
-            return;
-        }
+    if (length <= m_precision.shortest) {
+        last.out = tangent;
+        return;
     }
-    if (length <= m_precision.shortest)
-        last.out = tangent1;
-    else
-        m_path.vertices.push_back({p1, tangent1, tangent1, false});
+    const Point direction = chord * (1.0 / length);
+    last.out = direction;
+    m_path.vertices.push_back({end, direction, tangent, false});
 }
 
 void StrokePathBuilder::Finish(bool hasSegments)
@@ -127,9 +114,6 @@ void StrokePathBuilder::Finish(bool hasSegments)
             vertices.front().corner = true;
             vertices.pop_back();
         }
-    } else {
-        vertices.front().in = vertices.front().out;
-        vertices.back().out = vertices.back().in;
     }
     if (vertices.size() == 1) {
         m_path.isDot = hasSegments || m_path.closed;
@@ -146,17 +130,6 @@ Point StrokePathBuilder::FirstDirection(Point fallback,
             return candidate * (1.0 / length);
     }
     return fallback;
-}
-
-/// The tangent at a parameter inside; at a cusp the direction in which the curve leaves it.
-Point StrokePathBuilder::TangentAt(const CubicPolynomial& cubic, double t, Point fallback) const
-{
-    const Point derivative = cubic.Derivative(t);
-    const Point second = cubic.SecondDifference(t);
-    const double length = Length(derivative), secondLength = Length(second);
-    if (length > 1e-9 * secondLength)
-        return derivative * (1.0 / length);
-    return secondLength > 0.0 ? second * (1.0 / secondLength) : fallback;
 }
 
 } // namespace Geometry

@@ -1,0 +1,161 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+#include <geometry/Flatten.h>
+#include <geometry/stroke/StrokePrecision.h>
+#include <geometry/stroke/StrokeVector.h>
+
+namespace Geometry {
+
+/// Walks along a cubic in steps over which straight edges between the pen's true positions keep
+/// within a tolerance of what the pen's edges draw.
+///
+/// A piece that strays by d from its chord, and whose tangents keep within the angle α of it, has
+/// the pen's edges within d + radius·(1 − cos α) of the straight ones. CubicPolynomial's second
+/// differences bound d (see CubicWalker); the directions of the piece's three control legs bound α,
+/// as the derivative is a combination of them with positive factors.
+class StrokeWalker
+{
+public:
+    /// A point of the walk.
+    struct Step
+    {
+        double t;
+        Point point;
+        Point derivative;
+        Point second;  ///< a sixth of the second derivative
+        Point tangent; ///< of length 1
+    };
+
+    /// \param start,end the tangents at both ends. \pre the cubic is finite.
+    StrokeWalker(const CubicPolynomial& cubic, Point start, Point end,
+                 const StrokePrecision& precision) noexcept
+        : m_cubic(cubic),
+          m_precision(precision),
+          m_endTangent(end),
+          m_at{0.0, cubic.Start(), cubic.Derivative(0.0), cubic.SecondDifference(0.0), start}
+    {}
+
+    bool IsAtEnd() const noexcept { return m_at.t >= 1.0; }
+    const Step& GetStep() const noexcept { return m_at; }
+    /// The length of the last chord.
+    double GetLength() const noexcept { return m_length; }
+
+    /// Goes on to the next point; the last one has t = 1 and the cubic's own end.
+    /// \return whether the pen's normals at both ends describe its edges in between; otherwise the
+    ///         piece is tiny.
+    bool Advance() noexcept
+    {
+        const double rest = 1.0 - m_at.t;
+        double step = Predict();
+        if (step >= 0.9 * rest)
+            step = rest;
+        else if (step > 0.5 * rest)
+            step = 0.5 * rest; // two even steps rather than a long one and a stub
+        Step next = Towards(step);
+        double excess = Measure(next);
+        if (excess <= 0.25 && next.t < 1.0) {
+            // Much room is left: the prediction was too cautious.
+            const double length = m_length;
+            const Step further = Towards(std::min(rest, step * GetStepFactor(excess, 3.0)));
+            if (Measure(further) <= 1.0)
+                next = further;
+            else
+                m_length = length;
+        }
+        for (int attempt = 0; excess > 1.0; ++attempt) {
+            if (m_length <= m_precision.tiny || step <= Shortest)
+                break;
+            step *= attempt < 3 ? std::max(0.25, GetStepFactor(excess, 0.97)) : 0.5;
+            next = Towards(step);
+            excess = Measure(next);
+        }
+        m_at = next;
+        return excess <= 1.0;
+    }
+
+private:
+    static constexpr double Shortest = 1.0 / static_cast<double>(MaximumCubicPieces);
+
+    /// By how much a step can be changed to meet the tolerance, as errors grow with its square.
+    static double GetStepFactor(double excess, double largest) noexcept
+    {
+        return excess * largest * largest > 0.94 ? 0.97 / std::sqrt(excess) : largest;
+    }
+
+    Step Towards(double step) const noexcept
+    {
+        const double t = m_at.t + std::max(step, Shortest);
+        const bool inside = t < 1.0 - 1e-12; // what rounding leaves of the last step is no step
+        const double end = inside ? t : 1.0;
+        Step next{end, inside ? m_cubic.Evaluate(t) : m_cubic.End(), m_cubic.Derivative(end),
+                  m_cubic.SecondDifference(end), m_endTangent};
+        if (inside)
+            next.tangent = GetTangent(next);
+        return next;
+    }
+
+    /// The tangent at a point inside; at a cusp the direction in which the curve leaves it.
+    Point GetTangent(const Step& at) const noexcept
+    {
+        const double square = Dot(at.derivative, at.derivative);
+        const double secondSquare = Dot(at.second, at.second);
+        if (square > 1e-18 * secondSquare)
+            return at.derivative * (1.0 / std::sqrt(square));
+        return secondSquare > 0.0 ? at.second * (1.0 / std::sqrt(secondSquare)) : m_at.tangent;
+    }
+
+    /// The step that the curvature κ here allows: chords of length l stray by κ·l²/8 from the path
+    /// and by (1 + κ·radius) times that from the outer edge.
+    double Predict() const noexcept
+    {
+        const double speed = Dot(m_at.derivative, m_at.tangent);
+        const double across = std::abs(Cross(m_at.tangent, m_at.second));
+        const double square = speed * speed;
+        const double denominator =
+            0.75 * across * (square + 6.0 * m_precision.turningRadius * across);
+        const double numerator = m_precision.tolerance * square;
+        return denominator > numerator ? std::sqrt(numerator / denominator) : 1.0;
+    }
+
+    /// A bound of the distance between the straight edges and the true ones, in tolerances, for a
+    /// piece that ends at \p next; large where there is none.
+    double Measure(const Step& next) noexcept
+    {
+        constexpr double none = 4.0;
+        constexpr double leastCosine = 0.7071; // turns by more than a right angle are not smooth
+        const Point chord = next.point - m_at.point;
+        m_length = std::sqrt(Dot(chord, chord));
+        const double along = std::min(Dot(m_at.tangent, chord), Dot(next.tangent, chord));
+        if (!(along > leastCosine * m_length))
+            return none;
+        const double step = next.t - m_at.t;
+        const double a = std::abs(Cross(m_at.second, chord));
+        const double b = std::abs(Cross(next.second, chord));
+        const double strays = step * step * (0.38491 * std::max(a, b) + 0.36511 * std::min(a, b));
+        const double turns = m_precision.turningRadius * (m_length - along);
+        const double allowed = m_precision.tolerance * m_length;
+        // The leg in the middle must not point further away from the chord than those at the ends,
+        // or than the tolerance admits.
+        const Point middle = chord - (step / 3.0) * (m_at.derivative + next.derivative);
+        const double middleAlong = Dot(middle, chord);
+        if (middleAlong < 0.0)
+            return none;
+        const double cosine =
+            std::min(along, std::max(leastCosine * m_length,
+                                     m_length - (allowed - strays) / m_precision.turningRadius));
+        if (middleAlong * middleAlong < cosine * cosine * Dot(middle, middle))
+            return none;
+        return (strays + turns) / allowed;
+    }
+
+    const CubicPolynomial& m_cubic;
+    const StrokePrecision& m_precision;
+    Point m_endTangent;
+    Step m_at;
+    double m_length = 0.0;
+};
+
+} // namespace Geometry
