@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <geometry/Stroker.h>
 #include <renderer/core/BitmapRenderTarget.h>
 #include <renderer/core/ClipPathStack.h>
 #include <renderer/core/CompositeGroup.h>
@@ -184,7 +185,9 @@ private:
     void DrawPolygons(const PolyPolygon& polygons, const Transform& transform,
                       const Composition& composition, const FillDescriptorConst& fill,
                       const FillDescriptorConst& transparency, const PathRule& rule);
-    void DrawStroke(const Geometry::PolyCurveDbl& curve, const Composition& composition,
+    /// \tparam Path PolyCurveDbl, or PolyPolygon for open polylines.
+    template<class Path>
+    void DrawStroke(const Path& path, const Composition& composition,
                     const FillDescriptorConst& lineFill, const FillDescriptorConst& transparency,
                     const LineStyleDescriptorConst& lineStyle, const PathRule& rule);
     void FillAndStroke(const Geometry::PolyCurveDbl& curve, const Composition& composition,
@@ -229,6 +232,7 @@ private:
     BitmapCache m_bitmaps;
     PolyPolygon m_polygons; // what a call flattens, kept for its memory
     PolyPolygon m_outline;  // of the call's stroke
+    Geometry::PathStroker m_stroker;
     double m_gamma = 1.0;
 
     Kernel::Counted<Raster::DynamicBuffer> m_buffer;  // the destination

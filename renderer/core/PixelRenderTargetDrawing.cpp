@@ -163,6 +163,26 @@ void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
 
 // ---- drawing calls ----
 
+namespace {
+
+/// Hands the runs of a path to a stroker's function.
+template<class Stroke>
+void StrokeRuns(const Geometry::PolyCurveDbl& path, const Stroke& stroke)
+{
+    for (const Geometry::CurveDbl& run : path.GetCurves())
+        stroke(run);
+}
+
+/// The same for polylines, which are open.
+template<class Stroke>
+void StrokeRuns(const PolyPolygon& polylines, const Stroke& stroke)
+{
+    for (std::size_t i = 0; i < polylines.GetPolygonCount(); ++i)
+        stroke(polylines.GetPolygon(i).points, false);
+}
+
+} // namespace
+
 void PixelRenderTarget::DrawPolyPolygon(Counted<const PolyPolygon> polygons, float opacity,
                                         FillBlendMode::BlendMode mode, const BlendOptions& options,
                                         const FillDescriptorConst& fill,
@@ -239,67 +259,45 @@ void PixelRenderTarget::DrawPolyPolyline(Counted<const PolyPolygon> polylines, f
     if (!CanDraw(opacity) || !polylines || polylines->IsEmpty() ||
         !lineStyle.IsLineStyleVisible(fill))
         return;
-    Geometry::PolyCurveDbl curve;
-    for (std::size_t i = 0; i < polylines->GetPolygonCount(); ++i) {
-        const auto points = polylines->GetPolygon(i).points;
-        if (points.empty())
-            continue;
-        Geometry::CurveDbl run(points.front());
-        for (const auto& point : points.subspan(1))
-            run.LineTo(point);
-        curve.AddCurve(std::move(run));
-    }
-    DrawStroke(curve, {opacity, mode, options}, fill, transparency, lineStyle,
+    DrawStroke(*polylines, {opacity, mode, options}, fill, transparency, lineStyle,
                {WindingOrderMode::NonZero, true, true});
 }
 
-void PixelRenderTarget::DrawStroke(const Geometry::PolyCurveDbl& curve,
-                                   const Composition& composition,
+template<class Path>
+void PixelRenderTarget::DrawStroke(const Path& path, const Composition& composition,
                                    const FillDescriptorConst& lineFill,
                                    const FillDescriptorConst& transparency,
                                    const LineStyleDescriptorConst& lineStyle, const PathRule& rule)
 {
     const LineStyle& style = *lineStyle.GetLineStyle();
     const Transform current = GetCurrentTransform();
-    const double weight = GetLineWeightDevice(lineStyle);
+    // Resolution-independent strokes are built on the device; others where the path is, so that the
+    // pen follows the map.
+    const bool onDevice = style.GetResIndependent();
+    const double scale = onDevice ? 1.0 : AffineTransform::GetScale(current);
     Geometry::StrokeParameters stroke;
+    stroke.width = GetLineWeightDevice(lineStyle) / (scale > 0.0 ? scale : 1.0);
     stroke.cap = static_cast<Geometry::StrokeCap>(style.GetCap());
     stroke.join = static_cast<Geometry::StrokeJoin>(style.GetJoin());
     stroke.mitreLimit = style.GetMiterLimit();
-
-    // Resolution-independent strokes are built on the device; others where the path is, so that the
-    // pen follows the map.
-    double scale = 1.0;
-    if (!style.GetResIndependent()) {
-        scale = AffineTransform::GetScale(current);
-        if (!(scale > 0.0))
-            scale = 1.0;
-    }
-    stroke.width = weight / scale;
-    std::vector<double> dashes;
+    stroke.tolerance = onDevice ? GetDeviceExpansionTolerance() : GetFlatteningTolerance();
     if (style.GetType() == LineStyle::Dashed) {
-        // Dashes are in the units of the weight and scale like it.
-        const double unit = stroke.width / style.GetWeight();
-        dashes = style.GetDashPattern();
-        for (double& dash : dashes)
-            dash *= unit;
-        stroke.dashes = dashes;
-        stroke.dashPhase = style.GetDashPhase() * unit;
+        stroke.dashes = style.GetDashPattern();
+        stroke.dashPhase = style.GetDashPhase();
+        stroke.dashUnit = stroke.width / style.GetWeight(); // dashes scale like the weight
     }
+    if (!m_stroker.SetPen(stroke))
+        return;
     m_outline.Clear();
-    PathRule outlineRule = rule;
-    outlineRule.winding = WindingOrderMode::NonZero;
-    if (style.GetResIndependent()) {
-        Geometry::PolyCurveDbl device = curve;
-        device.Transform([&](Kernel::PointT<double> point) { return current.Map(point); });
-        stroke.tolerance = GetDeviceExpansionTolerance();
-        Geometry::StrokePolyCurve(device, stroke, m_outline);
-        DrawPolygons(m_outline, {}, composition, lineFill, transparency, outlineRule);
-    } else {
-        stroke.tolerance = GetFlatteningTolerance();
-        Geometry::StrokePolyCurve(curve, stroke, m_outline);
-        DrawPolygons(m_outline, current, composition, lineFill, transparency, outlineRule);
-    }
+    if (onDevice)
+        StrokeRuns(path, [&](auto&&... run) {
+            const auto map = [&current](Kernel::PointT<double> p) { return current.Map(p); };
+            m_stroker.StrokeMapped(run..., map, m_outline);
+        });
+    else
+        StrokeRuns(path, [&](auto&&... run) { m_stroker.Stroke(run..., m_outline); });
+    DrawPolygons(m_outline, onDevice ? Transform{} : current, composition, lineFill, transparency,
+                 {WindingOrderMode::NonZero, rule.antialias, rule.antialiasUnderClip});
 }
 
 void PixelRenderTarget::DrawBuffer(const RectT<double>& dest,
