@@ -7,12 +7,6 @@
 namespace Geometry {
 namespace {
 
-/// Whether two unit vectors are the same direction for every purpose here.
-bool IsSame(Point in, Point out)
-{
-    return in == out || (Dot(in, out) > 0.0 && std::abs(Cross(in, out)) < 1e-8);
-}
-
 /// Whether the edge between two vertices runs along their tangents.
 bool IsStraight(const StrokeVertex& from, const StrokeVertex& to)
 {
@@ -75,11 +69,11 @@ void StrokeOutline::AddClosed(std::span<const StrokeVertex> vertices, PolyPolygo
 void StrokeOutline::AddVertex(const StrokeVertex& vertex, const StrokeVertex* before,
                               const StrokeVertex* after)
 {
-    const Point point = vertex.point;
-    const Point normal = m_radius * Normal(vertex.out);
+    const Point point = vertex.point + vertex.aside * Normal(vertex.out);
+    const Point normal = (m_radius * vertex.reach) * Normal(vertex.out);
     const Crossing crossing =
         after && !IsStraight(vertex, *after) ? FindCrossing(vertex, *after) : Crossing::None;
-    if (IsSame(vertex.in, vertex.out)) {
+    if (IsSameDirection(vertex.in, vertex.out)) {
         m_left.Add(point + normal);
         m_right.Add(point - normal);
         if (m_left.IsInFan() && crossing != Crossing::Left) {
@@ -219,12 +213,14 @@ void StrokeOutline::AddArc(StrokeSide& side, Point centre, Point from, Point to,
     if (!(m_arcSteps <= m_arcPoints))
         return;
     const double cosine = m_arcStep.x, sine = direction * m_arcStep.y;
+    // A little outside, so that the edges lie as much outside the true arc as inside.
+    const double reach = 1.0 + m_arcExcess / 1.5;
     const double least = 1e-9 * m_radius * m_radius;
     for (;;) {
         from = {cosine * from.x - sine * from.y, sine * from.x + cosine * from.y};
         if (direction * Cross(from, to) <= least && Dot(from, to) > 0.0)
             return;
-        side.Add(centre + from);
+        side.Add(centre + reach * from);
         m_arcPoints -= 1.0;
     }
 }
@@ -238,6 +234,7 @@ void StrokeOutline::PrepareArcs()
     m_arcSteps = std::ceil(std::numbers::pi / (2.0 * half) - 1e-9);
     const double step = std::numbers::pi / m_arcSteps;
     m_arcStep = {std::cos(step), std::sin(step)};
+    m_arcExcess = 1.0 - std::cos(0.5 * step);
 }
 
 /// The way around an end of the path, from the left to the right of \p direction.

@@ -69,7 +69,7 @@ private:
     StrokeJoin m_join{};
     double m_leastHalfSquare = 0.0; // squared cosine of half the sharpest turn that gets a mitre
     double m_slack = 0.0;           // a corner cut by this much is not seen
-    double m_arcExcess = 0.0;       // 1 - cosine of half the largest step of an arc
+    double m_arcExcess = 0.0;       // 1 - cosine of half a step of an arc (the largest, at first)
     /// Steps of a half turn, and one of them as a rotation; no steps: not known yet.
     double m_arcSteps = 0.0;
     Point m_arcStep;

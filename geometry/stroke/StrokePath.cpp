@@ -3,9 +3,22 @@
 #include <algorithm>
 #include <cmath>
 
-#include <geometry/stroke/StrokeWalker.h>
-
 namespace Geometry {
+namespace {
+
+/// Moves the pen's edges at a vertex where two smooth pieces of a curve meet, so that on average
+/// they lie where the true ones are: those of the path by the average of both pieces, those of the
+/// pen as the cosine of an angle running from -α to α, whose mean is 1 - α²/6 and not 1 - α²/2.
+void CentreEdges(StrokeVertex& vertex, const StrokeWalker::Piece& before,
+                 const StrokeWalker::Piece& after)
+{
+    if (!(before.length > 0.0 && after.length > 0.0 && IsSameDirection(vertex.in, vertex.out)))
+        return;
+    vertex.aside = 0.5 * (before.middle + after.middle);
+    vertex.reach = 1.0 + (2.0 - before.along / before.length - after.along / after.length) / 3.0;
+}
+
+} // namespace
 
 StrokePath& StrokePathBuilder::Build(const CurveDbl& curve)
 {
@@ -38,12 +51,13 @@ bool StrokePathBuilder::Start(std::span<const Point> points, bool closed)
     m_path.vertices.clear();
     m_path.closed = closed;
     m_path.isDot = false;
+    m_first = m_last = {};
     const bool usable = std::all_of(points.begin(), points.end(), [](Point p) {
         return std::abs(p.x) <= largest && std::abs(p.y) <= largest;
     });
     if (!usable || points.empty())
         return false;
-    m_path.vertices.push_back({points.front(), {1.0, 0.0}, {1.0, 0.0}, false});
+    m_path.vertices.push_back({points.front(), {1.0, 0.0}, {1.0, 0.0}});
     return true;
 }
 
@@ -56,7 +70,8 @@ void StrokePathBuilder::AddLine(Point end)
         return;
     const Point direction = step * (1.0 / length);
     SetDirection(direction);
-    m_path.vertices.push_back({end, direction, direction, false});
+    SetPiece({});
+    m_path.vertices.push_back({end, direction, direction});
 }
 
 /// The direction in which a segment leaves the last vertex.
@@ -80,13 +95,24 @@ void StrokePathBuilder::AddCubic(const Point* p)
     const CubicPolynomial cubic(p[0], p[1], p[2], p[3]);
     StrokeWalker walker(cubic, start, end, m_precision);
     while (!walker.IsAtEnd()) {
-        const bool smooth = walker.Advance();
+        const bool smooth = walker.Advance() && walker.GetPiece().length > m_precision.shortest;
         const StrokeWalker::Step& step = walker.GetStep();
-        if (smooth && walker.GetLength() > m_precision.shortest)
-            m_path.vertices.push_back({step.point, step.tangent, step.tangent, false});
+        SetPiece(smooth ? walker.GetPiece() : StrokeWalker::Piece{});
+        if (smooth)
+            m_path.vertices.push_back({step.point, step.tangent, step.tangent});
         else
             AddTinyPiece(step.point, step.tangent);
     }
+}
+
+/// Takes note of the piece that leaves the last vertex; one without length is not smooth.
+void StrokePathBuilder::SetPiece(const StrokeWalker::Piece& piece)
+{
+    if (m_path.vertices.size() == 1)
+        m_first = piece;
+    else
+        CentreEdges(m_path.vertices.back(), m_last, piece);
+    m_last = piece;
 }
 
 /// Adds a straight piece, at whose ends the pen turns; a point where it is too short even for that.
@@ -101,7 +127,7 @@ void StrokePathBuilder::AddTinyPiece(Point end, Point tangent)
     }
     const Point direction = chord * (1.0 / length);
     last.out = direction;
-    m_path.vertices.push_back({end, direction, tangent, false});
+    m_path.vertices.push_back({end, direction, tangent});
 }
 
 void StrokePathBuilder::Finish(bool hasSegments)
@@ -113,11 +139,12 @@ void StrokePathBuilder::Finish(bool hasSegments)
             vertices.front().in = vertices.back().in;
             vertices.front().corner = true;
             vertices.pop_back();
+            CentreEdges(vertices.front(), m_last, m_first);
         }
     }
     if (vertices.size() == 1) {
         m_path.isDot = hasSegments || m_path.closed;
-        vertices.front() = {vertices.front().point, {1.0, 0.0}, {1.0, 0.0}, false};
+        vertices.front() = {vertices.front().point, {1.0, 0.0}, {1.0, 0.0}};
     }
 }
 

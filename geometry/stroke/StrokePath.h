@@ -7,6 +7,7 @@
 #include <geometry/Curve.h>
 #include <geometry/stroke/StrokePrecision.h>
 #include <geometry/stroke/StrokeVector.h>
+#include <geometry/stroke/StrokeWalker.h>
 
 namespace Geometry {
 
@@ -17,6 +18,11 @@ struct StrokeVertex
     Point in;  ///< unit tangent of the path where it arrives
     Point out; ///< unit tangent where it goes on; the same as \c in on the way along a curve
     bool corner = false; ///< where two segments meet: gets the join of the user
+    /// Where the pen's edges bend along a curve: by how much to the left of the point, and in radii
+    /// how far from there. They lie a little outside the true ones there, so that between the
+    /// vertices they lie as much outside as inside.
+    double aside = 0.0;
+    double reach = 1.0;
 };
 
 /// A run flattened for a pen of a certain width. No two neighbours coincide. Between two vertices
@@ -45,6 +51,7 @@ private:
     void AddLine(Point end);
     void SetDirection(Point direction);
     void AddCubic(const Point* p);
+    void SetPiece(const StrokeWalker::Piece& piece);
     void AddTinyPiece(Point end, Point tangent);
     void Finish(bool hasSegments);
 
@@ -52,6 +59,8 @@ private:
 
     StrokePrecision m_precision{};
     StrokePath m_path;
+    StrokeWalker::Piece m_first{}; // the run's first piece, and the one that arrives at the end
+    StrokeWalker::Piece m_last{};  // without length where they are no smooth ones
 };
 
 } // namespace Geometry

@@ -29,4 +29,10 @@ inline Point Normal(Point a) noexcept
     return {-a.y, a.x};
 }
 
+/// Whether two unit vectors are the same direction for every purpose of strokes.
+inline bool IsSameDirection(Point in, Point out) noexcept
+{
+    return in == out || (Dot(in, out) > 0.0 && std::abs(Cross(in, out)) < 1e-8);
+}
+
 } // namespace Geometry

@@ -29,6 +29,15 @@ public:
         Point tangent; ///< of length 1
     };
 
+    /// A piece between two points of the walk.
+    struct Piece
+    {
+        double excess; ///< a bound of how far straight edges stray, in tolerances
+        double length; ///< of the chord
+        double along;  ///< length times the cosine of the angle α between chord and tangents
+        double middle; ///< by how much the piece lies to the left of its chord, on average
+    };
+
     /// \param start,end the tangents at both ends. \pre the cubic is finite.
     StrokeWalker(const CubicPolynomial& cubic, Point start, Point end,
                  const StrokePrecision& precision) noexcept
@@ -40,8 +49,8 @@ public:
 
     bool IsAtEnd() const noexcept { return m_at.t >= 1.0; }
     const Step& GetStep() const noexcept { return m_at; }
-    /// The length of the last chord.
-    double GetLength() const noexcept { return m_length; }
+    /// The last piece, which ended at GetStep.
+    const Piece& GetPiece() const noexcept { return m_piece; }
 
     /// Goes on to the next point; the last one has t = 1 and the cubic's own end.
     /// \return whether the pen's normals at both ends describe its edges in between; otherwise the
@@ -55,33 +64,34 @@ public:
         else if (step > 0.5 * rest)
             step = 0.5 * rest; // two even steps rather than a long one and a stub
         Step next = Towards(step);
-        double excess = Measure(next);
-        if (excess <= 0.25 && next.t < 1.0) {
+        m_piece = Measure(next);
+        if (m_piece.excess <= 0.25 && next.t < 1.0) {
             // Much room is left: the prediction was too cautious.
-            const double length = m_length;
-            const Step further = Towards(std::min(rest, step * GetStepFactor(excess, 3.0)));
-            if (Measure(further) <= 1.0)
+            const Step further = Towards(std::min(rest, step * GetStepFactor(3.0)));
+            const Piece piece = Measure(further);
+            if (piece.excess <= 1.0) {
                 next = further;
-            else
-                m_length = length;
+                m_piece = piece;
+            }
         }
-        for (int attempt = 0; excess > 1.0; ++attempt) {
-            if (m_length <= m_precision.tiny || step <= Shortest)
+        for (int attempt = 0; m_piece.excess > 1.0; ++attempt) {
+            if (m_piece.length <= m_precision.tiny || step <= Shortest)
                 break;
-            step *= attempt < 3 ? std::max(0.25, GetStepFactor(excess, 0.97)) : 0.5;
+            step *= attempt < 3 ? std::max(0.25, GetStepFactor(0.97)) : 0.5;
             next = Towards(step);
-            excess = Measure(next);
+            m_piece = Measure(next);
         }
         m_at = next;
-        return excess <= 1.0;
+        return m_piece.excess <= 1.0;
     }
 
 private:
     static constexpr double Shortest = 1.0 / static_cast<double>(MaximumCubicPieces);
 
     /// By how much a step can be changed to meet the tolerance, as errors grow with its square.
-    static double GetStepFactor(double excess, double largest) noexcept
+    double GetStepFactor(double largest) const noexcept
     {
+        const double excess = m_piece.excess;
         return excess * largest * largest > 0.94 ? 0.97 / std::sqrt(excess) : largest;
     }
 
@@ -120,42 +130,41 @@ private:
         return denominator > numerator ? std::sqrt(numerator / denominator) : 1.0;
     }
 
-    /// A bound of the distance between the straight edges and the true ones, in tolerances, for a
-    /// piece that ends at \p next; large where there is none.
-    double Measure(const Step& next) noexcept
+    /// The piece to \p next; its excess is large where nothing is known of its edges.
+    Piece Measure(const Step& next) const noexcept
     {
-        constexpr double none = 4.0;
         constexpr double leastCosine = 0.7071; // turns by more than a right angle are not smooth
         const Point chord = next.point - m_at.point;
-        m_length = std::sqrt(Dot(chord, chord));
+        const double length = std::sqrt(Dot(chord, chord));
         const double along = std::min(Dot(m_at.tangent, chord), Dot(next.tangent, chord));
-        if (!(along > leastCosine * m_length))
-            return none;
+        const Piece unknown{4.0, length, along, 0.0};
+        if (!(along > leastCosine * length))
+            return unknown;
         const double step = next.t - m_at.t;
         const double a = std::abs(Cross(m_at.second, chord));
         const double b = std::abs(Cross(next.second, chord));
         const double strays = step * step * (0.38491 * std::max(a, b) + 0.36511 * std::min(a, b));
-        const double turns = m_precision.turningRadius * (m_length - along);
-        const double allowed = m_precision.tolerance * m_length;
+        const double turns = m_precision.turningRadius * (length - along);
+        const double allowed = m_precision.tolerance * length;
         // The leg in the middle must not point further away from the chord than those at the ends,
         // or than the tolerance admits.
         const Point middle = chord - (step / 3.0) * (m_at.derivative + next.derivative);
         const double middleAlong = Dot(middle, chord);
-        if (middleAlong < 0.0)
-            return none;
-        const double cosine =
-            std::min(along, std::max(leastCosine * m_length,
-                                     m_length - (allowed - strays) / m_precision.turningRadius));
-        if (middleAlong * middleAlong < cosine * cosine * Dot(middle, middle))
-            return none;
-        return (strays + turns) / allowed;
+        const double least =
+            std::max(leastCosine * length, length - (allowed - strays) / m_precision.turningRadius);
+        const double cosine = std::min(along, least);
+        if (middleAlong < 0.0 || middleAlong * middleAlong < cosine * cosine * Dot(middle, middle))
+            return unknown;
+        // A cubic's controls at d1 and d2 from its chord put it (d1 + d2)/4 aside on average.
+        const double aside = (step / 12.0) * Cross(chord, m_at.derivative - next.derivative);
+        return {(strays + turns) / allowed, length, along, aside / length};
     }
 
     const CubicPolynomial& m_cubic;
     const StrokePrecision& m_precision;
     Point m_endTangent;
     Step m_at;
-    double m_length = 0.0;
+    Piece m_piece{};
 };
 
 } // namespace Geometry
