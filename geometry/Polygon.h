@@ -21,8 +21,7 @@ public:
     PolygonType() = default;
     explicit PolygonType(std::vector<Kernel::PointT<T>> points, bool closed = true)
         : m_points(std::move(points)), m_closed(closed)
-    {
-    }
+    {}
 
     const std::vector<Kernel::PointT<T>>& GetPoints() const noexcept { return m_points; }
     std::vector<Kernel::PointT<T>>& GetPoints() noexcept { return m_points; }

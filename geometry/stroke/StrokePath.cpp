@@ -14,7 +14,8 @@ void CentreEdges(StrokeVertex& vertex, const StrokeWalker::Piece& before,
 {
     if (!(before.length > 0.0 && after.length > 0.0 && IsSameDirection(vertex.in, vertex.out)))
         return;
-    vertex.aside = 0.5 * (before.middle + after.middle);
+    if (before.middle * after.middle > 0.0)
+        vertex.aside = 0.5 * (before.middle + after.middle);
     vertex.reach = 1.0 + (2.0 - before.along / before.length - after.along / after.length) / 3.0;
 }
 

@@ -58,35 +58,32 @@ public:
     bool Advance() noexcept
     {
         const double rest = 1.0 - m_at.t;
-        double step = Predict();
+        double step = m_ideal > 0.0 ? m_ideal + m_trend : 0.9 * Predict();
         if (step >= 0.9 * rest)
             step = rest;
         else if (step > 0.5 * rest)
             step = 0.5 * rest; // two even steps rather than a long one and a stub
-        Step next = Towards(step);
-        m_piece = Measure(next);
-        if (m_piece.excess <= 0.25 && next.t < 1.0) {
-            // Much room is left: the prediction was too cautious.
-            const Step further = Towards(std::min(rest, step * GetStepFactor(3.0)));
-            const Piece piece = Measure(further);
-            if (piece.excess <= 1.0) {
-                next = further;
-                m_piece = piece;
-            }
-        }
-        for (int attempt = 0; m_piece.excess > 1.0; ++attempt) {
-            if (m_piece.length <= m_precision.tiny || step <= Shortest)
-                break;
-            step *= attempt < 3 ? std::max(0.25, GetStepFactor(0.97)) : 0.5;
-            next = Towards(step);
+        for (int attempt = 0;; ++attempt) {
+            const Step next = Towards(step);
             m_piece = Measure(next);
+            if (m_piece.excess <= 1.0 || m_piece.length <= m_precision.tiny || step <= Shortest) {
+                Accept(next);
+                return m_piece.excess <= 1.0;
+            }
+            step *= attempt < 3 ? std::max(0.25, GetStepFactor(1.0)) : 0.5;
         }
-        m_at = next;
-        return m_piece.excess <= 1.0;
     }
 
 private:
     static constexpr double Shortest = 1.0 / static_cast<double>(MaximumCubicPieces);
+
+    void Accept(const Step& next) noexcept
+    {
+        const double ideal = (next.t - m_at.t) * GetStepFactor(2.0);
+        m_trend = m_ideal > 0.0 ? std::clamp(ideal - m_ideal, -0.5 * ideal, ideal) : 0.0;
+        m_ideal = ideal;
+        m_at = next;
+    }
 
     /// By how much a step can be changed to meet the tolerance, as errors grow with its square.
     double GetStepFactor(double largest) const noexcept
@@ -165,6 +162,8 @@ private:
     Point m_endTangent;
     Step m_at;
     Piece m_piece{};
+    double m_ideal = 0.0;
+    double m_trend = 0.0;
 };
 
 } // namespace Geometry
