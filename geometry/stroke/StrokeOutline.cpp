@@ -86,7 +86,8 @@ void StrokeOutline::AddVertex(const StrokeVertex& vertex, const StrokeVertex* be
         }
     } else {
         CloseFans(vertex);
-        AddTurn(vertex, before, after);
+        if (!(before && after && AddPlainCorner(*before, vertex, *after)))
+            AddTurn(vertex, before, after);
     }
     if (crossing == Crossing::Left)
         m_left.ContinueFan(point, vertex.out, after->in, point + normal);
@@ -120,6 +121,42 @@ StrokeOutline::Crossing StrokeOutline::FindCrossing(const StrokeVertex& from,
     return turn > 0.0 ? Crossing::Left : Crossing::Right;
 }
 
+/// Whether the outer side of a turn is a single tip, given the squared cosine of half the turn.
+bool StrokeOutline::HasTip(StrokeJoin join, double halfSquare) const
+{
+    if (join == StrokeJoin::Mitre && halfSquare >= m_leastHalfSquare)
+        return true;
+    // Where no join would be told from another, one point does.
+    return join != StrokeJoin::None && halfSquare > 0.5 && m_radius * (1.0 - halfSquare) <= m_slack;
+}
+
+/// The corner of two straight edges whose sides meet in a point each, as in most polygons.
+/// \return whether it is one.
+bool StrokeOutline::AddPlainCorner(const StrokeVertex& before, const StrokeVertex& vertex,
+                                   const StrokeVertex& after)
+{
+    if (!vertex.corner || !IsStraight(before, vertex) || !IsStraight(vertex, after))
+        return false;
+    const double twice = 1.0 + Dot(vertex.in, vertex.out); // 2·cos²(turn/2)
+    if (!HasTip(m_join, 0.5 * twice) || !MeetsInside(before, vertex, after, twice))
+        return false;
+    const Point tip = (m_radius / twice) * Normal(vertex.in + vertex.out);
+    m_left.Add(vertex.point + tip);
+    m_right.Add(vertex.point - tip);
+    return true;
+}
+
+/// Whether the inner sides of two straight edges meet in the nearer half of both: they do so
+/// radius·tan(turn/2) from the vertex. \param twice 1 + the cosine of the turn
+bool StrokeOutline::MeetsInside(const StrokeVertex& before, const StrokeVertex& vertex,
+                                const StrokeVertex& after, double twice) const
+{
+    const double shorter = std::min(Dot(vertex.point - before.point, vertex.in),
+                                    Dot(after.point - vertex.point, vertex.out));
+    const double sine = std::abs(Cross(vertex.in, vertex.out));
+    return m_radius * sine <= 0.5 * shorter * twice && twice > 0.0;
+}
+
 /// Turns the pen about a vertex, between the edges before and after it, if there are any.
 void StrokeOutline::AddTurn(const StrokeVertex& vertex, const StrokeVertex* before,
                             const StrokeVertex* after)
@@ -150,14 +187,9 @@ bool StrokeOutline::FindInnerMeeting(const Turn& turn, const StrokeVertex& befor
                                      const StrokeVertex& vertex, const StrokeVertex& after,
                                      Point& meeting) const
 {
-    const Point chordBefore = vertex.point - before.point;
-    const Point chordAfter = after.point - vertex.point;
     if (turn.straightBefore && turn.straightAfter) {
-        // By symmetry it lies radius·tan(turn/2) from the ends of both.
-        const double twice = 1.0 + turn.cosine; // 2·cos²(turn/2)
-        const double shorter = std::min(Dot(chordBefore, vertex.in), Dot(chordAfter, vertex.out));
-        const double sine = std::abs(Cross(vertex.in, vertex.out));
-        if (!(m_radius * sine <= 0.5 * shorter * twice && twice > 0.0))
+        const double twice = 1.0 + turn.cosine;
+        if (!MeetsInside(before, vertex, after, twice))
             return false;
         meeting = turn.point - (1.0 / twice) * (turn.from + turn.to);
         return true;
@@ -185,15 +217,13 @@ bool StrokeOutline::FindInnerMeeting(const Turn& turn, const StrokeVertex& befor
 void StrokeOutline::AddOuterJoin(StrokeSide& side, const Turn& turn, StrokeJoin join)
 {
     const double halfSquare = 0.5 * (1.0 + turn.cosine); // cosine of half the turn, squared
-    const bool fits = join == StrokeJoin::Mitre && halfSquare >= m_leastHalfSquare;
-    const bool unseen =
-        join != StrokeJoin::None && turn.cosine > 0.0 && m_radius * (1.0 - halfSquare) <= m_slack;
-    if (fits || unseen) { // unseen: no join would be told from another, and one point does
-        // Edges along the tangents run straight into the tip.
-        if (!unseen && !turn.straightBefore)
+    if (HasTip(join, halfSquare)) {
+        // Edges along the tangents run straight into it, and others nearly do if it is low.
+        const bool isLow = m_radius * (1.0 - halfSquare) <= m_slack;
+        if (!isLow && !turn.straightBefore)
             side.Add(turn.point + turn.from);
         side.Add(turn.point + (0.5 / halfSquare) * (turn.from + turn.to));
-        if (!unseen && !turn.straightAfter)
+        if (!isLow && !turn.straightAfter)
             side.Add(turn.point + turn.to);
         return;
     }

@@ -56,6 +56,11 @@ private:
                    const StrokeVertex* after);
     void CloseFans(const StrokeVertex& vertex);
     Crossing FindCrossing(const StrokeVertex& from, const StrokeVertex& to) const;
+    bool HasTip(StrokeJoin join, double halfSquare) const;
+    bool AddPlainCorner(const StrokeVertex& before, const StrokeVertex& vertex,
+                        const StrokeVertex& after);
+    bool MeetsInside(const StrokeVertex& before, const StrokeVertex& vertex,
+                     const StrokeVertex& after, double twice) const;
     void AddTurn(const StrokeVertex& vertex, const StrokeVertex* before, const StrokeVertex* after);
     bool FindInnerMeeting(const Turn& turn, const StrokeVertex& before, const StrokeVertex& vertex,
                           const StrokeVertex& after, Point& meeting) const;

@@ -79,7 +79,7 @@ private:
 
     void Accept(const Step& next) noexcept
     {
-        const double ideal = (next.t - m_at.t) * GetStepFactor(2.0);
+        const double ideal = (next.t - m_at.t) * GetStepFactor(3.0);
         m_trend = m_ideal > 0.0 ? std::clamp(ideal - m_ideal, -0.5 * ideal, ideal) : 0.0;
         m_ideal = ideal;
         m_at = next;

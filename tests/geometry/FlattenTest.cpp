@@ -1,6 +1,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -68,6 +69,18 @@ TEST(Flatten, NeedsFewPieces)
 
     const std::array<Point, 4> straight = {{{0, 0}, {10, 1}, {90, 9}, {1000, 100}}};
     EXPECT_EQ(Flatten(straight, 0.01).size(), 2u);
+}
+
+TEST(Flatten, KeepsAreas)
+{
+    // Between an arc and its chord; inscribed polylines would lose some 2 % of it.
+    const double handle = 0.5522847498;
+    const std::array<Point, 4> arc = {{{50, 0}, {50, 50 * handle}, {50 * handle, 50}, {0, 50}}};
+    const std::vector<Point> line = Flatten(arc, 0.1);
+    double area = 0.0;
+    for (std::size_t i = 1; i < line.size(); ++i)
+        area += 0.5 * (line[i - 1].x * line[i].y - line[i - 1].y * line[i].x);
+    EXPECT_NEAR(area, 625.0 * std::numbers::pi, 0.7);
 }
 
 TEST(Flatten, SurvivesWhatIsNotACurve)
