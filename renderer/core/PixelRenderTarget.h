@@ -230,6 +230,7 @@ private:
     RenderTargetRasterizer m_rasterizer;
     PopulatorStore m_populators;
     BitmapCache m_bitmaps;
+    GradientCache m_gradients;
     PolyPolygon m_polygons; // what a call flattens, kept for its memory
     PolyPolygon m_outline;  // of the call's stroke
     Geometry::PathStroker m_stroker;

@@ -20,7 +20,8 @@ using Raster::AffineTransform;
 
 PopulatorContext PixelRenderTarget::GetPopulatorContext()
 {
-    return {GetProfiles(), GetDownResamplerType(), m_current.Get(), m_currentOrigin, m_bitmaps};
+    return {GetProfiles(), GetDownResamplerType(), m_current.Get(), m_currentOrigin, m_bitmaps,
+            m_gradients};
 }
 
 bool PixelRenderTarget::AddFillPopulator(const FillDescriptorConst& fill, const RectT<int>&)

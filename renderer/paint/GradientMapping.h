@@ -35,6 +35,14 @@ struct GradientMapping
         return u + smoothness * (u * u * (3.0 - 2.0 * u) - u);
     }
 
+    /// The largest change of Mix over a change of \p t; infinite where it jumps.
+    double GetLargestSlope() const noexcept
+    {
+        // Halves of unit height ½, then at most 3/2 of smoothstep in the middle.
+        const double shorter = std::min(midpoint, 1.0 - midpoint);
+        return 0.5 / shorter * (1.0 + 0.5 * smoothness);
+    }
+
     /// The mean of Mix over the whole way.
     double MeanMix() const noexcept
     {

@@ -4,16 +4,20 @@
 #include <cmath>
 #include <cstddef>
 #include <optional>
+#include <type_traits>
 
+#include <kernel/Point.h>
 #include <raster/AffineTransform.h>
 
 namespace Renderer {
 
-/// The parameter of a conical gradient: the angle about the centre as a fraction of a turn in [0,
-/// 1), from the x axis towards the y axis.
+/// The parameter of a conical gradient: the angle about the centre as a fraction of a turn in
+/// [0, 1], from the x axis towards the y axis.
 class ConicalPositions
 {
 public:
+    static constexpr bool IsFloatEnough = true;
+
     /// The angle in the unit frame under the whole map.
     /// \return nothing when the map is singular.
     static std::optional<ConicalPositions>
@@ -22,7 +26,7 @@ public:
         Raster::AffineTransform::Params deviceToUnit;
         if (!Raster::AffineTransform::Invert(unitToDevice, deviceToUnit))
             return std::nullopt;
-        return ConicalPositions(deviceToUnit);
+        return ConicalPositions(deviceToUnit, {unitToDevice.m02, unitToDevice.m12});
     }
 
     /// The true angle on the device, from the image of the x axis on.
@@ -34,54 +38,94 @@ public:
         return MakeCorrected({m.m00, -m.m10, m.m02, m.m10, m.m00, m.m12});
     }
 
-    /// Writes the parameters of \p count ≤ 64 pixels from (x, y) on.
-    void Compute(int x, int y, unsigned count, double* t) const noexcept
+    /// The parameters of one row of pixels.
+    template<class Real>
+    class Row
     {
-        const double u0 = m_inverse.m01 * (y + 0.5) + m_inverse.m02;
-        const double v0 = m_inverse.m11 * (y + 0.5) + m_inverse.m12;
-        for (unsigned i = 0; i < count; ++i) {
-            const double column = x + static_cast<int>(i) + 0.5;
-            t[i] = GetTurn(m_inverse.m00 * column + u0, m_inverse.m10 * column + v0);
+    public:
+        Row(const ConicalPositions& positions, int y) noexcept
+            : m_start(positions.m_centre.x - 0.5),
+              m_du(positions.m_inverse.m00),
+              m_dv(positions.m_inverse.m10)
+        {
+            const double dy = y + 0.5 - positions.m_centre.y;
+            m_u0 = positions.m_inverse.m01 * dy;
+            m_v0 = positions.m_inverse.m11 * dy;
         }
-    }
 
-    /// The angle of (u, v) as a fraction of a turn in [0, 1), within 3e-10; 0 at the origin.
-    /// Written with selections instead of branches so that loops over it vectorise.
-    static double GetTurn(double u, double v) noexcept
+        Real GetParameter(int x) const noexcept
+        {
+            const double dx = x - m_start;
+            return GetTurn(static_cast<Real>(m_du * dx + m_u0),
+                           static_cast<Real>(m_dv * dx + m_v0));
+        }
+
+    private:
+        double m_start;
+        double m_du;
+        double m_dv;
+        double m_u0;
+        double m_v0;
+    };
+
+    static constexpr bool IsConstantAlongRows() noexcept { return false; }
+
+    /// The angle of (u, v) as a fraction of a turn, within 3e-10 (5e-7 in float); 0 at the origin.
+    /// A double stays below 1; a float may round to 1 just before the turn is full. Written with
+    /// selections instead of branches so that loops over it vectorise.
+    template<class Real>
+    static Real GetTurn(Real u, Real v) noexcept
     {
-        const double absU = std::abs(u);
-        const double absV = std::abs(v);
-        const double low = absU < absV ? absU : absV;
-        const double high = absU < absV ? absV : absU;
-        const double eighth = GetSmallTurn(low / (high > 0.0 ? high : 1.0));
-        const double quarter = absU < absV ? 0.25 - eighth : eighth;
-        const double half = u < 0.0 ? 0.5 - quarter : quarter;
-        const double turn = v < 0.0 ? 1.0 - half : half;
-        return turn < 1.0 ? turn : 0.0;
+        const Real absU = std::abs(u);
+        const Real absV = std::abs(v);
+        const Real low = absU < absV ? absU : absV;
+        const Real high = absU < absV ? absV : absU;
+        const Real eighth = GetSmallTurn(low / (high > Real(0) ? high : Real(1)));
+        const Real quarter = absU < absV ? Real(0.25) - eighth : eighth;
+        const Real half = u < Real(0) ? Real(0.5) - quarter : quarter;
+        const Real turn = v < Real(0) ? Real(1) - half : half;
+        if constexpr (std::is_same_v<Real, double>)
+            return turn < 1.0 ? turn : 0.0;
+        else
+            return turn;
     }
 
 private:
-    explicit ConicalPositions(const Raster::AffineTransform::Params& inverse) noexcept
-        : m_inverse(inverse)
+    ConicalPositions(const Raster::AffineTransform::Params& inverse,
+                     Kernel::PointT<double> centre) noexcept
+        : m_inverse(inverse), m_centre(centre)
     {}
 
-    /// arctan(z)/2π for 0 ≤ z ≤ 1, with an error below 2.5e-10: arctan(√w)/(2π·√w) interpolated in
-    /// the ten Chebyshev nodes of [0, 1].
-    static double GetSmallTurn(double z) noexcept
+    /// arctan(z)/2π for 0 ≤ z ≤ 1: arctan(√w)/(2π·√w) interpolated in the Chebyshev nodes of
+    /// [0, 1], ten for an error below 2.5e-10, six for one below 4.6e-7.
+    template<class Real>
+    static Real GetSmallTurn(Real z) noexcept
     {
-        constexpr std::array Coefficients{0.15915494263998187,   -0.05305155691314749,
-                                          0.031827925332692034,  -0.022695520476872445,
-                                          0.017399361872345233,  -0.01328899995747186,
-                                          0.00908608491638745,   -0.004830649203842086,
-                                          0.0016691611612714044, -0.00027074961135440393};
-        const double w = z * z;
-        double sum = Coefficients.back();
-        for (std::size_t i = Coefficients.size() - 1; i-- > 0;)
-            sum = sum * w + Coefficients[i];
+        if constexpr (std::is_same_v<Real, double>)
+            return Sum(std::array{0.15915494263998187, -0.05305155691314749, 0.031827925332692034,
+                                  -0.022695520476872445, 0.017399361872345233, -0.01328899995747186,
+                                  0.00908608491638745, -0.004830649203842086, 0.0016691611612714044,
+                                  -0.00027074961135440393},
+                       z);
+        else
+            return Sum(std::array{0.159154121F, -0.0529917699F, 0.0310903754F, -0.0191699877F,
+                                  0.00900657587F, -0.00208976521F},
+                       z);
+    }
+
+    /// z·(c₀ + c₁·z² + c₂·z⁴ + …)
+    template<class Real, std::size_t count>
+    static Real Sum(const std::array<Real, count>& coefficients, Real z) noexcept
+    {
+        const Real w = z * z;
+        Real sum = coefficients.back();
+        for (std::size_t i = count - 1; i-- > 0;)
+            sum = sum * w + coefficients[i];
         return sum * z;
     }
 
-    Raster::AffineTransform::Params m_inverse;
+    Raster::AffineTransform::Params m_inverse; // of the map
+    Kernel::PointT<double> m_centre;           // on the device
 };
 
 } // namespace Renderer

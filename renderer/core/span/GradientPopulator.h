@@ -1,80 +1,107 @@
 #pragma once
 
 #include <algorithm>
-#include <type_traits>
+#include <utility>
 
-#include <renderer/core/span/GradientRamp.h>
-#include <renderer/core/span/GradientSpread.h>
-#include <renderer/core/span/GradientTable.h>
+#include <kernel/Counted.h>
+#include <renderer/core/span/GradientColours.h>
+#include <renderer/core/span/GradientGeometry.h>
 #include <renderer/core/span/NoiseField.h>
 
 namespace Renderer {
 
-/// Paints a gradient: parameters of a block of pixels, folded, then looked up. A parameter is
-/// computed from the pixel's own centre, so that a pixel's colour does not depend on the span that
-/// holds it.
+/// Paints a gradient: where a block of pixels lies on it, then the colours there. A pixel's colour
+/// does not depend on the span that holds it.
 ///
-/// \tparam PositionsT the geometry of a kind of gradient: `Compute(x, y, count, double* t)`.
 /// \tparam HasNoise adds the grain of the stops' noise amounts.
-template<class ProcessorT, class PositionsT, bool HasNoise>
+template<class ProcessorT, bool HasNoise>
 class GradientPopulator
 {
 public:
     using Processor = ProcessorT;
     using Pixel = typename Processor::Pixel;
-    using Ramp = GradientRamp<Processor>;
+    using Colours = GradientColours<Processor>;
 
-    /// \pre \p gradient has stops. What the populator refers to lives in \p store.
-    GradientPopulator(const PositionsT& positions, const Gradient& gradient,
-                      FillGradient::Spread spread, const typename Processor::Profiles& profiles,
-                      PopulatorStore& store)
-        : m_positions(positions),
-          m_spread(spread),
-          m_ramp(store.Emplace<Ramp>(gradient, profiles, store)),
-          m_colours(MakeColours(m_ramp, store))
+    /// \param geometry what it refers to must outlive the populator.
+    GradientPopulator(const GradientGeometry& geometry,
+                      Kernel::Counted<const Colours> colours) noexcept
+        : m_geometry(geometry), m_colours(std::move(colours))
     {}
 
-    void Populate(int x, int y, unsigned length, Pixel* out) noexcept
+    bool IsOpaque() const noexcept { return m_colours->IsOpaque(); }
+
+    void Populate(int x, int y, unsigned length, Pixel* out) const noexcept
     {
-        while (length > 0) {
-            double t[Processor::BlockLength];
-            const unsigned count = std::min(length, Processor::BlockLength);
-            m_positions.Compute(x, y, count, t);
-            GradientSpread::Fold(m_spread, t, count);
-            m_colours.Evaluate(t, count, out);
-            if constexpr (HasNoise)
-                AddNoise(x, y, count, t, out);
-            out += count;
-            x += static_cast<int>(count);
-            length -= count;
+        if (m_geometry.IsConstantAlongRows()) {
+            PaintBlock(x, y, 1, out);
+            std::fill_n(out + 1, length - 1, Pixel(*out));
+        } else {
+            ForBlocks(x, length, out, [&](int blockX, unsigned count, Pixel* block) {
+                PaintBlock(blockX, y, count, block);
+            });
+        }
+        if constexpr (HasNoise) {
+            ForBlocks(x, length, out, [&](int blockX, unsigned count, Pixel* block) {
+                AddNoise(blockX, y, count, block);
+            });
         }
     }
 
 private:
-    /// The table where the format gains by one, else the ramp itself.
-    using Colours =
-        std::conditional_t<Processor::UsesTables, GradientTable<Processor>&, const Ramp&>;
+    static constexpr unsigned BlockLength = GradientGeometry::BlockLength;
 
-    static Colours MakeColours(const Ramp& ramp, [[maybe_unused]] PopulatorStore& store)
+    template<class Function>
+    static void ForBlocks(int x, unsigned length, Pixel* out, Function function)
     {
-        if constexpr (Processor::UsesTables)
-            return store.Emplace<GradientTable<Processor>>(ramp, store);
-        else
-            return ramp;
+        while (length > BlockLength) {
+            function(x, BlockLength, out);
+            x += static_cast<int>(BlockLength);
+            out += BlockLength;
+            length -= BlockLength;
+        }
+        function(x, length, out);
     }
 
-    void AddNoise(int x, int y, unsigned count, const double* t, Pixel* out) const noexcept
+    void PaintBlock(int x, int y, unsigned count, Pixel* out) const noexcept
     {
-        float amounts[Processor::BlockLength];
-        m_ramp.EvaluateNoise(t, count, amounts);
+        if constexpr (Processor::UsesTables) {
+            alignas(32) std::int32_t cells[BlockLength];
+            const auto& table = m_colours->GetTable();
+            m_geometry.FindCells(x, y, count, table.GetCellsPerUnit(), cells);
+            if (!table.LookUp(cells, count, out))
+                ReplaceMarks(x, y, count, out);
+        } else {
+            alignas(32) double t[BlockLength];
+            m_geometry.FindParameters(x, y, count, t);
+            m_colours->GetRamp().Evaluate(t, count, out);
+        }
+    }
+
+    /// Evaluates what the table could not tell.
+    [[gnu::noinline]] void ReplaceMarks(int x, int y, unsigned count, Pixel* out) const noexcept
+    {
+        std::size_t segment = 0;
+        for (unsigned i = 0; i < count; ++i) {
+            if (!Colours::Table::IsMark(out[i]))
+                continue;
+            double t[GradientGeometry::GroupLength];
+            m_geometry.FindParameters(x + static_cast<int>(i), y, 1, t);
+            out[i] = m_colours->GetRamp().GetPixel(t[0], segment);
+        }
+    }
+
+    void AddNoise(int x, int y, unsigned count, Pixel* out) const noexcept
+    {
+        double t[BlockLength];
+        float amounts[BlockLength];
+        m_geometry.FindParameters(x, y, count, t);
+        m_colours->GetRamp().EvaluateNoise(t, count, amounts);
         for (unsigned i = 0; i < count; ++i)
             NoiseShader<Processor>(amounts[i]).Apply(x + static_cast<int>(i), y, 1, out + i);
     }
 
-    PositionsT m_positions;
-    FillGradient::Spread m_spread;
-    const Ramp& m_ramp;
-    Colours m_colours;
+    GradientGeometry m_geometry;
+    Kernel::Counted<const Colours> m_colours;
 };
 
 } // namespace Renderer

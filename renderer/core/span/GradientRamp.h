@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <vector>
 
-#include <renderer/core/span/PopulatorStore.h>
 #include <renderer/paint/Gradient.h>
 
 namespace Renderer {
@@ -31,40 +31,34 @@ public:
         float noiseChange;
     };
 
-    /// \pre \p gradient has stops. The segments live in \p store.
-    GradientRamp(const Gradient& gradient, const typename Processor::Profiles& profiles,
-                 PopulatorStore& store)
-        : m_count(gradient.GetColours().size() + 1),
-          m_segments(store.AllocateArray<Segment>(m_count))
+    /// \pre \p gradient has stops.
+    GradientRamp(const Gradient& gradient, const typename Processor::Profiles& profiles)
     {
         const auto& stops = gradient.GetColours();
-        for (std::size_t i = 0; i < stops.size(); ++i)
-            m_segments[i + 1] = MakeSegment(stops[i], profiles);
-        m_segments[0] = m_segments[1];
-        m_segments[0].start = -2.0;
-        for (std::size_t i = 1; i + 1 < m_count; ++i)
+        m_segments.reserve(stops.size() + 1);
+        m_segments.push_back(MakeSegment(stops.front(), profiles));
+        m_segments.front().start = -2.0;
+        for (const auto& stop : stops)
+            m_segments.push_back(MakeSegment(stop, profiles));
+        for (std::size_t i = 1; i + 1 < GetCount(); ++i)
             LeadTo(m_segments[i], m_segments[i + 1]);
     }
 
-    std::size_t GetCount() const noexcept { return m_count; }
+    std::size_t GetCount() const noexcept { return m_segments.size(); }
     const Segment& GetSegment(std::size_t index) const noexcept { return m_segments[index]; }
 
     /// The segment that holds \p t ≥ −1: the last one that starts at or before it, so that at a
     /// hard edge the later stop counts. \param hint a segment near by; any valid index will do.
     std::size_t Find(double t, std::size_t hint) const noexcept
     {
-        if (t >= m_segments[hint].start) {
-            if (hint + 1 == m_count || t < m_segments[hint + 1].start)
-                return hint;
-            ++hint;
-            if (hint + 1 == m_count || t < m_segments[hint + 1].start)
-                return hint;
-        }
-        const Segment* first = m_segments;
-        const Segment* after =
-            std::upper_bound(first + 1, first + m_count, t,
+        if (Holds(hint, t))
+            return hint;
+        if (hint + 1 < GetCount() && Holds(hint + 1, t))
+            return hint + 1;
+        const auto after =
+            std::upper_bound(m_segments.begin() + 1, m_segments.end(), t,
                              [](double value, const Segment& s) { return value < s.start; });
-        return static_cast<std::size_t>(after - first) - 1;
+        return static_cast<std::size_t>(after - m_segments.begin()) - 1;
     }
 
     /// The share of the way's end at \p t of the segment.
@@ -77,8 +71,13 @@ public:
     /// The unpremultiplied colour at \p t of the segment.
     static FloatPixel GetColour(const Segment& segment, double t) noexcept
     {
+        return Mix(segment, static_cast<float>(GetMix(segment, t)));
+    }
+
+    /// The unpremultiplied colour at a share of the way's end.
+    static FloatPixel Mix(const Segment& segment, float mix) noexcept
+    {
         FloatPixel colour = segment.colour;
-        const auto mix = static_cast<float>(GetMix(segment, t));
         for (std::size_t i = Processor::FirstChannel; i < colour.size(); ++i)
             colour[i] += segment.change[i] * mix;
         return colour;
@@ -94,10 +93,30 @@ public:
     /// The premultiplied pixels of \p count parameters within [−1, 1].
     void Evaluate(const double* t, unsigned count, Pixel* out) const noexcept
     {
-        std::size_t segment = 0;
-        for (unsigned i = 0; i < count; ++i)
-            out[i] = GetPixel(t[i], segment);
+        std::size_t index = 0;
+        for (unsigned i = 0; i < count;) {
+            index = Find(t[i], index);
+            unsigned end = i + 1;
+            while (end < count && Holds(index, t[end]))
+                ++end;
+            EvaluateWithin(m_segments[index], t + i, end - i, out + i);
+            i = end;
+        }
     }
+
+    bool IsOpaque() const noexcept
+    {
+        return std::all_of(m_segments.begin(), m_segments.end(),
+                           [](const Segment& segment) { return segment.colour.back() == 1.0F; });
+    }
+
+    bool HasNoise() const noexcept
+    {
+        return std::any_of(m_segments.begin(), m_segments.end(),
+                           [](const Segment& segment) { return segment.noise != 0.0F; });
+    }
+
+    std::size_t GetByteSize() const noexcept { return m_segments.capacity() * sizeof(Segment); }
 
     /// The noise amounts of \p count parameters: those of the stops, mixed like their colours.
     void EvaluateNoise(const double* t, unsigned count, float* amounts) const noexcept
@@ -112,6 +131,26 @@ public:
     }
 
 private:
+    bool Holds(std::size_t index, double t) const noexcept
+    {
+        return t >= m_segments[index].start &&
+               (index + 1 == GetCount() || t < m_segments[index + 1].start);
+    }
+
+    /// The pixels of parameters that all lie in one segment.
+    static void EvaluateWithin(const Segment& segment, const double* t, unsigned count,
+                               Pixel* out) noexcept
+    {
+        const Segment s = segment; // out of the way of what is written
+        if (s.isLinear) {
+            for (unsigned i = 0; i < count; ++i)
+                out[i] = Processor::Store(Mix(s, static_cast<float>((t[i] - s.start) * s.scale)));
+        } else {
+            for (unsigned i = 0; i < count; ++i)
+                out[i] = Processor::Store(GetColour(s, t[i]));
+        }
+    }
+
     static Segment MakeSegment(const Gradient::ColourPosition& stop,
                                const typename Processor::Profiles& profiles)
     {
@@ -135,8 +174,7 @@ private:
         segment.noiseChange = next.noise - segment.noise;
     }
 
-    std::size_t m_count;
-    Segment* m_segments;
+    std::vector<Segment> m_segments;
 };
 
 } // namespace Renderer

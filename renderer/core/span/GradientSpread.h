@@ -4,40 +4,35 @@
 
 namespace Renderer {
 
-/// Folds gradient parameters, block by block, into what a ramp evaluates.
+/// Folds gradient parameters into what a ramp evaluates. Written in additions, comparisons and
+/// selections that vectorise everywhere.
 ///
 /// Pad brings t into [−1, 1], where all of [−1, 0) lies before the first stop even if that stop is
 /// at 0; Reflect and Repeat bring it into [0, 1]. NaN becomes the lower end.
 class GradientSpread
 {
 public:
-    static void Fold(FillGradient::Spread spread, double* t, unsigned count) noexcept
+    /// \tparam spread of the gradient. \tparam Real float or double.
+    template<FillGradient::Spread spread, class Real>
+    static Real Fold(Real t) noexcept
     {
-        switch (spread) {
-        case FillGradient::Reflect:
-            for (unsigned i = 0; i < count; ++i)
-                t[i] = Clamp(Reflect(t[i]), 0.0);
-            break;
-        case FillGradient::Repeat:
-            for (unsigned i = 0; i < count; ++i)
-                t[i] = Clamp(t[i] - Floor(t[i]), 0.0);
-            break;
-        default:
-            for (unsigned i = 0; i < count; ++i)
-                t[i] = Clamp(t[i], -1.0);
-            break;
-        }
+        if constexpr (spread == FillGradient::Reflect)
+            return Clamp(Reflect(t), Real(0));
+        else if constexpr (spread == FillGradient::Repeat)
+            return Clamp(t - Floor(t), Real(0));
+        else
+            return Clamp(t, Real(-1));
     }
 
 private:
-    static double Clamp(double t, double low) noexcept
+    template<class Real>
+    static Real Clamp(Real t, Real low) noexcept
     {
         t = t > low ? t : low;
-        return t < 1.0 ? t : 1.0;
+        return t < Real(1) ? t : Real(1);
     }
 
-    /// floor(t) for |t| < 2⁵¹, in additions and comparisons that vectorise everywhere: adding and
-    /// taking away 1.5·2⁵² rounds to the nearest integer.
+    /// floor(t) for |t| < 2⁵¹: adding and taking away 1.5·2⁵² rounds to the nearest integer.
     static double Floor(double t) noexcept
     {
         constexpr double Rounder = 0x1.8p52;

@@ -6,132 +6,209 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
+#include <vector>
 
+#include <renderer/core/blend/PixelWord.h>
+#include <renderer/core/span/GradientGeometry.h>
 #include <renderer/core/span/GradientRamp.h>
 
 namespace Renderer {
 
-/// A ramp with a look-up table in front of it, for 8-bit channels.
+/// A ramp as a look-up table, for 8-bit channels. Immutable.
 ///
-/// A cell holds the pixel of its middle if no colour of the cell is more than half a step away from
-/// it, so that a look-up is at most one step from the exact pixel; a cell with a hard edge or other
-/// stop inside it, or that is too steep, sends its look-ups to the ramp. Cells are filled when they
-/// are first looked up: a small shape costs no more than its pixels, and what a cell holds depends
-/// on the gradient alone. Serves one thread.
+/// Cell 0 lies before t = 0, the last one begins at t = 1, the others divide [0, 1). A cell holds
+/// the pixel of its middle if no colour of the cell, nor of the margin around it by which
+/// GradientGeometry may miss it, is more than half a step away, so that a look-up is at most one
+/// step from the exact pixel. Where that cannot be (next to hard edges, on slopes too steep) the
+/// cell holds a mark instead: its parameters must be computed exactly and evaluated by the ramp.
 template<class Processor>
 class GradientTable
 {
 public:
     using Pixel = typename Processor::Pixel;
+    using Ramp = GradientRamp<Processor>;
 
-    /// The table's memory lives in \p store.
-    GradientTable(const GradientRamp<Processor>& ramp, PopulatorStore& store)
-        : m_ramp(ramp),
-          m_cellsPerUnit(GetSize(ramp)),
-          m_length(1.0 / m_cellsPerUnit),
-          m_pixels(store.AllocateArray<Pixel>(static_cast<std::size_t>(m_cellsPerUnit) + 2)),
-          m_states(store.AllocateArray<std::uint8_t>(static_cast<std::size_t>(m_cellsPerUnit) + 2))
+    explicit GradientTable(const Ramp& ramp)
+        : m_cellsPerUnit(GetSize(ramp)), m_pixels(static_cast<std::size_t>(m_cellsPerUnit) + 2)
     {
-        std::memset(m_states, Empty, static_cast<std::size_t>(m_cellsPerUnit) + 2);
-    }
-
-    /// The premultiplied pixels of \p count ≤ 64 parameters within [−1, 1].
-    void Evaluate(const double* t, unsigned count, Pixel* out) noexcept
-    {
-        std::int32_t cells[Processor::BlockLength];
-        for (unsigned i = 0; i < count; ++i) {
-            const auto cell = static_cast<std::int32_t>(t[i] * m_cellsPerUnit + 1.0);
-            cells[i] = cell > 0 ? cell : 0;
-        }
-        unsigned others = 0;
-        for (unsigned i = 0; i < count; ++i) {
-            out[i] = m_pixels[cells[i]];
-            others |= m_states[cells[i]] ^ static_cast<unsigned>(Ready);
-        }
-        if (others != 0)
-            Complete(t, cells, count, out);
+        FillPixels(ramp);
+        MarkStops(ramp);
+        MarkSegments(ramp);
     }
 
     /// Cells per unit of t.
     int GetCellsPerUnit() const noexcept { return m_cellsPerUnit; }
 
-private:
-    enum State : std::uint8_t
+    /// The pixels of \p count cells. \return whether all are valid; if not, IsMark tells which.
+    bool LookUp(const std::int32_t* cells, unsigned count, Pixel* out) const noexcept
     {
-        Empty,
-        Ready,
-        Exact, // not resolved by a table
-    };
+        const Pixel* const pixels = m_pixels.data();
+        for (unsigned i = 0; i < count; ++i)
+            Copy(pixels[static_cast<std::uint32_t>(cells[i])], out[i]);
+        return !m_hasMarks || std::none_of(out, out + count, IsMark);
+    }
+
+    /// Whether what LookUp gave is no pixel: no premultiplied colour is above its alpha.
+    static bool IsMark(const Pixel& pixel) noexcept { return pixel[0] > pixel.Alpha(); }
+
+    std::size_t GetByteSize() const noexcept { return m_pixels.capacity() * sizeof(Pixel); }
+
+private:
+    using Segment = typename Ramp::Segment;
+    using FloatPixel = typename Processor::FloatPixel;
 
     static constexpr int SmallestSize = 64;
-    static constexpr int LargestSize = 4096;
+    static constexpr int LargestSize = 8192;
+    /// From a cell's middle to the end of its margin, in cells.
+    static constexpr double Reach = 0.5 + GradientGeometry::LargestCellError;
+    static constexpr double HalfStep = 0.5 / static_cast<double>(Pixel::Max);
 
-    /// Four cells per step of the steepest segment that the largest table resolves.
-    static int GetSize(const GradientRamp<Processor>& ramp) noexcept
+    /// In one word where there is one: many processors are slow to gather bytes.
+    static void Copy(const Pixel& from, Pixel& to) noexcept
+    {
+        using Word = typename Blending::WordOfSize<sizeof(Pixel)>::Type;
+        if constexpr (std::is_void_v<Word>) {
+            to = from;
+        } else {
+            Word word;
+            std::memcpy(&word, from.channels.data(), sizeof(word));
+            std::memcpy(to.channels.data(), &word, sizeof(word));
+        }
+    }
+
+    static constexpr Pixel MakeMark() noexcept
+    {
+        Pixel pixel{};
+        pixel[0] = Pixel::Max;
+        return pixel;
+    }
+
+    /// As many cells as the steepest segment needs that the largest table resolves.
+    static int GetSize(const Ramp& ramp) noexcept
     {
         double steepest = 0.0;
         for (std::size_t i = 0; i < ramp.GetCount(); ++i) {
-            const auto& segment = ramp.GetSegment(i);
-            double change = 0.0;
-            for (const float channel : segment.change)
-                change = std::max(change, std::abs(static_cast<double>(channel)));
-            const double steps = change * segment.scale * static_cast<double>(Pixel::Max);
-            if (steps <= LargestSize)
-                steepest = std::max(steepest, steps);
+            const double slope = GetLargestSlope(ramp.GetSegment(i));
+            if (Reach * slope <= HalfStep * LargestSize)
+                steepest = std::max(steepest, slope);
         }
-        const double size = std::clamp(4.0 * steepest, double{SmallestSize}, double{LargestSize});
-        return static_cast<int>(std::bit_ceil(static_cast<unsigned>(size)));
+        const double size =
+            std::clamp(Reach / HalfStep * steepest, double{SmallestSize}, double{LargestSize});
+        return static_cast<int>(std::bit_ceil(static_cast<unsigned>(std::ceil(size))));
     }
 
-    void Complete(const double* t, const std::int32_t* cells, unsigned count, Pixel* out) noexcept
+    /// The change of a premultiplied channel over a change of t, at most: twice that of a channel
+    /// by itself, whichever it is, so that alpha alone has the table of full colours.
+    static double GetLargestSlope(const Segment& segment) noexcept
     {
-        std::size_t segment = 0;
-        for (unsigned i = 0; i < count; ++i) {
-            const std::int32_t cell = cells[i];
-            if (m_states[cell] == Empty)
-                Fill(cell);
-            out[i] = m_states[cell] == Ready ? m_pixels[cell] : m_ramp.GetPixel(t[i], segment);
-        }
+        float change = 0.0F;
+        for (const float channel : segment.change)
+            change = std::max(change, std::abs(channel));
+        if (!(change > 0.0F))
+            return 0.0;
+        return 2.0 * static_cast<double>(change) * segment.scale *
+               segment.mapping.GetLargestSlope();
     }
 
-    /// Cell 0 lies before t = 0, the last one begins at t = 1, the others divide [0, 1).
-    void Fill(std::int32_t cell) noexcept
+    /// How far the premultiplied channels between two colours may be apart. The way is monotone in
+    /// each channel, and |c·a − c′·a′| ≤ |c − c′|·max(a, a′) + |a − a′|·max(c, c′).
+    static float GetLargestChange(const FloatPixel& a, const FloatPixel& b) noexcept
     {
-        const double start = cell > 0 ? (cell - 1) * m_length : -1.0;
-        const double end = cell > 0 ? cell * m_length : 0.0;
-        const std::size_t index = m_ramp.Find(start, 0);
-        const auto& segment = m_ramp.GetSegment(index);
-        const bool isWhole =
-            index + 1 == m_ramp.GetCount() || m_ramp.GetSegment(index + 1).start >= end;
-        const auto middle = m_ramp.GetColour(segment, 0.5 * (start + end));
-        m_pixels[cell] = Processor::Store(middle);
-        m_states[cell] = isWhole && IsFlat(middle, m_ramp.GetColour(segment, start)) &&
-                                 IsFlat(middle, m_ramp.GetColour(segment, end))
-                             ? Ready
-                             : Exact;
-    }
-
-    /// Whether no colour between the two is more than half a step from the first once
-    /// premultiplied. The way is monotone in each channel, and |c·a − c′·a′| ≤ |c − c′|·max(a, a′)
-    /// + |a − a′|·max(c, c′).
-    static bool IsFlat(const typename Processor::FloatPixel& a,
-                       const typename Processor::FloatPixel& b) noexcept
-    {
-        constexpr float HalfStep = 0.5F / static_cast<float>(Pixel::Max);
         const float alpha = std::max(a.back(), b.back());
         const float alphaChange = std::abs(a.back() - b.back());
         float change = alphaChange;
         for (std::size_t i = Processor::FirstChannel; i < Pixel::ColourCount; ++i)
             change = std::max(change,
                               std::abs(a[i] - b[i]) * alpha + alphaChange * std::max(a[i], b[i]));
-        return change <= HalfStep;
+        return change;
     }
 
-    const GradientRamp<Processor>& m_ramp;
+    int GetLastCell() const noexcept { return m_cellsPerUnit + 1; }
+
+    /// The cell that \p t lies in.
+    int GetCell(double t) const noexcept
+    {
+        return std::clamp(static_cast<int>(t * m_cellsPerUnit + 1.0), 0, GetLastCell());
+    }
+
+    void FillPixels(const Ramp& ramp)
+    {
+        constexpr unsigned BlockLength = Processor::BlockLength;
+        const auto size = static_cast<unsigned>(m_pixels.size());
+        for (unsigned begin = 0; begin < size; begin += BlockLength) {
+            double middles[BlockLength];
+            const unsigned count = std::min(BlockLength, size - begin);
+            for (unsigned i = 0; i < count; ++i)
+                middles[i] = GetMiddle(static_cast<int>(begin + i));
+            ramp.Evaluate(middles, count, m_pixels.data() + begin);
+        }
+    }
+
+    double GetMiddle(int cell) const noexcept
+    {
+        return std::min((cell - 0.5) / m_cellsPerUnit, 1.0);
+    }
+
+    /// Marks cells near stops where the colours there differ too much.
+    void MarkStops(const Ramp& ramp) noexcept
+    {
+        for (std::size_t i = 1; i < ramp.GetCount(); ++i) {
+            const int cell = GetCell(ramp.GetSegment(i).start);
+            MarkCells(ramp, cell - 1, cell + 1);
+        }
+    }
+
+    /// Marks the cells of segments that are too steep.
+    void MarkSegments(const Ramp& ramp) noexcept
+    {
+        for (std::size_t i = 1; i + 1 < ramp.GetCount(); ++i) {
+            const Segment& segment = ramp.GetSegment(i);
+            if (Reach * GetLargestSlope(segment) > HalfStep * m_cellsPerUnit)
+                MarkCells(ramp, GetCell(segment.start), GetCell(ramp.GetSegment(i + 1).start));
+        }
+    }
+
+    void MarkCells(const Ramp& ramp, int first, int last) noexcept
+    {
+        last = std::min(last, GetLastCell());
+        for (int cell = std::max(first, 0); cell <= last; ++cell) {
+            if (IsFlat(ramp, cell))
+                continue;
+            m_pixels[static_cast<std::size_t>(cell)] = MakeMark();
+            m_hasMarks = true;
+        }
+    }
+
+    /// Whether a cell and its margin are of one colour, as far as steps can tell. Colours are
+    /// monotone in between stops, so that those at the ends and on both sides of stops tell.
+    bool IsFlat(const Ramp& ramp, int cell) const noexcept
+    {
+        const double begin = (cell - 0.5 - Reach) / m_cellsPerUnit;
+        const double end = (cell - 0.5 + Reach) / m_cellsPerUnit;
+        const double middle = GetMiddle(cell);
+        std::size_t index = ramp.Find(middle, 0);
+        const FloatPixel colour = Ramp::GetColour(ramp.GetSegment(index), middle);
+        const auto isNear = [&](const Segment& segment, double t) {
+            return GetLargestChange(colour, Ramp::GetColour(segment, t)) <=
+                   static_cast<float>(HalfStep);
+        };
+        index = ramp.Find(begin, 0);
+        if (!isNear(ramp.GetSegment(index), begin))
+            return false;
+        for (; index + 1 < ramp.GetCount(); ++index) {
+            const double stop = ramp.GetSegment(index + 1).start;
+            if (stop > end)
+                break;
+            if (!isNear(ramp.GetSegment(index), stop) || !isNear(ramp.GetSegment(index + 1), stop))
+                return false;
+        }
+        return isNear(ramp.GetSegment(index), end);
+    }
+
     int m_cellsPerUnit;
-    double m_length; // of a cell
-    Pixel* m_pixels;
-    std::uint8_t* m_states;
+    std::vector<Pixel> m_pixels;
+    bool m_hasMarks = false;
 };
 
 } // namespace Renderer

@@ -12,6 +12,9 @@ namespace Renderer {
 class LinearPositions
 {
 public:
+    /// Far from p0 the two terms of the sum cancel each other, more than float could stand.
+    static constexpr bool IsFloatEnough = false;
+
     /// \return nothing when the points coincide, so that there is no direction.
     static std::optional<LinearPositions> Make(Kernel::PointT<double> p0, Kernel::PointT<double> p1)
     {
@@ -24,14 +27,26 @@ public:
         return result;
     }
 
-    /// Writes the parameters of \p count ≤ 64 pixels from (x, y) on.
-    void Compute(int x, int y, unsigned count, double* t) const noexcept
+    /// The parameters of one row of pixels.
+    template<class Real>
+    class Row
     {
-        const double row = (y + 0.5 - m_origin.y) * m_gradient.y - m_origin.x * m_gradient.x;
-        const double slope = m_gradient.x;
-        for (unsigned i = 0; i < count; ++i)
-            t[i] = (x + static_cast<int>(i) + 0.5) * slope + row;
-    }
+    public:
+        Row(const LinearPositions& positions, int y) noexcept
+            : m_slope(positions.m_gradient.x),
+              m_first((y + 0.5 - positions.m_origin.y) * positions.m_gradient.y +
+                      (0.5 - positions.m_origin.x) * m_slope)
+        {}
+
+        Real GetParameter(int x) const noexcept { return static_cast<Real>(x * m_slope + m_first); }
+
+    private:
+        double m_slope;
+        double m_first; // at x = 0
+    };
+
+    /// Whether all pixels of a row have one parameter.
+    bool IsConstantAlongRows() const noexcept { return m_gradient.x == 0.0; }
 
 private:
     LinearPositions(Kernel::PointT<double> gradient, Kernel::PointT<double> origin) noexcept

@@ -11,6 +11,7 @@
 #include <raster/ICCManager.h>
 #include <renderer/core/formats/PixProcessor.h>
 #include <renderer/core/span/BitmapCache.h>
+#include <renderer/core/span/GradientCache.h>
 #include <renderer/core/span/PopulatorForms.h>
 #include <renderer/core/span/PopulatorStore.h>
 #include <renderer/core/span/SpanPopulator.h>
@@ -34,6 +35,7 @@ struct PopulatorContext
     /// The device pixel of the back buffer's left top corner.
     Kernel::PointT<int> backBufferOrigin;
     BitmapCache& bitmaps;
+    GradientCache& gradients;
 };
 
 /// Makes populators of one pixel format. Use it through the functions below.
@@ -68,9 +70,6 @@ private:
                             Raster::ResamplerType up, Raster::ExtendType extend, const Call& call);
     static bool MakeGradient(const FillGradient& fill, const Call& call);
     static bool MakeLastStop(const FillGradient& fill, const Call& call);
-    template<class Positions>
-    static bool MakeGradientAt(const FillGradient& fill, const Positions& positions,
-                               const Call& call);
     template<class Populator, class... Args>
     static bool Finish(const Call& call, Args&&... args);
 };

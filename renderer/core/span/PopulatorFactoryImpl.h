@@ -9,12 +9,8 @@
 #include <renderer/core/span/BackBufferPopulator.h>
 #include <renderer/core/span/BitmapPopulator.h>
 #include <renderer/core/span/ColourTransformPopulator.h>
-#include <renderer/core/span/ConicalPositions.h>
-#include <renderer/core/span/EllipticalPositions.h>
 #include <renderer/core/span/GradientPopulator.h>
-#include <renderer/core/span/LinearPositions.h>
 #include <renderer/core/span/PopulatorFactory.h>
-#include <renderer/core/span/RadialPositions.h>
 #include <renderer/core/span/SolidPopulator.h>
 #include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillBuffer.h>
@@ -163,47 +159,16 @@ bool PopulatorFactory<Processor>::MakeGradient(const FillGradient& fill, const C
 {
     if (fill.GetGradient()->GetColours().empty())
         return false;
-    const Params& map = call.fillToDevice;
-    switch (fill.GetType()) {
-    case FillGradient::Linear: {
-        Kernel::PointT<double> p0;
-        Kernel::PointT<double> p1;
-        fill.GetLinearPoints(map, p0, p1);
-        return MakeGradientAt(fill, LinearPositions::Make(p0, p1), call);
-    }
-    case FillGradient::Radial:
-        if (!fill.TreatRadialAsElliptical())
-            return MakeGradientAt(fill, RadialPositions::Make(map, fill.GetFocus()), call);
-        [[fallthrough]];
-    case FillGradient::Elliptical:
-        return MakeGradientAt(fill, EllipticalPositions::Make(map, fill.GetFocus()), call);
-    case FillGradient::Conical:
-        return MakeGradientAt(fill,
-                              fill.IsTransformCorrected() ? ConicalPositions::MakeCorrected(map)
-                                                          : ConicalPositions::MakeUncorrected(map),
-                              call);
-    }
-    return false;
-}
-
-/// \p positions an optional geometry; without one the gradient has collapsed.
-template<class Processor>
-template<class Positions>
-bool PopulatorFactory<Processor>::MakeGradientAt(const FillGradient& fill,
-                                                 const Positions& positions, const Call& call)
-{
-    using Geometry = typename Positions::value_type;
-    if (!positions)
+    const auto geometry = GradientGeometry::Make(fill, call.fillToDevice, call.store);
+    if (!geometry)
         return MakeLastStop(fill, call);
-    const Gradient& gradient = *fill.GetGradient();
-    const auto& profiles = call.context.profiles;
-    if constexpr (!Processor::IsAlphaOnly) {
-        if (fill.HasNoise())
-            return Finish<GradientPopulator<Processor, Geometry, true>>(
-                call, *positions, gradient, fill.GetSpread(), profiles, call.store);
+    auto colours = call.context.gradients.template Get<GradientColours<Processor>>(
+        fill.GetGradient(), call.context.profiles);
+    if constexpr (!Processor::IsAlphaOnly) { // grain leaves alpha alone
+        if (colours->HasNoise())
+            return Finish<GradientPopulator<Processor, true>>(call, *geometry, std::move(colours));
     }
-    return Finish<GradientPopulator<Processor, Geometry, false>>(
-        call, *positions, gradient, fill.GetSpread(), profiles, call.store);
+    return Finish<GradientPopulator<Processor, false>>(call, *geometry, std::move(colours));
 }
 
 /// A gradient whose vector or radius has no length paints its last colour, as SVG has it.

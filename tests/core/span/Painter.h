@@ -48,8 +48,10 @@ public:
 
     Raster::ICCManager::ICCProfileSet m_profiles;
     BitmapCache m_bitmaps;
+    GradientCache m_gradients;
     PopulatorStore m_store;
-    PopulatorContext m_context{m_profiles, Raster::ResamplerType::Bilinear, nullptr, {}, m_bitmaps};
+    PopulatorContext m_context{m_profiles, Raster::ResamplerType::Bilinear, nullptr, {}, m_bitmaps,
+                               m_gradients};
     SpanPopulator m_populator;
 };
 

@@ -1,0 +1,132 @@
+#include <renderer/core/span/GradientGeometry.h>
+
+#include <cstddef>
+#include <type_traits>
+
+#include <renderer/core/span/CirclePositions.h>
+#include <renderer/core/span/ConicalPositions.h>
+#include <renderer/core/span/FocalPositions.h>
+#include <renderer/core/span/GradientSpread.h>
+#include <renderer/core/span/LinearPositions.h>
+
+namespace Renderer {
+
+namespace {
+
+/// Whole groups, so that vector loops need no tails.
+constexpr std::size_t RoundUp(unsigned count)
+{
+    constexpr std::size_t Group = GradientGeometry::GroupLength;
+    return (count + Group - 1) / Group * Group;
+}
+
+template<class Positions, FillGradient::Spread spread>
+struct FindParameters
+{
+    static void Apply(const void* positions, int x, int y, unsigned count, double* __restrict t)
+    {
+        const typename Positions::template Row<double> row(
+            *static_cast<const Positions*>(positions), y);
+        for (std::size_t i = 0; i < RoundUp(count); ++i)
+            t[i] = GradientSpread::Fold<spread>(row.GetParameter(x + static_cast<int>(i)));
+    }
+};
+
+template<class Positions, FillGradient::Spread spread>
+struct FindCells
+{
+    /// Far out, only Pad forgives what float rounds away.
+    using Real =
+        std::conditional_t<Positions::IsFloatEnough && spread == FillGradient::Pad, float, double>;
+
+    static void Apply(const void* positions, int x, int y, unsigned count, int cellsPerUnit,
+                      std::int32_t* __restrict cells)
+    {
+        const typename Positions::template Row<Real> row(*static_cast<const Positions*>(positions),
+                                                         y);
+        const Real scale = static_cast<Real>(cellsPerUnit);
+        for (std::size_t i = 0; i < RoundUp(count); ++i) {
+            Real t = row.GetParameter(x + static_cast<int>(i));
+            if constexpr (spread != FillGradient::Pad)
+                t = GradientSpread::Fold<spread>(t);
+            Real cell = t * scale + Real(1);
+            cell = cell > Real(0) ? cell : Real(0);
+            cell = cell < scale + Real(1) ? cell : scale + Real(1);
+            cells[i] = static_cast<std::int32_t>(cell);
+        }
+    }
+};
+
+template<class Code, class Positions, FillGradient::Spread spread>
+constexpr GradientGeometry::Functions FunctionsOf{
+    &Code::template Call<FindParameters<Positions, spread>, const void*, int, int, unsigned,
+                         double*>,
+    &Code::template Call<FindCells<Positions, spread>, const void*, int, int, unsigned, int,
+                         std::int32_t*>};
+
+template<class Code, class Positions>
+const GradientGeometry::Functions& GetFunctions(FillGradient::Spread spread)
+{
+    // A turn never leaves 0…1.
+    if constexpr (!std::is_same_v<Positions, ConicalPositions>) {
+        if (spread == FillGradient::Reflect)
+            return FunctionsOf<Code, Positions, FillGradient::Reflect>;
+        if (spread == FillGradient::Repeat)
+            return FunctionsOf<Code, Positions, FillGradient::Repeat>;
+    }
+    return FunctionsOf<Code, Positions, FillGradient::Pad>;
+}
+
+/// The similarity that shares a map's centre, x axis and handedness: radial gradients stay true
+/// circles of radius |T(1, 0) − T(0, 0)|, and their focus follows this map.
+GradientGeometry::Params GetSimilarity(const GradientGeometry::Params& map)
+{
+    const double hand = map.Determinant() < 0.0 ? -1.0 : 1.0;
+    return {map.m00, -hand * map.m10, map.m02, map.m10, hand * map.m00, map.m12};
+}
+
+} // namespace
+
+template<class Positions>
+std::optional<GradientGeometry> GradientGeometry::Finish(const std::optional<Positions>& positions,
+                                                         FillGradient::Spread spread,
+                                                         PopulatorStore& store, bool useWideCode)
+{
+    if (!positions)
+        return std::nullopt;
+    return GradientGeometry(&store.Emplace<Positions>(*positions),
+                            useWideCode ? GetFunctions<Blending::WideCode, Positions>(spread)
+                                        : GetFunctions<Blending::BaselineCode, Positions>(spread),
+                            positions->IsConstantAlongRows());
+}
+
+std::optional<GradientGeometry> GradientGeometry::Make(const FillGradient& fill,
+                                                       const Params& fillToDevice,
+                                                       PopulatorStore& store, bool useWideCode)
+{
+    const FillGradient::Spread spread = fill.GetSpread();
+    switch (fill.GetType()) {
+    case FillGradient::Linear: {
+        Kernel::PointT<double> p0;
+        Kernel::PointT<double> p1;
+        fill.GetLinearPoints(fillToDevice, p0, p1);
+        return Finish(LinearPositions::Make(p0, p1), spread, store, useWideCode);
+    }
+    case FillGradient::Radial:
+    case FillGradient::Elliptical: {
+        const bool isCircle =
+            fill.GetType() == FillGradient::Radial && !fill.TreatRadialAsElliptical();
+        const Params map = isCircle ? GetSimilarity(fillToDevice) : fillToDevice;
+        if (fill.GetFocus() == Kernel::PointT<double>{})
+            return Finish(CirclePositions::Make(map), spread, store, useWideCode);
+        return Finish(FocalPositions::Make(map, fill.GetFocus()), spread, store, useWideCode);
+    }
+    case FillGradient::Conical:
+        return Finish(fill.IsTransformCorrected() ? ConicalPositions::MakeCorrected(fillToDevice)
+                                                  : ConicalPositions::MakeUncorrected(fillToDevice),
+                      spread, store, useWideCode);
+    }
+    return std::nullopt;
+}
+
+} // namespace Renderer
