@@ -39,28 +39,27 @@ public:
 
     /// The parameters of one row of pixels.
     template<class Real>
-    class Row
+    struct Row
     {
-    public:
-        Row(const CirclePositions& positions, int y) noexcept
-            : m_square(static_cast<Real>(positions.m_square))
-        {
-            const double dy = y + 0.5 - positions.m_centre.y;
-            m_nearest = positions.m_centre.x - 0.5 + positions.m_shift * dy;
-            m_rest = static_cast<Real>(positions.m_rowSquare * dy * dy);
-        }
+        double nearest; // to the centre
+        Real square;
+        Real rest;
 
-        Real GetParameter(int x) const noexcept
+        Real GetParameter(double x) const noexcept
         {
-            const Real d = static_cast<Real>(x - m_nearest);
-            return std::sqrt(m_square * d * d + m_rest);
+            const Real d = static_cast<Real>(x - nearest);
+            return std::sqrt(square * d * d + rest);
         }
-
-    private:
-        double m_nearest; // to the centre
-        Real m_square;
-        Real m_rest;
     };
+
+    /// \param scale what parameters are multiplied by.
+    template<class Real>
+    Row<Real> GetRow(int y, double scale) const noexcept
+    {
+        const double dy = y + 0.5 - m_centre.y;
+        return {m_centre.x - 0.5 + m_shift * dy, static_cast<Real>(m_square * scale * scale),
+                static_cast<Real>(m_rowSquare * dy * dy * scale * scale)};
+    }
 
     static constexpr bool IsConstantAlongRows() noexcept { return false; }
 

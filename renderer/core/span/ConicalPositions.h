@@ -40,33 +40,31 @@ public:
 
     /// The parameters of one row of pixels.
     template<class Real>
-    class Row
+    struct Row
     {
-    public:
-        Row(const ConicalPositions& positions, int y) noexcept
-            : m_start(positions.m_centre.x - 0.5),
-              m_du(positions.m_inverse.m00),
-              m_dv(positions.m_inverse.m10)
-        {
-            const double dy = y + 0.5 - positions.m_centre.y;
-            m_u0 = positions.m_inverse.m01 * dy;
-            m_v0 = positions.m_inverse.m11 * dy;
-        }
+        double start;
+        double du; // the unit frame's change per pixel
+        double dv;
+        double u0; // its place at the start
+        double v0;
+        Real scale;
 
-        Real GetParameter(int x) const noexcept
+        Real GetParameter(double x) const noexcept
         {
-            const double dx = x - m_start;
-            return GetTurn(static_cast<Real>(m_du * dx + m_u0),
-                           static_cast<Real>(m_dv * dx + m_v0));
+            const double dx = x - start;
+            return GetTurn(static_cast<Real>(du * dx + u0), static_cast<Real>(dv * dx + v0)) *
+                   scale;
         }
-
-    private:
-        double m_start;
-        double m_du;
-        double m_dv;
-        double m_u0;
-        double m_v0;
     };
+
+    /// \param scale what parameters are multiplied by.
+    template<class Real>
+    Row<Real> GetRow(int y, double scale) const noexcept
+    {
+        const double dy = y + 0.5 - m_centre.y;
+        return {m_centre.x - 0.5,   m_inverse.m00,      m_inverse.m10,
+                m_inverse.m01 * dy, m_inverse.m11 * dy, static_cast<Real>(scale)};
+    }
 
     static constexpr bool IsConstantAlongRows() noexcept { return false; }
 
@@ -80,8 +78,11 @@ public:
         const Real absV = std::abs(v);
         const Real low = absU < absV ? absU : absV;
         const Real high = absU < absV ? absV : absU;
-        const Real eighth = GetSmallTurn(low / (high > Real(0) ? high : Real(1)));
-        const Real quarter = absU < absV ? Real(0.25) - eighth : eighth;
+        // Not 0 / 0, and without one more selection.
+        constexpr Real Tiny = std::is_same_v<Real, double> ? Real(1e-300) : Real(1e-30);
+        const Real eighth = GetSmallTurn(low / (high + Tiny));
+        // Not the condition from above: the compiler would make two copies of what lies between.
+        const Real quarter = absV - absU > Real(0) ? Real(0.25) - eighth : eighth;
         const Real half = u < Real(0) ? Real(0.5) - quarter : quarter;
         const Real turn = v < Real(0) ? Real(1) - half : half;
         if constexpr (std::is_same_v<Real, double>)

@@ -36,58 +36,56 @@ public:
 
     /// The parameters of one row of pixels.
     template<class Real>
-    class Row
+    struct Row
     {
-    public:
-        Row(const FocalPositions& positions, int y) noexcept
-            : m_start(positions.m_start.x - 0.5),
-              m_du(positions.m_inverse.m00),
-              m_dv(positions.m_inverse.m10),
-              m_focusX(static_cast<Real>(positions.m_focus.x)),
-              m_focusY(static_cast<Real>(positions.m_focus.y)),
-              m_power(static_cast<Real>(positions.m_power)),
-              m_scale(static_cast<Real>(1.0 / positions.m_power))
-        {
-            const double dy = y + 0.5 - positions.m_start.y;
-            m_u0 = positions.m_inverse.m01 * dy;
-            m_v0 = positions.m_inverse.m11 * dy;
-        }
+        double start;
+        double du; // the unit frame's change per pixel
+        double dv;
+        double u0; // its place at the start
+        double v0;
+        Real focusX;
+        Real focusY;
+        Real power; // 1 − |f|²
+        Real inversePower;
 
-        Real GetParameter(int x) const noexcept
+        Real GetParameter(double x) const noexcept
         {
-            const double dx = x - m_start;
-            const Real u = static_cast<Real>(m_du * dx + m_u0);
-            const Real v = static_cast<Real>(m_dv * dx + m_v0);
+            const double dx = x - start;
+            const Real u = static_cast<Real>(du * dx + u0);
+            const Real v = static_cast<Real>(dv * dx + v0);
             const Real square = u * u + v * v;
-            const Real along = u * m_focusX + v * m_focusY;
-            const Real root = std::sqrt(along * along + m_power * square);
-            const Real ahead = (along + root) * m_scale;
+            const Real along = u * focusX + v * focusY;
+            const Real root = std::sqrt(along * along + power * square);
+            const Real ahead = (along + root) * inversePower;
             const Real divisor = root - along;
             const Real behind = square / (divisor > Real(0) ? divisor : Real(1));
             return along > Real(0) ? ahead : behind;
         }
-
-    private:
-        double m_start;
-        double m_du;
-        double m_dv;
-        double m_u0;
-        double m_v0;
-        Real m_focusX;
-        Real m_focusY;
-        Real m_power;
-        Real m_scale;
     };
+
+    /// \param scale what parameters are multiplied by: they grow with the frame.
+    template<class Real>
+    Row<Real> GetRow(int y, double scale) const noexcept
+    {
+        const double dy = (y + 0.5 - m_start.y) * scale;
+        const double power = 1.0 - m_focus.x * m_focus.x - m_focus.y * m_focus.y;
+        return {m_start.x - 0.5,
+                m_inverse.m00 * scale,
+                m_inverse.m10 * scale,
+                m_inverse.m01 * dy,
+                m_inverse.m11 * dy,
+                static_cast<Real>(m_focus.x),
+                static_cast<Real>(m_focus.y),
+                static_cast<Real>(power),
+                static_cast<Real>(1.0 / power)};
+    }
 
     static constexpr bool IsConstantAlongRows() noexcept { return false; }
 
 private:
     FocalPositions(const Raster::AffineTransform::Params& inverse, Kernel::PointT<double> start,
                    Kernel::PointT<double> focus) noexcept
-        : m_inverse(inverse),
-          m_start(start),
-          m_focus(focus),
-          m_power(1.0 - focus.x * focus.x - focus.y * focus.y)
+        : m_inverse(inverse), m_start(start), m_focus(focus)
     {}
 
     static Kernel::PointT<double> Limit(Kernel::PointT<double> focus) noexcept
@@ -99,7 +97,6 @@ private:
     Raster::AffineTransform::Params m_inverse; // of the map
     Kernel::PointT<double> m_start;            // the focus on the device
     Kernel::PointT<double> m_focus;
-    double m_power; // 1 − |focus|²
 };
 
 } // namespace Renderer

@@ -13,11 +13,15 @@ namespace Renderer {
 
 namespace {
 
-/// Whole groups, so that vector loops need no tails.
-constexpr std::size_t RoundUp(unsigned count)
+/// Calls \p store(index, x) for every pixel of a row, x being a double: in whole groups, so that
+/// vector loops need no tails.
+template<class Store>
+void ForPixels(int x, unsigned count, Store store)
 {
-    constexpr std::size_t Group = GradientGeometry::GroupLength;
-    return (count + Group - 1) / Group * Group;
+    constexpr unsigned Group = GradientGeometry::GroupLength;
+    const unsigned padded = (count + Group - 1) / Group * Group;
+    for (unsigned i = 0; i < padded; ++i)
+        store(i, static_cast<double>(x + static_cast<int>(i)));
 }
 
 template<class Positions, FillGradient::Spread spread>
@@ -25,35 +29,36 @@ struct FindParameters
 {
     static void Apply(const void* positions, int x, int y, unsigned count, double* __restrict t)
     {
-        const typename Positions::template Row<double> row(
-            *static_cast<const Positions*>(positions), y);
-        for (std::size_t i = 0; i < RoundUp(count); ++i)
-            t[i] = GradientSpread::Fold<spread>(row.GetParameter(x + static_cast<int>(i)));
+        const auto row = static_cast<const Positions*>(positions)->template GetRow<double>(y, 1.0);
+        ForPixels(x, count, [=](unsigned i, double column) {
+            t[i] = GradientSpread::Fold<spread>(row.GetParameter(column));
+        });
     }
 };
 
 template<class Positions, FillGradient::Spread spread>
 struct FindCells
 {
+    static constexpr bool IsPad = spread == FillGradient::Pad;
     /// Far out, only Pad forgives what float rounds away.
-    using Real =
-        std::conditional_t<Positions::IsFloatEnough && spread == FillGradient::Pad, float, double>;
+    using Real = std::conditional_t<Positions::IsFloatEnough && IsPad, float, double>;
 
     static void Apply(const void* positions, int x, int y, unsigned count, int cellsPerUnit,
                       std::int32_t* __restrict cells)
     {
-        const typename Positions::template Row<Real> row(*static_cast<const Positions*>(positions),
-                                                         y);
+        const auto row = static_cast<const Positions*>(positions)->template GetRow<Real>(
+            y, IsPad ? cellsPerUnit : 1.0);
         const Real scale = static_cast<Real>(cellsPerUnit);
-        for (std::size_t i = 0; i < RoundUp(count); ++i) {
-            Real t = row.GetParameter(x + static_cast<int>(i));
-            if constexpr (spread != FillGradient::Pad)
-                t = GradientSpread::Fold<spread>(t);
-            Real cell = t * scale + Real(1);
+        const Real last = scale + Real(1);
+        ForPixels(x, count, [=](unsigned i, double column) {
+            Real cell = row.GetParameter(column);
+            if constexpr (!IsPad)
+                cell = GradientSpread::Fold<spread>(cell) * scale;
+            cell += Real(1);
             cell = cell > Real(0) ? cell : Real(0);
-            cell = cell < scale + Real(1) ? cell : scale + Real(1);
+            cell = cell < last ? cell : last;
             cells[i] = static_cast<std::int32_t>(cell);
-        }
+        });
     }
 };
 

@@ -46,7 +46,7 @@ public:
         const Pixel* const pixels = m_pixels.data();
         for (unsigned i = 0; i < count; ++i)
             Copy(pixels[static_cast<std::uint32_t>(cells[i])], out[i]);
-        return !m_hasMarks || std::none_of(out, out + count, IsMark);
+        return !m_hasMarks || !HasMarks(out, count);
     }
 
     /// Whether what LookUp gave is no pixel: no premultiplied colour is above its alpha.
@@ -74,6 +74,23 @@ private:
             Word word;
             std::memcpy(&word, from.channels.data(), sizeof(word));
             std::memcpy(to.channels.data(), &word, sizeof(word));
+        }
+    }
+
+    static bool HasMarks(const Pixel* pixels, unsigned count) noexcept
+    {
+        using Word = typename Blending::WordOfSize<sizeof(Pixel)>::Type;
+        if constexpr (std::is_void_v<Word>) {
+            return std::any_of(pixels, pixels + count, IsMark);
+        } else { // as words it becomes vector code
+            const auto mark = std::bit_cast<Word>(MakeMark());
+            unsigned found = 0;
+            for (unsigned i = 0; i < count; ++i) {
+                Word word;
+                std::memcpy(&word, pixels[i].channels.data(), sizeof(word));
+                found |= word == mark ? 1U : 0U;
+            }
+            return found != 0;
         }
     }
 

@@ -29,21 +29,22 @@ public:
 
     /// The parameters of one row of pixels.
     template<class Real>
-    class Row
+    struct Row
     {
-    public:
-        Row(const LinearPositions& positions, int y) noexcept
-            : m_slope(positions.m_gradient.x),
-              m_first((y + 0.5 - positions.m_origin.y) * positions.m_gradient.y +
-                      (0.5 - positions.m_origin.x) * m_slope)
-        {}
+        double slope;
+        double first; // at x = 0
 
-        Real GetParameter(int x) const noexcept { return static_cast<Real>(x * m_slope + m_first); }
-
-    private:
-        double m_slope;
-        double m_first; // at x = 0
+        Real GetParameter(double x) const noexcept { return static_cast<Real>(x * slope + first); }
     };
+
+    /// \param scale what parameters are multiplied by.
+    template<class Real>
+    Row<Real> GetRow(int y, double scale) const noexcept
+    {
+        const double first =
+            (0.5 - m_origin.x) * m_gradient.x + (y + 0.5 - m_origin.y) * m_gradient.y;
+        return {m_gradient.x * scale, first * scale};
+    }
 
     /// Whether all pixels of a row have one parameter.
     bool IsConstantAlongRows() const noexcept { return m_gradient.x == 0.0; }
