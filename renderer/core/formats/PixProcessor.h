@@ -7,6 +7,7 @@
 #include <raster/ICCManager.h>
 #include <raster/Pixel.h>
 #include <renderer/core/blend/IntegerArithmetic.h>
+#include <renderer/core/blend/PixelWord.h>
 #include <renderer/paint/Colour.h>
 
 namespace Renderer {
@@ -97,6 +98,23 @@ struct PixProcessor
         return result;
     }
 
+    /// The integer as which Store's pixels can be moved; void where their size is no integer's.
+    using Word = typename Blending::WordOfSize<sizeof(Pixel)>::Type;
+    static constexpr bool HasWords = Blending::MakesWord<ChannelType, Pixel::ChannelCount>;
+
+    /// What Store gives as one word, in a form that loops over pixels vectorise.
+    static constexpr auto StoreWord(const FloatPixel& colour) noexcept requires HasWords
+    {
+        constexpr unsigned Bits = 8 * sizeof(ChannelType);
+        const float alpha = Clamp(colour[Pixel::AlphaIndex]);
+        auto word = static_cast<Word>(Word{StoreChannel(alpha)} << (Bits * Pixel::AlphaIndex));
+        for (std::size_t i = FirstChannel; i < Pixel::ColourCount; ++i)
+            word = static_cast<Word>(
+                word |
+                static_cast<Word>(Word{StoreChannel(Clamp(colour[i]) * alpha)} << (Bits * i)));
+        return word;
+    }
+
     /// Scales all channels of a premultiplied pixel, exactly rounded.
     static constexpr Pixel Scale(Pixel pixel, ChannelType factor) noexcept
     {
@@ -119,8 +137,7 @@ struct PixProcessor
     static constexpr Pixel Atop(const Pixel& source, const Pixel& backdrop) noexcept
     {
         Pixel result = Scale(source, backdrop.Alpha());
-        const Pixel below =
-            Scale(backdrop, static_cast<ChannelType>(Pixel::Max - source.Alpha()));
+        const Pixel below = Scale(backdrop, static_cast<ChannelType>(Pixel::Max - source.Alpha()));
         for (std::size_t i = FirstChannel; i < Pixel::ColourCount; ++i)
             result[i] = static_cast<ChannelType>(result[i] + below[i]);
         result.Alpha() = backdrop.Alpha();

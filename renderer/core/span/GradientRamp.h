@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <vector>
 
+#include <renderer/core/blend/Processor.h>
 #include <renderer/paint/Gradient.h>
 
 namespace Renderer {
@@ -99,7 +101,7 @@ public:
             unsigned end = i + 1;
             while (end < count && Holds(index, t[end]))
                 ++end;
-            EvaluateWithin(m_segments[index], t + i, end - i, out + i);
+            EvaluateFast(m_segments[index], t + i, end - i, out + i);
             i = end;
         }
     }
@@ -137,18 +139,52 @@ private:
                (index + 1 == GetCount() || t < m_segments[index + 1].start);
     }
 
-    /// The pixels of parameters that all lie in one segment.
-    static void EvaluateWithin(const Segment& segment, const double* t, unsigned count,
-                               Pixel* out) noexcept
+    /// The pixels of \p count parameters that all lie in one segment.
+    struct EvaluateWithin
     {
-        const Segment s = segment; // out of the way of what is written
-        if (s.isLinear) {
+        static void Apply(const Segment* segment, const double* t, unsigned count, Pixel* out)
+        {
+            const Segment s = *segment; // out of the way of what is written
+            for (unsigned begin = 0; begin < count; begin += Processor::BlockLength) {
+                const unsigned length = std::min(count - begin, Processor::BlockLength);
+                float mixes[Processor::BlockLength];
+                if (s.isLinear) {
+                    for (unsigned i = 0; i < length; ++i)
+                        mixes[i] = static_cast<float>((t[begin + i] - s.start) * s.scale);
+                } else {
+                    for (unsigned i = 0; i < length; ++i)
+                        mixes[i] =
+                            static_cast<float>(s.mapping.Mix((t[begin + i] - s.start) * s.scale));
+                }
+                StoreMixes(s, mixes, length, out + begin);
+            }
+        }
+    };
+
+    static void StoreMixes(const Segment& segment, const float* mixes, unsigned count,
+                           Pixel* out) noexcept
+    {
+        if constexpr (Processor::HasWords) {
+            typename Processor::Word words[Processor::BlockLength];
             for (unsigned i = 0; i < count; ++i)
-                out[i] = Processor::Store(Mix(s, static_cast<float>((t[i] - s.start) * s.scale)));
+                words[i] = Processor::StoreWord(Mix(segment, mixes[i]));
+            std::memcpy(out->channels.data(), words, count * sizeof(Pixel));
         } else {
             for (unsigned i = 0; i < count; ++i)
-                out[i] = Processor::Store(GetColour(s, t[i]));
+                out[i] = Processor::Store(Mix(segment, mixes[i]));
         }
+    }
+
+    /// EvaluateWithin for the present processor.
+    static void EvaluateFast(const Segment& segment, const double* t, unsigned count, Pixel* out)
+    {
+        using namespace Blending;
+        static const auto function =
+            HasWideCode()
+                ? &WideCode::Call<EvaluateWithin, const Segment*, const double*, unsigned, Pixel*>
+                : &BaselineCode::Call<EvaluateWithin, const Segment*, const double*, unsigned,
+                                      Pixel*>;
+        function(&segment, t, count, out);
     }
 
     static Segment MakeSegment(const Gradient::ColourPosition& stop,

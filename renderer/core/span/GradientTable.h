@@ -106,7 +106,7 @@ private:
     {
         double steepest = 0.0;
         for (std::size_t i = 0; i < ramp.GetCount(); ++i) {
-            const double slope = GetLargestSlope(ramp.GetSegment(i));
+            const double slope = GetLargestSlope(ramp, ramp.GetSegment(i));
             if (Reach * slope <= HalfStep * LargestSize)
                 steepest = std::max(steepest, slope);
         }
@@ -115,16 +115,17 @@ private:
         return static_cast<int>(std::bit_ceil(static_cast<unsigned>(std::ceil(size))));
     }
 
-    /// The change of a premultiplied channel over a change of t, at most: twice that of a channel
-    /// by itself, whichever it is, so that alpha alone has the table of full colours.
-    static double GetLargestSlope(const Segment& segment) noexcept
+    /// The change of a premultiplied channel over a change of t, at most: that of a channel by
+    /// itself, or twice that where alpha may change as well, whichever the channel is, so that
+    /// alpha alone has the table of full colours.
+    static double GetLargestSlope(const Ramp& ramp, const Segment& segment) noexcept
     {
         float change = 0.0F;
         for (const float channel : segment.change)
             change = std::max(change, std::abs(channel));
         if (!(change > 0.0F))
             return 0.0;
-        return 2.0 * static_cast<double>(change) * segment.scale *
+        return (ramp.IsOpaque() ? 1.0 : 2.0) * static_cast<double>(change) * segment.scale *
                segment.mapping.GetLargestSlope();
     }
 
@@ -181,7 +182,7 @@ private:
     {
         for (std::size_t i = 1; i + 1 < ramp.GetCount(); ++i) {
             const Segment& segment = ramp.GetSegment(i);
-            if (Reach * GetLargestSlope(segment) > HalfStep * m_cellsPerUnit)
+            if (Reach * GetLargestSlope(ramp, segment) > HalfStep * m_cellsPerUnit)
                 MarkCells(ramp, GetCell(segment.start), GetCell(ramp.GetSegment(i + 1).start));
         }
     }

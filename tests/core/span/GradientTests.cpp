@@ -44,6 +44,7 @@ const Params Maps[]{
     {30.2, -17.9, 40.1, 12.3, 25.7, 20.9}, // turned and skewed
     {-25.3, 14.1, 50.7, 21.1, 30.3, -3.1}, // mirrored
     {3.1, 0.4, 33.3, -0.7, 2.9, 21.7},     // small: many repeats
+    {0, -35.1, 20.3, 40.7, 0, 3.3},        // linear gradients are constant along rows
     {2900.1, -700.3, -900.7, 300.9, 2100.3, -800.9},
 };
 
@@ -96,11 +97,20 @@ protected:
     /// Paints the page and compares every pixel.
     void Check(const FillGradient& fill, const Params& map, const std::string& what)
     {
-        const auto pixels = m_painter.Paint(fill, map, Page);
+        CheckAt({Page.left, Page.top}, fill, map, what);
+    }
+
+    /// The same with the page's corner elsewhere.
+    void CheckAt(Kernel::PointT<int> corner, const FillGradient& fill, const Params& map,
+                 const std::string& what)
+    {
+        const Kernel::RectT<int> page{corner.x, corner.y, corner.x + Page.Width(),
+                                      corner.y + Page.Height()};
+        const auto pixels = m_painter.Paint(fill, map, page);
         ASSERT_FALSE(pixels.empty()) << what;
         std::size_t i = 0;
-        for (int y = Page.top; y < Page.bottom; ++y) {
-            for (int x = Page.left; x < Page.right; ++x, ++i) {
+        for (int y = page.top; y < page.bottom; ++y) {
+            for (int x = page.left; x < page.right; ++x, ++i) {
                 const double error = CheckPixel(fill, map, x, y, pixels[i]);
                 ASSERT_LE(error, GetTolerance(typename P::ChannelType{}))
                     << what << " at " << x << ", " << y;
@@ -174,6 +184,45 @@ TYPED_TEST(GradientTest, SpansMayBeCutAnywhere)
         Painter<P> other;
         ASSERT_TRUE(other.Make(*fill, Maps[1]));
         EXPECT_EQ(other.Run(349, 13, std::vector<P>(1)).front(), whole.back());
+    }
+}
+
+/// Large gradients in the corners of large pages, with a hard edge in the middle of them.
+TYPED_TEST(GradientTest, FarOffAgreesWithTheOracle)
+{
+    const auto gradient =
+        Gradient::Create({{Red, 0.0}, {Blue, 0.5}, {Green, 0.5}, {Red, 0.7}, {Clear, 1.0}});
+    for (const double size : {50.3, 40000.7}) {
+        for (const double corner : {-30000.4, 30000.4}) {
+            for (const Type type : {FillGradient::Linear, FillGradient::Elliptical,
+                                    FillGradient::Radial, FillGradient::Conical}) {
+                for (const double focus : {0.0, 0.7}) {
+                    // The edge, or the centre of conical gradients, passes through the page.
+                    const double shift = type == FillGradient::Conical ? 0.0 : 0.5 * size;
+                    const Params map{size, -0.1 * size, 0, 0.1 * size, size, 0};
+                    const auto fill =
+                        FillGradient::Create(type, gradient, true, FillGradient::Pad, {0.0, focus});
+                    Params far = map;
+                    far.m02 = corner - shift;
+                    far.m12 = -corner;
+                    this->CheckAt({static_cast<int>(corner) - 40, static_cast<int>(-corner) - 20},
+                                  *fill, far,
+                                  "size " + std::to_string(size) + " type " + std::to_string(type));
+                }
+            }
+        }
+    }
+}
+
+TYPED_TEST(GradientTest, IsOpaqueWhereAllStopsAre)
+{
+    for (const auto& [last, isOpaque] : {std::pair{Red, true}, std::pair{Blue, false}}) {
+        const auto fill = FillGradient::Create(
+            FillGradient::Linear, Gradient::Create({{Red, 0.0}, {last, 0.5}, {Red, 1.0}}));
+        ASSERT_TRUE(this->m_painter.Make(*fill, Maps[0]));
+        EXPECT_EQ(this->m_painter.m_populator.isOpaque, isOpaque);
+        ASSERT_TRUE(this->m_painter.Make(*fill, Maps[0], PopulatorRole::Transparency));
+        EXPECT_FALSE(this->m_painter.m_populator.isOpaque);
     }
 }
 
