@@ -1,5 +1,6 @@
 #include <renderer/core/span/GradientGeometry.h>
 
+#include <array>
 #include <cstddef>
 #include <type_traits>
 
@@ -13,6 +14,14 @@ namespace Renderer {
 
 namespace {
 
+/// 0, 1, 2, …: loading them takes less than counting and converting.
+constexpr auto Offsets = [] {
+    std::array<double, GradientGeometry::BlockLength> offsets{};
+    for (std::size_t i = 0; i < offsets.size(); ++i)
+        offsets[i] = static_cast<double>(i);
+    return offsets;
+}();
+
 /// Calls \p store(index, x) for every pixel of a row, x being a double: in whole groups, so that
 /// vector loops need no tails.
 template<class Store>
@@ -20,8 +29,9 @@ void ForPixels(int x, unsigned count, Store store)
 {
     constexpr unsigned Group = GradientGeometry::GroupLength;
     const unsigned padded = (count + Group - 1) / Group * Group;
+    const double first = x;
     for (unsigned i = 0; i < padded; ++i)
-        store(i, static_cast<double>(x + static_cast<int>(i)));
+        store(i, first + Offsets[i]);
 }
 
 template<class Positions, FillGradient::Spread spread>
@@ -49,13 +59,14 @@ struct FindCells
         const auto row = static_cast<const Positions*>(positions)->template GetRow<Real>(
             y, IsPad ? cellsPerUnit : 1.0);
         const Real scale = static_cast<Real>(cellsPerUnit);
+        const Real lowest = scale - scale; // 0; the compiler knows no maximum with a constant
         const Real last = scale + Real(1);
         ForPixels(x, count, [=](unsigned i, double column) {
             Real cell = row.GetParameter(column);
             if constexpr (!IsPad)
                 cell = GradientSpread::Fold<spread>(cell) * scale;
             cell += Real(1);
-            cell = cell > Real(0) ? cell : Real(0);
+            cell = lowest < cell ? cell : lowest;
             cell = cell < last ? cell : last;
             cells[i] = static_cast<std::int32_t>(cell);
         });

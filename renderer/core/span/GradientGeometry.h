@@ -20,7 +20,7 @@ public:
 
     /// Pixels are worked on in blocks of at most this many, and results are written in groups:
     /// places for GroupLength − 1 more than asked for must exist, up to a block.
-    static constexpr unsigned BlockLength = 64;
+    static constexpr unsigned BlockLength = 256;
     static constexpr unsigned GroupLength = 8;
 
     /// \param store holds what the geometry refers to.

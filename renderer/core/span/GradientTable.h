@@ -44,15 +44,22 @@ public:
     bool LookUp(const std::int32_t* cells, unsigned count, Pixel* out) const noexcept
     {
         const Pixel* const pixels = m_pixels.data();
+#pragma GCC unroll 4
         for (unsigned i = 0; i < count; ++i)
             Copy(pixels[static_cast<std::uint32_t>(cells[i])], out[i]);
         return !m_hasMarks || !HasMarks(out, count);
     }
 
     /// Whether what LookUp gave is no pixel: no premultiplied colour is above its alpha.
-    static bool IsMark(const Pixel& pixel) noexcept { return pixel[0] > pixel.Alpha(); }
+    static bool IsMark(const Pixel& pixel) noexcept
+    {
+        return pixel[0] > pixel.Alpha();
+    }
 
-    std::size_t GetByteSize() const noexcept { return m_pixels.capacity() * sizeof(Pixel); }
+    std::size_t GetByteSize() const noexcept
+    {
+        return m_pixels.capacity() * sizeof(Pixel);
+    }
 
 private:
     using Segment = typename Ramp::Segment;
@@ -142,7 +149,10 @@ private:
         return change;
     }
 
-    int GetLastCell() const noexcept { return m_cellsPerUnit + 1; }
+    int GetLastCell() const noexcept
+    {
+        return m_cellsPerUnit + 1;
+    }
 
     /// The cell that \p t lies in.
     int GetCell(double t) const noexcept
