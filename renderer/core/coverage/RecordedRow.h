@@ -1,7 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
-#include <vector>
 
 namespace Renderer::Coverage {
 
@@ -11,37 +12,49 @@ namespace Renderer::Coverage {
 class RecordedRow
 {
 public:
-    /// Begins anew; keeps the memory.
-    void Clear() noexcept { m_pieces.clear(); }
+    static constexpr std::size_t MostPieces = 32;
 
-    /// Adds pixels of one coverage, which is not 0, from left to right.
-    void Run(int x, unsigned length, unsigned char cover)
+    /// Begins anew.
+    /// \param left, right what is recorded lies within, and spans keep to it.
+    void Clear(int left, int right) noexcept
     {
-        if (!m_pieces.empty() && End(m_pieces.back()) == x && m_pieces.back().cover == cover)
-            m_pieces.back().length += length;
-        else
-            m_pieces.push_back({x, length, cover});
+        m_left = left;
+        m_right = right;
+        m_pieceCount = 0;
+    }
+
+    /// Adds pixels of one coverage, which is not 0, from left to right; at most MostPieces times.
+    void Run(int x, unsigned length, unsigned char cover) noexcept
+    {
+        if (m_pieceCount > 0) {
+            Piece& last = m_pieces[m_pieceCount - 1];
+            if (End(last) == x && last.cover == cover) {
+                last.length += length;
+                return;
+            }
+        }
+        m_pieces[m_pieceCount++] = {x, length, cover};
     }
 
     /// Makes the spans of what was recorded.
-    void Finish()
+    void Finish() noexcept
     {
-        m_spans.clear();
-        m_covers.clear();
-        if (m_pieces.empty())
+        m_spanCount = 0;
+        m_coverCount = 0;
+        if (m_pieceCount == 0)
             return;
         unsigned worthARun = WorthARun;
-        if (m_pieces.size() == 1)
+        if (m_pieceCount == 1)
             worthARun = 1;
-        else if (End(m_pieces.back()) - m_pieces.front().x <= Narrow)
+        else if (End(m_pieces[m_pieceCount - 1]) - m_pieces[0].x <= Narrow)
             worthARun = Narrow + 1;
-        for (const Piece& piece : m_pieces) {
-            if (piece.length >= worthARun)
-                AddRun(piece);
+        for (std::size_t i = 0; i < m_pieceCount; ++i) {
+            if (m_pieces[i].length >= worthARun)
+                AddRun(m_pieces[i]);
             else
-                AddBytes(piece);
+                AddBytes(m_pieces[i]);
         }
-        Lengthen();
+        Lengthen(m_right);
     }
 
     /// Hands the spans to \p sink.
@@ -49,7 +62,8 @@ public:
     template<class Sink, class... Rows>
     void Replay(Sink& sink, Rows... rows) const
     {
-        for (const Span& span : m_spans) {
+        for (std::size_t i = 0; i < m_spanCount; ++i) {
+            const Span& span = m_spans[i];
             if (span.isRun)
                 sink.Run(span.x, span.length, span.cover, rows...);
             else
@@ -71,7 +85,8 @@ private:
         std::size_t covers; ///< where the bytes begin of a span that is no run
     };
 
-    /// Vector code takes this many pixels at once; shorter stretches of bytes borrow from runs.
+    /// Vector code takes this many pixels at once; shorter stretches of bytes borrow from what is
+    /// beside them.
     static constexpr unsigned Handy = 8;
     /// Shorter pieces cost more as runs than as bytes.
     static constexpr unsigned WorthARun = 4 * Handy;
@@ -82,52 +97,81 @@ private:
 
     static int End(const Piece& piece) noexcept { return piece.x + int(piece.length); }
 
-    void AddRun(Piece piece)
+    bool EndsInBytes() const noexcept { return m_spanCount > 0 && !m_spans[m_spanCount - 1].isRun; }
+
+    void AddRun(Piece piece) noexcept
     {
-        if (!m_spans.empty() && !m_spans.back().isRun && End(m_spans.back()) == piece.x &&
-            m_spans.back().length < Handy) {
-            const unsigned lent = Handy - m_spans.back().length;
-            m_covers.insert(m_covers.end(), lent, piece.cover);
-            m_spans.back().length = Handy;
-            piece.x += int(lent);
-            piece.length -= lent;
-        } else {
-            Lengthen();
+        if (EndsInBytes() && End(m_spans[m_spanCount - 1]) == piece.x) {
+            Span& last = m_spans[m_spanCount - 1];
+            if (last.length < Handy) {
+                const unsigned lent = Handy - last.length;
+                Append(lent, piece.cover);
+                last.length = Handy;
+                piece.x += int(lent);
+                piece.length -= lent;
+            }
         }
-        m_spans.push_back({piece, true, 0});
+        Lengthen(piece.x);
+        m_spans[m_spanCount++] = {piece, true, 0};
     }
 
-    void AddBytes(const Piece& piece)
+    void AddBytes(const Piece& piece) noexcept
     {
-        if (m_spans.empty() || m_spans.back().isRun || piece.x - End(m_spans.back()) > SmallGap) {
-            Lengthen();
-            m_spans.push_back({{piece.x, 0, 0}, false, m_covers.size()});
+        if (!EndsInBytes() || piece.x - End(m_spans[m_spanCount - 1]) > SmallGap) {
+            Lengthen(piece.x);
+            m_spans[m_spanCount++] = {{piece.x, 0, 0}, false, m_coverCount};
         }
-        Span& span = m_spans.back();
-        m_covers.insert(m_covers.end(), std::size_t(piece.x - End(span)), 0);
-        m_covers.insert(m_covers.end(), piece.length, piece.cover);
+        Span& span = m_spans[m_spanCount - 1];
+        Append(unsigned(piece.x - End(span)), 0);
+        Append(piece.length, piece.cover);
         span.length = unsigned(End(piece) - span.x);
     }
 
-    /// Lets the last stretch of bytes borrow from the run before it.
-    void Lengthen()
+    void Append(unsigned count, unsigned char cover) noexcept
     {
-        if (m_spans.size() < 2 || m_spans.back().isRun || m_spans.back().length >= Handy)
-            return;
-        Span& span = m_spans.back();
-        Span& run = m_spans[m_spans.size() - 2];
-        if (!run.isRun || End(run) != span.x)
-            return;
-        const unsigned lent = Handy - span.length;
-        m_covers.insert(m_covers.begin() + std::ptrdiff_t(span.covers), lent, run.cover);
-        run.length -= lent;
-        span.x -= int(lent);
-        span.length = Handy;
+        for (; count > 0; --count)
+            m_covers[m_coverCount++] = cover;
     }
 
-    std::vector<Piece> m_pieces;
-    std::vector<Span> m_spans;
-    std::vector<unsigned char> m_covers;
+    /// Lets the last span, if it is a short stretch of bytes, borrow from the run before it or else
+    /// from the free pixels around it. \param end where the next span begins.
+    void Lengthen(int end) noexcept
+    {
+        if (!EndsInBytes() || m_spans[m_spanCount - 1].length >= Handy)
+            return;
+        Span& span = m_spans[m_spanCount - 1];
+        unsigned missing = Handy - span.length;
+        Span* const before = m_spanCount > 1 ? &m_spans[m_spanCount - 2] : nullptr;
+        if (before && before->isRun && End(*before) == span.x) {
+            before->length -= missing;
+            Prepend(span, missing, before->cover);
+            return;
+        }
+        const unsigned behind = std::min(missing, unsigned(end - End(span)));
+        Append(behind, 0);
+        span.length += behind;
+        missing -= behind;
+        Prepend(span, std::min(missing, unsigned(span.x - (before ? End(*before) : m_left))), 0);
+    }
+
+    /// \param span the last one.
+    void Prepend(Span& span, unsigned count, unsigned char cover) noexcept
+    {
+        const auto begin = m_covers.begin() + std::ptrdiff_t(span.covers);
+        std::copy_backward(begin, begin + span.length, begin + span.length + count);
+        std::fill_n(begin, count, cover);
+        m_coverCount += count;
+        span.x -= int(count);
+        span.length += count;
+    }
+
+    int m_left = 0, m_right = 0;
+    std::size_t m_pieceCount = 0;
+    std::size_t m_spanCount = 0;
+    std::size_t m_coverCount = 0;
+    std::array<Piece, MostPieces> m_pieces;
+    std::array<Span, MostPieces> m_spans;
+    std::array<unsigned char, MostPieces*(Narrow + SmallGap + 2 * Handy)> m_covers;
 };
 
 } // namespace Renderer::Coverage

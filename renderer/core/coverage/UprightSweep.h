@@ -18,7 +18,7 @@ class UprightSweep
 {
 public:
     /// With more edges, finding out which rows are alike costs more than it saves.
-    static constexpr std::size_t MostEdges = 16;
+    static constexpr std::size_t MostEdges = RecordedRow::MostPieces / 2;
 
     /// \param edges upright ones, at most MostEdges, none to the right of \p bounds.
     /// \param bounds what is swept: rows, and columns that edges reach into. Not empty.
@@ -114,7 +114,7 @@ private:
                 AddStep(column + 1, area);
             }
         }
-        m_row.Clear();
+        m_row.Clear(bounds.left, bounds.right);
         std::uint32_t sum = 0;
         for (std::size_t i = 0; i < m_stepCount; ++i) {
             sum += m_steps[i].area;
@@ -136,7 +136,7 @@ private:
     }
 
     std::array<int, 4 * MostEdges + 2> m_breaks;
-    std::array<Step, 2 * MostEdges> m_steps;
+    std::array<Step, RecordedRow::MostPieces> m_steps;
     std::size_t m_breakCount = 0;
     std::size_t m_stepCount = 0;
     RecordedRow m_row;
