@@ -23,4 +23,14 @@ Kernel::Counted<const ICCProfile> ReadEmbeddedProfile(std::span<const unsigned c
 Kernel::Counted<const ICCProfile>
 GetProfileToEmbed(Format format, const Kernel::Counted<const ICCProfile>& profile);
 
+/// Whether every pixel has full alpha. Opaque pictures are written without alpha where a file can
+/// do without: smaller, faster, and read by more programs.
+bool IsOpaque(const DynamicBuffer& buffer);
+
+/// Whether the format has no colour but grey.
+constexpr bool IsGrey(Format format) noexcept
+{
+    return format == Format::IA8 || format == Format::IA16;
+}
+
 } // namespace Raster

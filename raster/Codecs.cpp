@@ -7,6 +7,7 @@
 #include <raster/CodecSupport.h>
 #include <raster/ICCLayout.h>
 #include <raster/ICCManager.h>
+#include <raster/Pixel.h>
 
 namespace Raster {
 
@@ -53,10 +54,28 @@ GetProfileToEmbed(Format format, const Kernel::Counted<const ICCProfile>& profil
     return profile && !isDefault && IsOfFormat(*profile, format) ? profile : nullptr;
 }
 
+bool IsOpaque(const DynamicBuffer& buffer)
+{
+    return WithPixelOfFormat(buffer.GetFormat(), false, [&]<class P>(P) {
+        for (unsigned y = 0; y < buffer.GetHeight(); ++y) {
+            const P* row = reinterpret_cast<const P*>(buffer.GetRow(y));
+            if (!std::all_of(row, row + buffer.GetWidth(),
+                             [](const P& pixel) { return pixel.Alpha() >= P::Max; }))
+                return false;
+        }
+        return true;
+    });
+}
+
 Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> bytes)
 {
     constexpr unsigned char png[] = {0x89, 'P', 'N', 'G'};
     constexpr unsigned char jpeg[] = {0xff, 0xd8, 0xff};
+    constexpr unsigned char tiff[][4] = {
+        {'I', 'I', 42, 0}, {'M', 'M', 0, 42}, {'I', 'I', 43, 0}, {'M', 'M', 0, 43}};
+    constexpr unsigned char riff[] = {'R', 'I', 'F', 'F'};
+    constexpr unsigned char webp[] = {'W', 'E', 'B', 'P'};
+    constexpr unsigned char exr[] = {0x76, 0x2f, 0x31, 0x01};
     const auto startsWith = [&](std::span<const unsigned char> mark) {
         return bytes.size() >= mark.size() && std::ranges::equal(bytes.first(mark.size()), mark);
     };
@@ -64,6 +83,14 @@ Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> by
         return ReadPNG(bytes);
     if (startsWith(jpeg))
         return ReadJPEG(bytes);
+    for (const auto& mark : tiff) {
+        if (startsWith(mark))
+            return ReadTIFF(bytes);
+    }
+    if (startsWith(riff) && bytes.size() >= 12 && std::ranges::equal(bytes.subspan(8, 4), webp))
+        return ReadWebP(bytes);
+    if (startsWith(exr))
+        return ReadEXR(bytes);
     throw Kernel::FormatException("this is not a picture in a known format", 0);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include <kernel/Counted.h>
@@ -16,15 +17,25 @@ inline constexpr std::uint64_t MaxDecodedPixels = std::uint64_t{1} << 28;
 /// \name Reading
 ///
 /// The result is premultiplied: RGBA8 or IA8 for depths up to 8 bits, RGBA16 or IA16 for 16 bits,
-/// IA for grey files, CMYKA8 for JPEG files in CMYK or YCCK. The embedded profile is kept if it is
-/// valid and of the picture's space; without one the colours are in the default profile of the
-/// format, and gamma and chromaticity chunks are ignored. So is an orientation noted by a camera.
+/// IA for grey files, CMYKA8 for files in CMYK or YCCK, LABA16 for Lab. The embedded profile is
+/// kept if it is valid and of the picture's space; without one the colours are in the default
+/// profile of the format, and gamma and chromaticity chunks are ignored. So is an orientation noted
+/// by a camera.
 ///
 /// \throws Kernel::FormatException when the bytes are damaged, end early or claim too large a
 ///         picture; std::bad_alloc when there is no memory for it.
 /// @{
 RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadPNG(std::span<const unsigned char> bytes);
 RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadJPEG(std::span<const unsigned char> bytes);
+/// The first picture of the file, in strips or tiles of any compression of libtiff: grey, RGB, CMYK
+/// and Lab of 8 or 16 bits channel by channel (CMYK of 16 bits loses the lower 8); palettes, fewer
+/// bits, YCbCr and the like become RGBA8. Floating point is refused.
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadTIFF(std::span<const unsigned char> bytes);
+/// Of an animation, the first frame.
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadWebP(std::span<const unsigned char> bytes);
+/// The first part of the file, its data window, from the channels R, G, B or Y, and A. The result
+/// is RGBAUF in the linear profile of the file's chromaticities (those of sRGB if it names none).
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadEXR(std::span<const unsigned char> bytes);
 /// Recognises the file by its first bytes.
 RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> bytes);
 /// @}
@@ -39,12 +50,39 @@ RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const uns
 RASTER_EXPORT void WritePNG(Kernel::OutStream& out, const DynamicBitmap& bitmap,
                             int compression = 6);
 
-/// Writes an RGBA8 or IA8 bitmap as baseline JPEG, composited on white, with its profile unless
-/// that is the default of its format. From quality 90 on, colour keeps its full resolution. The
-/// stream is left open.
+/// Writes an RGBA8, IA8 or CMYKA8 bitmap as baseline JPEG, composited on white (paper), with its
+/// profile unless that is the default of its format. CMYK is stored as YCCK. From quality 90 on,
+/// colour keeps its full resolution. The stream is left open.
 ///
 /// \param quality 1 to 100.
 /// \throws as WritePNG, and std::invalid_argument for sides above 65,500 pixels.
 RASTER_EXPORT void WriteJPEG(Kernel::OutStream& out, const DynamicBitmap& bitmap, int quality = 90);
+
+/// Writes a bitmap of any integer format as TIFF (BigTIFF when it may exceed 4 GiB), deflated, and
+/// without alpha when it is opaque throughout. Alpha is associated (premultiplied, the stored
+/// values themselves); Lab is stored as CIELab with D50 white, plain, with unassociated alpha, its
+/// a* and b* rounded to 1/256. The profile is embedded; RGB and grey without one get the default
+/// profile of their format. The file is made in memory first; the stream is left open.
+///
+/// \throws as WritePNG.
+RASTER_EXPORT void WriteTIFF(Kernel::OutStream& out, const DynamicBitmap& bitmap);
+
+/// Writes an RGBA8 bitmap as WebP, unpremultiplied, and without alpha when it is opaque. Its
+/// profile is embedded unless it is sRGB. The file is made in memory first; the stream is left
+/// open.
+///
+/// \param quality 1 to 100 of lossy compression; none: lossless.
+/// \throws as WritePNG, and std::invalid_argument for sides above 16,383 pixels.
+RASTER_EXPORT void WriteWebP(Kernel::OutStream& out, const DynamicBitmap& bitmap,
+                             std::optional<int> quality = {});
+
+/// Writes an RGBAUF bitmap as OpenEXR: 32-bit floating point, ZIP compression, premultiplied, and
+/// without alpha when it is opaque. EXR files are linear: colours are brought from the bitmap's
+/// profile (sRGB if it has none) to ICCManager::GetLinearRGBProfile, unbounded; those that are in
+/// it already are stored as they are. Non-finite values become 0. The file is made in memory first;
+/// the stream is left open.
+///
+/// \throws as WritePNG.
+RASTER_EXPORT void WriteEXR(Kernel::OutStream& out, const DynamicBitmap& bitmap);
 
 } // namespace Raster

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include <raster/ICCLcms.h>
 
@@ -42,12 +43,9 @@ void FixDate(std::vector<unsigned char>& bytes)
     std::ranges::copy(date, bytes.begin() + offset);
 }
 
-} // namespace
-
-std::vector<unsigned char> MakeDefaultICCProfile(ColourSpace space)
+/// The bytes of a profile, or nothing when there is none.
+std::vector<unsigned char> Save(const LcmsProfile& profile)
 {
-    const LcmsContext context(cmsCreateContext(nullptr, nullptr));
-    const LcmsProfile profile = MakeProfile(context.get(), space);
     cmsUInt32Number size = 0;
     if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size))
         return {};
@@ -56,6 +54,28 @@ std::vector<unsigned char> MakeDefaultICCProfile(ColourSpace space)
         return {};
     FixDate(bytes);
     return bytes;
+}
+
+} // namespace
+
+std::vector<unsigned char> MakeDefaultICCProfile(ColourSpace space)
+{
+    const LcmsContext context(cmsCreateContext(nullptr, nullptr));
+    return Save(MakeProfile(context.get(), space));
+}
+
+std::vector<unsigned char> MakeLinearICCProfile(const ICCChromaticities& chromaticities)
+{
+    const auto& c = chromaticities;
+    const auto isPositive = [](double value) { return std::isfinite(value) && value > 0; };
+    if (!isPositive(c[1]) || !isPositive(c[3]) || !isPositive(c[5]) || !isPositive(c[7]))
+        return {};
+    const LcmsContext context(cmsCreateContext(nullptr, nullptr));
+    const LcmsToneCurve line(cmsBuildGamma(context.get(), 1.0));
+    cmsToneCurve* const curves[] = {line.get(), line.get(), line.get()};
+    const cmsCIExyYTRIPLE primaries{{c[0], c[1], 1}, {c[2], c[3], 1}, {c[4], c[5], 1}};
+    const cmsCIExyY white{c[6], c[7], 1};
+    return Save(LcmsProfile(cmsCreateRGBProfileTHR(context.get(), &white, &primaries, curves)));
 }
 
 double EstimateICCGamma(const ICCProfile& profile)

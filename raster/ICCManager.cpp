@@ -220,6 +220,13 @@ Profile ICCManager::GetDefaultProfileForFormat(Format format)
     return nullptr;
 }
 
+Profile ICCManager::GetLinearRGBProfile()
+{
+    static const Profile& linear =
+        *new Profile(ICCProfile::Create(MakeLinearICCProfile(SRGBChromaticities)));
+    return linear;
+}
+
 double ICCManager::GetGammaForProfile(const Profile& profile)
 {
     constexpr double none = 2.2;

@@ -94,6 +94,9 @@ public:
     /// for grey formats, Lab D50 (version 4) for Lab; none for CMYK and masks.
     Kernel::Counted<const ICCProfile> GetDefaultProfileForFormat(Format format);
 
+    /// sRGB's primaries and white without its tone curve: values are proportional to light.
+    Kernel::Counted<const ICCProfile> GetLinearRGBProfile();
+
     /// The exponent of the profile's tone curve, estimated; 2.2 for an empty profile or one without
     /// curves.
     double GetGammaForProfile(const Kernel::Counted<const ICCProfile>& profile);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <vector>
+
 #include <kernel/Counted.h>
 #include <raster/ICCLayout.h>
 #include <raster/ICCManager.h>
@@ -53,5 +56,15 @@ double EstimateICCGamma(const ICCProfile& profile);
 /// The bytes of the default profile of a space: sRGB, grey with the sRGB curve, Lab D50; empty for
 /// others. The same in every process.
 std::vector<unsigned char> MakeDefaultICCProfile(ColourSpace space);
+
+/// Chromaticities of the primaries and the white: x and y of red, green, blue and white.
+using ICCChromaticities = std::array<double, 8>;
+/// Those of sRGB (ITU-R BT.709).
+inline constexpr ICCChromaticities SRGBChromaticities{0.64, 0.33, 0.30,   0.60,
+                                                      0.15, 0.06, 0.3127, 0.3290};
+
+/// The bytes of an RGB profile without tone curves; empty when the chromaticities make no space.
+/// The same in every process.
+std::vector<unsigned char> MakeLinearICCProfile(const ICCChromaticities& chromaticities);
 
 } // namespace Raster

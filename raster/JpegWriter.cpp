@@ -76,17 +76,24 @@ void StartCodec(WriteState& state)
     state.destination.empty_output_buffer = FlushBlock;
     state.destination.term_destination = FlushLastBlock;
     state.codec.dest = &state.destination;
-    const bool isGrey = state.buffer->GetFormat() == Format::IA8;
+    const Format format = state.buffer->GetFormat();
     state.codec.image_width = state.buffer->GetWidth();
     state.codec.image_height = state.buffer->GetHeight();
-    state.codec.input_components = isGrey ? 1 : 3;
-    state.codec.in_color_space = isGrey ? JCS_GRAYSCALE : JCS_RGB;
+    state.codec.input_components = static_cast<int>(state.buffer->GetPixelSize()) - 1;
+    state.codec.in_color_space = format == Format::IA8      ? JCS_GRAYSCALE
+                                 : format == Format::CMYKA8 ? JCS_CMYK
+                                                            : JCS_RGB;
     jpeg_set_defaults(&state.codec);
+    if (format == Format::CMYKA8)
+        jpeg_set_colorspace(&state.codec, JCS_YCCK); // with the Adobe marker
     jpeg_set_quality(&state.codec, state.quality, TRUE);
     // Halved chroma smears thin coloured lines, so it goes with low quality only.
     constexpr int fullChromaQuality = 90;
-    if (state.quality >= fullChromaQuality)
-        state.codec.comp_info[0].h_samp_factor = state.codec.comp_info[0].v_samp_factor = 1;
+    if (state.quality >= fullChromaQuality) {
+        for (int component = 0; component < state.codec.num_components; ++component)
+            state.codec.comp_info[component].h_samp_factor =
+                state.codec.comp_info[component].v_samp_factor = 1;
+    }
 }
 
 /// Premultiplied over white: c + (255 − a).
@@ -100,6 +107,24 @@ void CompositeOnWhite(const unsigned char* pixels, unsigned channels, unsigned c
     }
 }
 
+/// Premultiplied inks on paper are the inks themselves. Files with the Adobe marker store paper as
+/// 255 (Adobe Technical Note 5116).
+void InvertInks(const unsigned char* pixels, unsigned char* row, unsigned width)
+{
+    for (unsigned x = 0; x < width; ++x, pixels += 5) {
+        for (unsigned channel = 0; channel < 4; ++channel)
+            *row++ = static_cast<unsigned char>(255 - pixels[channel]);
+    }
+}
+
+void MakeRow(WriteState& state, const unsigned char* pixels)
+{
+    if (state.buffer->GetFormat() == Format::CMYKA8)
+        InvertInks(pixels, state.row, state.codec.image_width);
+    else
+        CompositeOnWhite(pixels, state.buffer->GetPixelSize(), state.row, state.codec.image_width);
+}
+
 void WritePicture(WriteState& state)
 {
     StartCodec(state);
@@ -108,8 +133,7 @@ void WritePicture(WriteState& state)
         jpeg_write_icc_profile(&state.codec, state.profile->GetBytes().data(),
                                static_cast<unsigned>(state.profile->GetBytes().size()));
     while (state.codec.next_scanline < state.codec.image_height) {
-        CompositeOnWhite(state.buffer->GetRow(state.codec.next_scanline),
-                         state.buffer->GetPixelSize(), state.row, state.codec.image_width);
+        MakeRow(state, state.buffer->GetRow(state.codec.next_scanline));
         jpeg_write_scanlines(&state.codec, &state.row, 1);
     }
     jpeg_finish_compress(&state.codec);
@@ -117,8 +141,9 @@ void WritePicture(WriteState& state)
 
 void CheckArguments(const DynamicBitmap& bitmap, int quality)
 {
-    if (bitmap.GetFormat() != Format::RGBA8 && bitmap.GetFormat() != Format::IA8)
-        throw std::invalid_argument("JPEG files hold RGB or grey pictures of 8 bits");
+    const Format format = bitmap.GetFormat();
+    if (format != Format::RGBA8 && format != Format::IA8 && format != Format::CMYKA8)
+        throw std::invalid_argument("JPEG files hold RGB, grey or CMYK pictures of 8 bits");
     if (quality < 1 || quality > 100)
         throw std::invalid_argument("the quality of a JPEG file is from 1 to 100");
     if (bitmap.GetWidth() > JPEG_MAX_DIMENSION || bitmap.GetHeight() > JPEG_MAX_DIMENSION)
@@ -132,7 +157,7 @@ void WriteJPEG(Kernel::OutStream& out, const DynamicBitmap& bitmap, int quality)
     CheckArguments(bitmap, quality);
     const DynamicBuffer& buffer = *bitmap.GetBuffer();
     const auto profile = GetProfileToEmbed(buffer.GetFormat(), bitmap.GetProfile());
-    std::vector<unsigned char> row(std::size_t{3} * buffer.GetWidth());
+    std::vector<unsigned char> row(std::size_t{4} * buffer.GetWidth());
     std::vector<unsigned char> block(BlockSize);
     std::exception_ptr thrown;
 

@@ -57,10 +57,6 @@ void WriteBytes(png_structp png, png_bytep data, std::size_t count)
 
 void FlushNothing(png_structp) {}
 
-bool IsGrey(Format format)
-{
-    return format == Format::IA8 || format == Format::IA16;
-}
 int GetDepth(Format format)
 {
     return format == Format::RGBA16 || format == Format::IA16 ? 16 : 8;
@@ -111,13 +107,6 @@ void WriteRows(WriteState& state)
     png_write_end(state.png, nullptr);
 }
 
-/// Opaque pictures are written without alpha: smaller and faster.
-template<class P>
-bool IsOpaque(const P* row, unsigned width)
-{
-    return std::all_of(row, row + width, [](const P& pixel) { return pixel.Alpha() == P::Max; });
-}
-
 /// How many pixels repeat their left neighbour.
 template<class P>
 std::uint64_t CountRepeats(const P* row, unsigned width)
@@ -133,11 +122,10 @@ void ChooseEncoding(WriteState& state)
 {
     const DynamicBuffer& buffer = *state.buffer;
     std::uint64_t repeats = 0;
-    state.isOpaque = true;
+    state.isOpaque = IsOpaque(buffer);
     WithPixelOfFormat(buffer.GetFormat(), false, [&]<class P>(P) {
         for (unsigned y = 0; y < buffer.GetHeight(); ++y) {
             const P* row = reinterpret_cast<const P*>(buffer.GetRow(y));
-            state.isOpaque = state.isOpaque && IsOpaque(row, buffer.GetWidth());
             repeats += CountRepeats(row, buffer.GetWidth());
         }
         return true;

@@ -19,6 +19,9 @@ agg_.*             renderer/core/coverage/.*
 lcms2\.h           raster/ICC[^/]*
 png\.h             raster/P(ng|NG)[^/]*
 j(peglib|error)\.h raster/J(peg|PEG)[^/]*
+tiffio\.h           raster/T(iff|IFF)[^/]*
+webp/.*            raster/W(ebP|EBP)[^/]*
+(Imf|Iex)[A-Za-z]*\.h raster/E(xr|XR)[^/]*
 pugixml\.hpp       tools/svg/.*\.cpp
 (zlib|iconv)\.h    tools/svg/.*\.cpp
 CLI/.*             tools/renderer/.*\.cpp

@@ -104,6 +104,10 @@ TEST(JPEG, WrittenPicturesComeBackClose)
     EXPECT_LE(MaxDifference<PixelRGBA8>(*colour, *ReadJPEG(Write(*colour, 100))), 5);
     EXPECT_LE(MaxDifference<PixelRGBA8>(*colour, *ReadJPEG(Write(*colour, 75))), 24);
     EXPECT_LE(MaxDifference<PixelIA8>(*grey, *ReadJPEG(Write(*grey, 95))), 6);
+    const auto inks = MakeSmooth<PixelCMYKA8>(150, 83, MakeProfile(MakeCMYKBytes()));
+    const auto read = ReadJPEG(Write(*inks, 100));
+    EXPECT_LE(MaxDifference<PixelCMYKA8>(*inks, *read), 5);
+    EXPECT_EQ(read->GetProfile().Get(), inks->GetProfile().Get());
     EXPECT_LT(Write(*colour, 30).size(), Write(*colour, 95).size());
     EXPECT_EQ(Write(*colour, 90), Write(*colour, 90));
 
@@ -113,6 +117,11 @@ TEST(JPEG, WrittenPicturesComeBackClose)
         std::fill_n(reinterpret_cast<PixelRGBA8*>(buffer->GetRow(y)), 16,
                     PixelRGBA8{{0, 100, 0, 100}});
     ExpectColour(Write(DynamicBitmap(buffer), 100), PixelRGBA8{{155, 255, 155, 255}});
+    const auto paper = DynamicBuffer::Create(Format::CMYKA8, 16, 16);
+    for (unsigned y = 0; y < 16; ++y)
+        std::fill_n(reinterpret_cast<PixelCMYKA8*>(paper->GetRow(y)), 16,
+                    PixelCMYKA8{{0, 100, 30, 10, 100}});
+    ExpectColour(Write(DynamicBitmap(paper), 100), PixelCMYKA8{{0, 100, 30, 10, 255}});
 }
 
 TEST(JPEG, ProfilesOfManyMarkersAreKept)

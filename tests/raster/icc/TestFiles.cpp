@@ -1,12 +1,17 @@
 #include "TestFiles.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <random>
 
+#include <gtest/gtest.h>
 #include <jpeglib.h>
 #include <zlib.h>
 
+#include <kernel/FormatException.h>
 #include <raster/Convert.h>
 #include <raster/Pixel.h>
 
@@ -159,6 +164,58 @@ Kernel::Counted<const Raster::DynamicBitmap> MakeRandomBitmap(Raster::Format for
         return true;
     });
     return Kernel::MakeCounted<const Raster::DynamicBitmap>(buffer, std::move(profile));
+}
+
+void ExpectSimilar(const Raster::DynamicBitmap& actual, const Raster::DynamicBitmap& expected,
+                   double tolerance)
+{
+    ASSERT_EQ(actual.GetFormat(), expected.GetFormat());
+    ASSERT_EQ(actual.GetWidth(), expected.GetWidth());
+    ASSERT_EQ(actual.GetHeight(), expected.GetHeight());
+    Raster::WithPixelOfFormat(actual.GetFormat(), false, [&]<class P>(P) {
+        double worst = 0;
+        for (unsigned y = 0; y < actual.GetHeight(); ++y) {
+            const auto* a = reinterpret_cast<const P*>(actual.GetBuffer()->GetRow(y));
+            const auto* b = reinterpret_cast<const P*>(expected.GetBuffer()->GetRow(y));
+            for (unsigned x = 0; x < actual.GetWidth(); ++x)
+                for (std::size_t c = 0; c < P::ChannelCount; ++c)
+                    worst = std::max(worst, std::abs(double(a[x][c]) - double(b[x][c])));
+        }
+        EXPECT_LE(worst, tolerance);
+        return true;
+    });
+}
+
+void ReadDamaged(
+    const Bytes& file,
+    Kernel::Counted<const Raster::DynamicBitmap> (*read)(std::span<const unsigned char>),
+    int rounds)
+{
+    const auto whole = read(file);
+    int refused = 0;
+    for (std::size_t size = 0; size < file.size(); size += 1 + size / 100) {
+        // A copy, so that reading beyond its end is noticed.
+        const Bytes part(file.begin(), file.begin() + std::ptrdiff_t(size));
+        try {
+            ExpectSimilar(*read(part), *whole);
+        } catch (const Kernel::FormatException&) {
+            ++refused;
+        }
+    }
+    EXPECT_GT(refused, 0);
+    std::mt19937 random(2);
+    for (int round = 0; round < rounds; ++round) {
+        Bytes bytes = file;
+        for (unsigned change = 0; change <= random() % 3; ++change)
+            bytes[random() % bytes.size()] ^= static_cast<unsigned char>(1 + random() % 255);
+        try {
+            read(bytes);
+        } catch (const Kernel::FormatException&) {
+            continue;
+        } catch (const std::bad_alloc&) {
+            ADD_FAILURE() << "memory was asked for in round " << round;
+        }
+    }
 }
 
 } // namespace RasterTest

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,17 @@ Bytes EncodeJpeg(const JpegOptions& options, const Bytes& colour, unsigned width
 Kernel::Counted<const Raster::DynamicBitmap> MakeRandomBitmap(Raster::Format format, unsigned width,
                                                               unsigned height, bool isFlat,
                                                               bool isOpaque, Profile profile = {});
+
+/// The two have one format and size, and no channel differs by more than \p tolerance.
+void ExpectSimilar(const Raster::DynamicBitmap& actual, const Raster::DynamicBitmap& expected,
+                   double tolerance = 0);
+
+/// Reads \p file cut off at many places, which must be refused unless every pixel is still there,
+/// and \p rounds times with bytes changed at random, which must be read or refused.
+void ReadDamaged(
+    const Bytes& file,
+    Kernel::Counted<const Raster::DynamicBitmap> (*read)(std::span<const unsigned char>),
+    int rounds);
 
 /// Throws something of its own after some bytes.
 class FailingStream : public Kernel::OutStream
