@@ -6,6 +6,7 @@ find_package(JPEG REQUIRED)
 pkg_check_modules(TIFF REQUIRED IMPORTED_TARGET libtiff-4>=4.5)
 pkg_check_modules(WEBP REQUIRED IMPORTED_TARGET libwebp libwebpmux libwebpdemux)
 pkg_check_modules(OPENEXR REQUIRED IMPORTED_TARGET OpenEXR)
+pkg_check_modules(OPENCOLORIO REQUIRED IMPORTED_TARGET OpenColorIO)
 pkg_check_modules(LCMS2 REQUIRED IMPORTED_TARGET lcms2)
 pkg_check_modules(AGG REQUIRED IMPORTED_TARGET libagg)
 

@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include <raster/Luminosity.h>
+
 namespace Raster {
 
 namespace {
@@ -135,8 +137,7 @@ void FromRGB(const RGB& rgb, ColourSpace space, float* destination)
     case ColourSpace::HSL:
         return ToHSL(rgb, destination);
     case ColourSpace::Grey:
-        // The luminosity of the non-separable blend modes (W3C Compositing and Blending Level 1).
-        *destination = 0.30f * rgb[0] + 0.59f * rgb[1] + 0.11f * rgb[2];
+        *destination = GetLuminosity(rgb[0], rgb[1], rgb[2]);
         return;
     case ColourSpace::RGB:
         std::copy(rgb.begin(), rgb.end(), destination);

@@ -22,6 +22,7 @@ j(peglib|error)\.h raster/J(peg|PEG)[^/]*
 tiffio\.h           raster/T(iff|IFF)[^/]*
 webp/.*            raster/W(ebP|EBP)[^/]*
 (Imf|Iex)[A-Za-z]*\.h raster/E(xr|XR)[^/]*
+OpenColorIO/.*     raster/adjustments/OpenColorIO[^/]*\.cpp
 pugixml\.hpp       tools/svg/.*\.cpp
 (zlib|iconv)\.h    tools/svg/.*\.cpp
 CLI/.*             tools/renderer/.*\.cpp
