@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <raster/Codecs.h>
+#include <raster/ICCManager.h>
 
 #include "TestDrawing.h"
 
@@ -103,6 +104,45 @@ TEST_F(Command, DrawsTheSameBytesOnEveryRun)
     ASSERT_EQ(Run("draw " + in + " " + Path("a.png") + " --width 700"), 0);
     ASSERT_EQ(Run("draw " + in + " " + Path("b.png") + " --width 700"), 0);
     EXPECT_EQ(ReadFile(Path("a.png")), ReadFile(Path("b.png")));
+}
+
+TEST_F(Command, WritesEveryKindOfFileInTheProfileAskedFor)
+{
+    // Opaque orange beside nothing, and the same in a space of wider primaries.
+    const std::string in =
+        WriteFile("in.svg", MakeDocument("<rect width='10' height='10' fill='#ff8000'/>",
+                                         "width='20' height='10'"));
+    const auto linear = Raster::ICCManager::GetInstance().GetLinearRGBProfile();
+    WriteFile("p.icc", {linear->GetBytes().begin(), linear->GetBytes().end()});
+    for (const char* ending : {"png", "tif", "webp", "JPEG", "tiff"}) {
+        const std::string out = Path(std::string("a.") + ending);
+        const int tolerance = ending[0] == 'J' ? 6 : 0;
+        ASSERT_EQ(Run("draw " + in + " " + out), 0) << m_errors;
+        EXPECT_NEAR(GetPixel(out, 2, 5, 20, 10)[1], 128, tolerance) << ending;
+        ASSERT_EQ(Run("draw " + in + " " + out + " --profile " + Path("p.icc")), 0) << m_errors;
+        // 128 decoded by sRGB's curve is 0.2159
+        EXPECT_NEAR(GetPixel(out, 2, 5, 20, 10)[1], 55, tolerance) << ending;
+        if (tolerance == 0) {
+            EXPECT_EQ(GetPixel(out, 15, 5, 20, 10), (std::array{0, 0, 0, 0})) << ending;
+        }
+        const std::string bytes = ReadFile(out);
+        const auto bitmap =
+            Raster::ReadImage({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+        EXPECT_EQ(bitmap->GetProfile().Get(), linear.Get()) << ending;
+    }
+    const auto grey =
+        Raster::ICCManager::GetInstance().GetDefaultProfileForFormat(Raster::Format::IA8);
+    WriteFile("grey.icc", {grey->GetBytes().begin(), grey->GetBytes().end()});
+    WriteFile("bad.icc", "no profile");
+    for (const char* profile : {"grey.icc", "bad.icc", "missing.icc"}) {
+        EXPECT_EQ(Run("draw " + in + " " + Path("b.png") + " --profile " + Path(profile)), 1);
+        EXPECT_TRUE(m_errors.starts_with("renderer: " + Path(profile) + ": ")) << m_errors;
+        EXPECT_FALSE(fs::exists(Path("b.png")));
+    }
+    // Too wide for the kind of file.
+    EXPECT_EQ(Run("draw " + in + " " + Path("c.webp") + " --width 16384"), 1);
+    EXPECT_TRUE(m_errors.starts_with("renderer: " + Path("c.webp") + ": ")) << m_errors;
+    EXPECT_FALSE(fs::exists(Path("c.webp")));
 }
 
 TEST_F(Command, RefusesWrongUsage)

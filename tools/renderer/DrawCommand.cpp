@@ -5,11 +5,14 @@
 #include <cstdio>
 #include <filesystem>
 #include <limits>
+#include <new>
 
 #include <kernel/BasicProgressReporter.h>
 #include <kernel/FileOutStream.h>
 #include <kernel/FormatException.h>
 #include <raster/Codecs.h>
+#include <raster/Convert.h>
+#include <raster/ICCManager.h>
 #include <renderer/core/BitmapRenderTarget.h>
 
 #include <svg/ColourValue.h>
@@ -23,26 +26,44 @@ namespace Command {
 
 namespace {
 
+using Profile = Kernel::Counted<const Raster::ICCProfile>;
+
 /// Flattened curves stay this close to the true ones, in pixels: what the eye can't see.
 constexpr double ExpansionTolerance = 0.05;
 /// Pictures of more pixels than this are refused: a gigabyte of memory, and what decoders accept.
 constexpr double MaxPixels = 268435456.0;
 constexpr double MaxSide = 1 << 20;
 
-enum class PictureType
+using Writer = void (*)(Kernel::OutStream&, const Raster::DynamicBitmap&);
+
+struct PictureType
 {
-    PNG,
-    JPEG,
+    const char* ending;
+    Writer write;
 };
 
-PictureType FindPictureType(const std::string& path)
+constexpr Writer WriteJPEG = [](Kernel::OutStream& out, const Raster::DynamicBitmap& bitmap) {
+    Raster::WriteJPEG(out, bitmap);
+};
+constexpr PictureType PictureTypes[] = {
+    {".png", [](Kernel::OutStream& out,
+                const Raster::DynamicBitmap& bitmap) { Raster::WritePNG(out, bitmap); }},
+    {".jpg", WriteJPEG},
+    {".jpeg", WriteJPEG},
+    {".webp", [](Kernel::OutStream& out,
+                 const Raster::DynamicBitmap& bitmap) { Raster::WriteWebP(out, bitmap); }},
+    {".tif", Raster::WriteTIFF},
+    {".tiff", Raster::WriteTIFF},
+};
+
+Writer FindWriter(const std::string& path)
 {
     const std::string ending = std::filesystem::path(path).extension().string();
-    if (Svg::EqualsIgnoringCase(ending, ".png"))
-        return PictureType::PNG;
-    if (Svg::EqualsIgnoringCase(ending, ".jpg") || Svg::EqualsIgnoringCase(ending, ".jpeg"))
-        return PictureType::JPEG;
-    throw UsageException(path + ": the output must end in .png or .jpg");
+    for (const PictureType& type : PictureTypes) {
+        if (Svg::EqualsIgnoringCase(ending, type.ending))
+            return type.write;
+    }
+    throw UsageException(path + ": the output must end in .png, .jpg, .webp or .tif");
 }
 
 void CheckOptions(const DrawOptions& options)
@@ -100,17 +121,49 @@ Kernel::Counted<Renderer::BitmapRenderTarget> MakeTarget(const Extent& extent,
     return target;
 }
 
-void WritePicture(const Renderer::BitmapRenderTarget& target, const DrawOptions& options)
+/// The profile that the picture is to be in; none means sRGB.
+Profile ReadProfile(const DrawOptions& options)
 {
-    const Raster::DynamicBitmap bitmap{target.GetBuffer()};
+    if (options.profile.empty())
+        return nullptr;
+    const std::string bytes = ReadFile(options.profile);
+    try {
+        auto profile = Raster::ICCProfile::Create(
+            {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+        if (profile->GetColourSpace() != Raster::ColourSpace::RGB)
+            throw FileException(options.profile, "the profile is not one of RGB colours");
+        return profile;
+    } catch (const Kernel::FormatException& error) {
+        throw FileException(options.profile, error.what());
+    }
+}
+
+/// Drawings are in sRGB, and are composited in it; the finished picture goes into the profile.
+Raster::DynamicBitmap MakeBitmap(const Renderer::BitmapRenderTarget& target, const Profile& profile)
+{
+    Kernel::Counted<const Raster::DynamicBuffer> buffer = target.GetBuffer();
+    if (profile) {
+        const Raster::Format format = buffer->GetFormat();
+        Raster::ICCManager::ICCProfileSet profiles;
+        profiles.SetProfile(format, profile);
+        buffer = Raster::ConvertBuffer(
+            buffer, Raster::ICCManager::GetInstance().GetDefaultProfileForFormat(format), format,
+            profiles);
+        if (!buffer)
+            throw std::bad_alloc();
+    }
+    return Raster::DynamicBitmap(buffer, profile);
+}
+
+void WritePicture(const Raster::DynamicBitmap& bitmap, const DrawOptions& options)
+{
     try {
         Kernel::FileOutStream out(options.output);
-        if (FindPictureType(options.output) == PictureType::PNG)
-            Raster::WritePNG(out, bitmap);
-        else
-            Raster::WriteJPEG(out, bitmap);
+        FindWriter(options.output)(out, bitmap);
         out.Close();
     } catch (const Kernel::OutStream::WriteException& error) {
+        throw FileException(options.output, error.what());
+    } catch (const std::invalid_argument& error) { // too large for the kind of file
         throw FileException(options.output, error.what());
     }
 }
@@ -127,14 +180,15 @@ void DrawOnto(Svg::Drawing& drawing, Renderer::BitmapRenderTarget& target)
 void Draw(const DrawOptions& options)
 {
     CheckOptions(options);
-    FindPictureType(options.output);
+    FindWriter(options.output);
+    const Profile profile = ReadProfile(options);
     try {
         Svg::Drawing drawing(ReadFile(options.input));
         const auto target = MakeTarget(FindExtent(drawing, options), options);
         DrawOnto(drawing, *target);
         for (const std::string& notice : drawing.GetNotices())
             std::fprintf(stderr, "renderer: %s: %s\n", options.input.c_str(), notice.c_str());
-        WritePicture(*target, options);
+        WritePicture(MakeBitmap(*target, profile), options);
     } catch (const Kernel::FormatException& error) {
         throw FileException(options.input, error.what());
     }
