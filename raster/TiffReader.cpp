@@ -122,6 +122,7 @@ Decoding ChooseDecoding(const TiffFile& file, const Layout& layout)
 
 /// Nothing is allocated for more pixels than the file can hold, as far as the compression has a
 /// bound: PackBits makes 128 bytes of 2, Deflate 1032 of 1, LZW some 2700 of 1.
+/// \pre there are at most MaxDecodedPixels.
 void CheckPlausible(const Layout& layout, std::size_t fileSize)
 {
     const std::uint64_t ratio = layout.compression == COMPRESSION_NONE       ? 1
@@ -131,10 +132,11 @@ void CheckPlausible(const Layout& layout, std::size_t fileSize)
                                         layout.compression == COMPRESSION_ADOBE_DEFLATE
                                     ? 1032
                                     : std::uint64_t{1} << 32;
-    const std::uint64_t rowBits = std::uint64_t{layout.width} * layout.bits *
-                                  (layout.photometric == PHOTOMETRIC_YCBCR ? 1 : layout.samples);
-    const std::uint64_t rowBytes = rowBits / 8;
-    if (layout.height > 0 && rowBytes / ratio > fileSize / layout.height)
+    // Subsampled colour takes some room too, but how much is left to the decoder.
+    const unsigned samples = layout.photometric == PHOTOMETRIC_YCBCR ? 1 : layout.samples;
+    const std::uint64_t bits =
+        std::uint64_t{layout.width} * layout.height * layout.bits * samples; // below 2⁶⁰
+    if (bits / 8 / ratio > fileSize)
         Fail("less data than its size needs");
 }
 

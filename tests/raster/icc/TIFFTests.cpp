@@ -338,8 +338,9 @@ TEST(TIFF, DamageIsRefused)
         ReadTIFF, 2000);
 
     // Pictures that claim more than is allowed, or more than the file can hold.
-    for (const auto& [width, height] : {std::pair{60000u, 60000u}, std::pair{16000u, 16000u},
-                                        std::pair{4000000000u, 1u}, std::pair{1u, 4000000000u}}) {
+    for (const auto& [width, height] :
+         {std::pair{60000u, 60000u}, std::pair{16000u, 16000u}, std::pair{300u, 800000u},
+          std::pair{4000000000u, 1u}, std::pair{1u, 4000000000u}}) {
         TiffFile file(false);
         TIFFSetField(file.Get(), TIFFTAG_IMAGEWIDTH, width);
         TIFFSetField(file.Get(), TIFFTAG_IMAGELENGTH, height);
