@@ -20,13 +20,14 @@ public:
     /// With more edges, finding out which rows are alike costs more than it saves.
     static constexpr std::size_t MostEdges = RecordedRow::MostPieces / 2;
 
-    /// \param edges upright ones, at most MostEdges, none to the right of \p bounds.
-    /// \param bounds what is swept: rows, and columns that edges reach into. Not empty.
+    /// \param edges upright ones, at most MostEdges, none to the right of \p bounds; they get
+    /// sorted. \param bounds what is swept: rows, and columns that edges reach into. Not empty.
     /// \param beginRow, sink see CoverageStore::Sweep.
     template<class BeginRow, class Sink>
-    void Sweep(std::span<const Edge> edges, const Kernel::RectT<int>& bounds,
-               const CoverageRule& rule, BeginRow& beginRow, Sink& sink)
+    void Sweep(std::span<Edge> edges, const Kernel::RectT<int>& bounds, const CoverageRule& rule,
+               BeginRow& beginRow, Sink& sink)
     {
+        SortByColumn(edges);
         FindBreaks(edges, bounds);
         for (std::size_t i = 0; i + 1 < m_breakCount; ++i) {
             Record(edges, bounds, m_breaks[i], rule);
@@ -64,6 +65,18 @@ private:
         int column;
         std::uint32_t area; // unsigned, as it wraps around in the engine
     };
+
+    /// Nearly sorted steps cost least to sort.
+    static void SortByColumn(std::span<Edge> edges)
+    {
+        for (std::size_t i = 1; i < edges.size(); ++i) {
+            const Edge edge = edges[i];
+            std::size_t at = i;
+            for (; at > 0 && edges[at - 1].x1 > edge.x1; --at)
+                edges[at] = edges[at - 1];
+            edges[at] = edge;
+        }
+    }
 
     /// Finds the rows that differ from the one above.
     void FindBreaks(std::span<const Edge> edges, const Kernel::RectT<int>& bounds)
