@@ -15,10 +15,22 @@ Context::Context(const Document& document)
       m_images(m_notices)
 {}
 
+bool Context::IsActive(const Element& element) const
+{
+    return std::ranges::find(m_active, &element) != m_active.end();
+}
+
+bool Context::CountMarker()
+{
+    if (m_markers == MaxMarkers)
+        m_notices.Add("there are more than 200,000 markers; the rest is left out");
+    return m_markers++ < MaxMarkers;
+}
+
 void Context::CountUsedElement()
 {
     if (++m_usedElements > MaxUsedElements)
-        throw Kernel::FormatException("use elements show more than a million elements");
+        throw Kernel::FormatException("references show more than a million elements");
 }
 
 ActiveReference::ActiveReference(std::vector<const Element*>& active, const Element& element)

@@ -9,6 +9,7 @@
 #include "Notices.h"
 #include "PaintServers.h"
 #include "StyleResolver.h"
+#include "TileCache.h"
 
 namespace Svg {
 
@@ -16,8 +17,11 @@ namespace Svg {
 class Context
 {
 public:
-    /// Elements that `use` may show in all; more is an attack, not a drawing.
+    /// Elements that references may show in all; more is an attack, not a drawing.
     static constexpr long MaxUsedElements = 1'000'000;
+
+    /// Markers in all, above which they are left out.
+    static constexpr long MaxMarkers = 200'000;
 
     explicit Context(const Document& document);
 
@@ -28,6 +32,20 @@ public:
     Notices& GetNotices() noexcept { return m_notices; }
     const Notices& GetNotices() const noexcept { return m_notices; }
 
+    TileCache& GetTiles() noexcept { return m_tiles; }
+
+    /// The patterns, masks and markers that are being drawn, outermost first.
+    std::vector<const Element*>& GetActive() noexcept { return m_active; }
+    /// Whether one of them is being drawn, so that drawing it again would not end.
+    bool IsActive(const Element& element) const;
+    /// How deep the elements that are being drawn nest, those of patterns and masks included.
+    int& GetDepth() noexcept { return m_depth; }
+    /// How many pictures beside the target are being drawn, one for another.
+    int& GetOffscreenDepth() noexcept { return m_offscreenDepth; }
+
+    /// Counts a marker that is drawn. \return false when there are too many.
+    bool CountMarker();
+
     /// Counts an element that is shown once more. \throws Kernel::FormatException beyond the limit.
     void CountUsedElement();
 
@@ -37,7 +55,12 @@ private:
     StyleResolver m_styles;
     PaintServers m_paintServers;
     Images m_images;
+    TileCache m_tiles;
+    std::vector<const Element*> m_active;
+    int m_depth = 0;
+    int m_offscreenDepth = 0;
     long m_usedElements = 0;
+    long m_markers = 0;
 };
 
 /// An element that is being shown by reference, for as long as the object lives.

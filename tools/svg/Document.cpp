@@ -137,6 +137,7 @@ struct Document::Contents
     std::deque<Element> elements;
     std::unordered_map<std::string_view, const Element*> ids;
     std::vector<std::string> styleSheets;
+    bool namesBlendModes = false;
 
     void Parse();
     void BuildTree();
@@ -214,6 +215,7 @@ void Document::Contents::BuildTree()
 Document::Document(std::string bytes) : m_contents(std::make_unique<Contents>())
 {
     m_contents->text = ExpandEntities(ConvertToUtf8(Gunzip(std::move(bytes))));
+    m_contents->namesBlendModes = m_contents->text.find("mix-blend-mode") != std::string::npos;
     m_contents->Parse();
     m_contents->BuildTree();
     if (m_contents->elements.empty() || GetRoot().tag != Tag::Svg)
@@ -237,6 +239,11 @@ const Element* Document::FindByReference(std::string_view reference) const noexc
 {
     reference = Trim(reference);
     return reference.starts_with('#') ? FindById(reference.substr(1)) : nullptr;
+}
+
+bool Document::NamesBlendModes() const noexcept
+{
+    return m_contents->namesBlendModes;
 }
 
 std::span<const std::string> Document::GetStyleSheets() const noexcept

@@ -29,6 +29,8 @@ public:
     const Element* FindById(std::string_view id) const noexcept;
     /// The element that a reference such as `#id` means, or null: other files are not read.
     const Element* FindByReference(std::string_view reference) const noexcept;
+    /// Whether blend modes are named anywhere, so that groups must keep theirs to themselves.
+    bool NamesBlendModes() const noexcept;
     /// The texts of the style sheets, in document order.
     std::span<const std::string> GetStyleSheets() const noexcept;
 

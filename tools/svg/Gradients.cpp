@@ -1,9 +1,7 @@
 #include "Gradients.h"
 
-#include <algorithm>
 #include <cmath>
 
-#include <kernel/FormatException.h>
 #include <renderer/paint/FillGradient.h>
 #include <renderer/paint/FillSolid.h>
 
@@ -18,8 +16,6 @@ namespace {
 using Raster::AffineTransform;
 using Renderer::FillDescriptorConst;
 using Renderer::FillGradient;
-
-constexpr std::size_t MaxChain = 100;
 
 bool IsGradient(const Element& element) noexcept
 {
@@ -60,67 +56,35 @@ Kernel::Consolidated<Renderer::Gradient> GradientStops::Find(const Element& owne
 }
 
 GradientSource::GradientSource(const Element& gradient, const Document& document)
-{
-    for (const Element* next = &gradient; next && IsGradient(*next);
-         next = document.FindByReference(next->GetReference())) {
-        if (m_chain.size() == MaxChain || std::ranges::find(m_chain, next) != m_chain.end())
-            throw Kernel::FormatException("gradient " + std::string(gradient.id) +
-                                          " refers to itself or through too many others");
-        m_chain.push_back(next);
-    }
-}
-
-const Element* GradientSource::Find(std::string_view attribute, bool sameKind) const
-{
-    const auto found = std::ranges::find_if(m_chain, [&](const Element* element) {
-        return (!sameKind || element->tag == m_chain.front()->tag) && element->Has(attribute);
-    });
-    return found == m_chain.end() ? nullptr : *found;
-}
-
-std::string_view GradientSource::Get(std::string_view attribute) const
-{
-    const Element* source = Find(attribute, false);
-    return source ? source->Get(attribute) : std::string_view();
-}
+    : m_chain(gradient, document, IsGradient)
+{}
 
 double GradientSource::GetLength(std::string_view attribute, const LengthContext& context,
                                  LengthAxis axis, std::string_view fallback) const
 {
-    const Element* source = Find(attribute, true);
+    const Element* source = m_chain.Find(attribute, true);
     const auto length = ParseLength(source ? source->Get(attribute) : fallback);
     return length.value_or(ParseLength(fallback).value_or(Length{})).Resolve(context, axis);
 }
 
 bool GradientSource::UsesBoundingBox() const
 {
-    return Trim(Get("gradientUnits")) != "userSpaceOnUse";
-}
-
-/// The nearest element of the chain that has stops, or null.
-const Element* GradientSource::FindStopOwner() const
-{
-    const auto found = std::ranges::find_if(m_chain, [](const Element* element) {
-        const Element* child = element->firstChild;
-        while (child && child->tag != Tag::Stop)
-            child = child->nextSibling;
-        return child != nullptr;
-    });
-    return found == m_chain.end() ? nullptr : *found;
+    return Trim(m_chain.Get("gradientUnits")) != "userSpaceOnUse";
 }
 
 FillDescriptorConst GradientSource::MakeFill(GradientStops& stops, double opacity,
                                              const Kernel::RectT<double>& box,
                                              const LengthContext& context) const
 {
-    const Element* owner = FindStopOwner();
+    const Element* owner =
+        m_chain.FindOwner([](const Element& child) { return child.tag == Tag::Stop; });
     if (!owner)
         return {};
     const auto gradient = stops.Find(*owner, opacity);
     if (gradient->GetColours().size() == 1)
         return MakeLastColour(*gradient);
     Transform frame;
-    if (const Element* source = Find("gradientTransform", false))
+    if (const Element* source = m_chain.Find("gradientTransform"))
         frame = GetTransform(*source, "gradientTransform");
     LengthContext lengths = context;
     if (UsesBoundingBox()) {
@@ -130,8 +94,8 @@ FillDescriptorConst GradientSource::MakeFill(GradientStops& stops, double opacit
     Transform inverse;
     if (!AffineTransform::Invert(frame, inverse))
         return {};
-    return m_chain.front()->tag == Tag::LinearGradient ? MakeLinear(gradient, frame, lengths)
-                                                       : MakeRadial(gradient, frame, lengths);
+    return m_chain.GetFirst().tag == Tag::LinearGradient ? MakeLinear(gradient, frame, lengths)
+                                                         : MakeRadial(gradient, frame, lengths);
 }
 
 FillDescriptorConst
@@ -147,7 +111,7 @@ GradientSource::MakeLinear(const Kernel::Consolidated<Renderer::Gradient>& gradi
     // The unit frame turned and scaled so that its x axis is the gradient's vector.
     const Transform vector{dx, -dy, x1, dy, dx, y1};
     const auto fill = FillGradient::Create(FillGradient::Linear, gradient, true,
-                                           ParseSpread(Get("spreadMethod")));
+                                           ParseSpread(m_chain.Get("spreadMethod")));
     return {fill, AffineTransform::Concatenate(vector, frame)};
 }
 
@@ -163,14 +127,14 @@ GradientSource::MakeRadial(const Kernel::Consolidated<Renderer::Gradient>& gradi
     if (r == 0.0)
         return MakeLastColour(*gradient);
     const auto focusOr = [&](std::string_view attribute, LengthAxis axis, double centre) {
-        return Find(attribute, true) ? GetLength(attribute, context, axis, "50%") : centre;
+        return m_chain.Find(attribute, true) ? GetLength(attribute, context, axis, "50%") : centre;
     };
     const double fx = focusOr("fx", LengthAxis::Horizontal, cx);
     const double fy = focusOr("fy", LengthAxis::Vertical, cy);
     // Elliptical: circles follow the whole map, as those of SVG do.
-    const auto fill =
-        FillGradient::Create(FillGradient::Elliptical, gradient, true,
-                             ParseSpread(Get("spreadMethod")), {(fx - cx) / r, (fy - cy) / r});
+    const auto fill = FillGradient::Create(FillGradient::Elliptical, gradient, true,
+                                           ParseSpread(m_chain.Get("spreadMethod")),
+                                           {(fx - cx) / r, (fy - cy) / r});
     return {fill, AffineTransform::Concatenate(Transform{r, 0, cx, 0, r, cy}, frame)};
 }
 

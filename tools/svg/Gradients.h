@@ -10,6 +10,7 @@
 
 #include "Document.h"
 #include "Length.h"
+#include "ReferenceChain.h"
 #include "StyleResolver.h"
 #include "TransformList.h"
 
@@ -49,13 +50,9 @@ public:
                                            const LengthContext& context) const;
 
 private:
-    /// The nearest element of the chain that has an attribute; of the same kind only, where asked.
-    const Element* Find(std::string_view attribute, bool sameKind) const;
-    std::string_view Get(std::string_view attribute) const;
     double GetLength(std::string_view attribute, const LengthContext& context, LengthAxis axis,
                      std::string_view fallback) const;
 
-    const Element* FindStopOwner() const;
     Renderer::FillDescriptorConst
     MakeLinear(const Kernel::Consolidated<Renderer::Gradient>& gradient, const Transform& frame,
                const LengthContext& context) const;
@@ -63,7 +60,7 @@ private:
     MakeRadial(const Kernel::Consolidated<Renderer::Gradient>& gradient, const Transform& frame,
                const LengthContext& context) const;
 
-    std::vector<const Element*> m_chain;
+    ReferenceChain m_chain;
 };
 
 } // namespace Svg

@@ -36,6 +36,8 @@ struct LengthContext
     double viewportWidth = 0.0; ///< in user units, as viewportHeight
     double viewportHeight = 0.0;
     double fontSize = 16.0;
+
+    friend bool operator==(const LengthContext&, const LengthContext&) = default;
 };
 
 /// A number with its unit.

@@ -26,6 +26,12 @@ FillDescriptorConst PaintServers::MakeFill(const Paint& paint, double opacity,
 {
     if (!paint.server.empty())
         return MakeServerFill(paint, opacity, current, shape, context);
+    return MakeFallback(paint, opacity, current);
+}
+
+FillDescriptorConst PaintServers::MakeFallback(const Paint& paint, double opacity,
+                                               const ColourValue& current) const
+{
     return paint.colour ? MakeSolidFill(paint.colour->Resolve(current), opacity)
                         : FillDescriptorConst();
 }
@@ -35,14 +41,10 @@ FillDescriptorConst PaintServers::MakeServerFill(const Paint& paint, double opac
                                                  const Geometry::PolyCurveDbl& shape,
                                                  const LengthContext& context) const
 {
-    const FillDescriptorConst fallback =
-        paint.colour ? MakeSolidFill(paint.colour->Resolve(current), opacity)
-                     : FillDescriptorConst();
+    const FillDescriptorConst fallback = MakeFallback(paint, opacity, current);
     const Element* server = m_document.FindByReference(paint.server);
     if (!server || (server->tag != Tag::LinearGradient && server->tag != Tag::RadialGradient)) {
-        m_notices.Add(server && server->tag == Tag::Pattern
-                          ? "patterns are not drawn yet"
-                          : "a paint server is missing; its fallback is painted");
+        m_notices.Add("a paint server is missing; its fallback is painted");
         return fallback;
     }
     const GradientSource gradient(*server, m_document);

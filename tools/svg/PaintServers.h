@@ -33,6 +33,10 @@ public:
                                            const Geometry::PolyCurveDbl& shape,
                                            const LengthContext& context) const;
 
+    /// What is painted where the server of a paint is of no use.
+    Renderer::FillDescriptorConst MakeFallback(const Paint& paint, double opacity,
+                                               const ColourValue& current) const;
+
 private:
     Renderer::FillDescriptorConst MakeServerFill(const Paint& paint, double opacity,
                                                  const ColourValue& current,

@@ -24,6 +24,7 @@ public:
     PathDataResult Read();
 
 private:
+    bool ReadCommands();
     bool ReadCommand();
     bool ReadMove();
     bool ReadSegment(char kind);
@@ -35,6 +36,7 @@ private:
     bool ReadQuadratic();
     bool ReadSmoothQuadratic();
     bool ReadArc();
+    void AddArc(const Geometry::EllipticArc& arc);
     void Close();
 
     std::optional<double> Coordinate();
@@ -53,21 +55,29 @@ private:
     std::optional<Point> m_cubicControl;
     std::optional<Point> m_quadraticControl;
     bool m_relative = false;
+    std::vector<PathJoint> m_innerJoints;
 };
 
 PathDataResult PathReader::Read()
 {
+    const bool complete = ReadCommands();
+    return {m_path, complete, std::move(m_innerJoints)};
+}
+
+/// \return whether the text ended as the grammar allows.
+bool PathReader::ReadCommands()
+{
     m_scanner.SkipSpace();
     if (m_scanner.AtEnd() || m_scanner.Rest() == "none")
-        return {m_path, true};
+        return true;
     if (ToLower(m_scanner.Peek()) != 'm')
-        return {m_path, false};
+        return false;
     while (!m_scanner.AtEnd()) {
         if (!ReadCommand())
-            return {m_path, false};
+            return false;
         m_scanner.SkipSpace();
     }
-    return {m_path, true};
+    return true;
 }
 
 /// Reads a letter and its arguments, as often as they are repeated.
@@ -217,10 +227,24 @@ bool PathReader::ReadArc()
     if (!radiusX || !radiusY || !rotation || !largeArc || !sweep || !end)
         return false;
     const double radians = *rotation * std::numbers::pi / 180.0;
-    Geometry::AppendEllipticArc(*m_path, m_current,
-                                {*radiusX, *radiusY, radians, *largeArc, *sweep, *end});
+    AddArc({*radiusX, *radiusY, radians, *largeArc, *sweep, *end});
     m_current = *end;
     return true;
+}
+
+void PathReader::AddArc(const Geometry::EllipticArc& arc)
+{
+    const auto& runs = m_path->GetCurves();
+    const auto end = [&] {
+        return runs.empty() ? PathJoint{}
+                            : PathJoint{runs.size() - 1, runs.back().GetSegmentCount()};
+    };
+    const PathJoint before = end();
+    Geometry::AppendEllipticArc(*m_path, m_current, arc);
+    const PathJoint after = end();
+    // An arc behind a closed run starts the next one.
+    for (std::size_t i = after.run == before.run ? before.segment + 1 : 1; i < after.segment; ++i)
+        m_innerJoints.push_back({after.run, i});
 }
 
 void PathReader::Close()

@@ -43,29 +43,46 @@ private:
     int m_count;
 };
 
-/// A group that is composited with an opacity; none for full opacity.
+/// How a group is laid over what is below it.
+struct Grouping
+{
+    double opacity = 1.0;
+    Renderer::FillBlendMode::BlendMode mode = Renderer::FillBlendMode::Normal;
+    Renderer::FillDescriptorConst mask{}; ///< scales the group by its alpha; empty for none
+    bool isolates = false;                ///< what is inside must not blend with what is below
+
+    /// Whether drawing without a group would look different.
+    bool IsNeeded() const
+    {
+        return isolates || opacity < 1.0 || mode != Renderer::FillBlendMode::Normal ||
+               !mask.IsFillNone();
+    }
+};
+
+/// A group that is composited as one object, where that is needed.
 class GroupScope
 {
 public:
-    GroupScope(Renderer::RenderTarget& target, double opacity)
-        : m_target(target), m_isOpen(opacity < 1.0)
+    GroupScope(Renderer::RenderTarget& target, const Grouping& grouping)
+        : m_target(target), m_mask(grouping.mask), m_isOpen(grouping.IsNeeded())
     {
         if (m_isOpen) {
-            target.PushComposite(Renderer::RenderTarget::CompositeInit::Clear,
-                                 Renderer::FillBlendMode::Normal,
-                                 Renderer::BlendOptions::Identity(), static_cast<float>(opacity));
+            target.PushComposite(Renderer::RenderTarget::CompositeInit::Clear, grouping.mode,
+                                 Renderer::BlendOptions::Identity(),
+                                 static_cast<float>(grouping.opacity));
         }
     }
     ~GroupScope()
     {
         if (m_isOpen)
-            m_target.PopCompositeAsFill({}, {});
+            m_target.PopCompositeAsFill({}, m_mask);
     }
     GroupScope(const GroupScope&) = delete;
     GroupScope& operator=(const GroupScope&) = delete;
 
 private:
     Renderer::RenderTarget& m_target;
+    Renderer::FillDescriptorConst m_mask;
     bool m_isOpen;
 };
 

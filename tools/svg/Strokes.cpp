@@ -90,7 +90,7 @@ LineStyleDescriptorConst MakeLineStyle(const Style& style, const LengthContext& 
     }
     return {LineStyle::Consolidate(line),
             {},
-            style.strokeFirst,
+            style.IsBelow(PaintLayer::Stroke, PaintLayer::Fill),
             true,
             LineStyleDescriptorConst::Centre};
 }

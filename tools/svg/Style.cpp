@@ -1,6 +1,13 @@
 #include "Style.h"
 
+#include <algorithm>
+
 namespace Svg {
+
+bool Style::IsBelow(PaintLayer layer, PaintLayer other) const noexcept
+{
+    return std::ranges::find(paintOrder, layer) < std::ranges::find(paintOrder, other);
+}
 
 Style Style::MakeChild() const
 {
@@ -12,7 +19,9 @@ Style Style::MakeChild() const
     child.clipPath.clear();
     child.mask.clear();
     child.hasFilter = initial.hasFilter;
-    child.hasBlendMode = initial.hasBlendMode;
+    child.blendMode = initial.blendMode;
+    child.isolated = initial.isolated;
+    child.alphaMask = initial.alphaMask;
     child.stopColour = initial.stopColour;
     child.stopOpacity = initial.stopOpacity;
     return child;

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <renderer/paint/FillBlendMode.h>
 
 #include "ColourValue.h"
 #include "Length.h"
@@ -45,6 +48,14 @@ enum class LineJoin
     Bevel,
 };
 
+/// What a shape consists of; paint-order puts it in order.
+enum class PaintLayer
+{
+    Fill,
+    Stroke,
+    Markers,
+};
+
 /// The computed style of an element, as far as the reader draws it. Lengths keep their units, since
 /// percentages depend on the viewport of the element that uses them.
 struct Style
@@ -66,9 +77,13 @@ struct Style
     Length dashOffset;
     double fontSize = 16.0; ///< in user units
     bool visible = true;
-    bool strokeFirst = false; ///< paint-order: the stroke lies below the fill
+    /// The lowest first.
+    std::array<PaintLayer, 3> paintOrder{PaintLayer::Fill, PaintLayer::Stroke, PaintLayer::Markers};
     bool pixelatedImages = false;
-    bool hasMarkers = false;
+    std::string markerStart; ///< a reference, or empty; likewise the next two
+    std::string markerMid;
+    std::string markerEnd;
+    bool linearLuminance = false; ///< color-interpolation: masks weigh linear light
     /// @}
 
     /// \name Of the element alone
@@ -79,10 +94,19 @@ struct Style
     std::string clipPath; ///< a reference, or empty
     std::string mask;     ///< as clipPath
     bool hasFilter = false;
-    bool hasBlendMode = false;
+    Renderer::FillBlendMode::BlendMode blendMode = Renderer::FillBlendMode::Normal;
+    bool isolated = false;  ///< what is inside does not blend with what is below
+    bool alphaMask = false; ///< of a mask: its alpha counts alone, not its luminance
     StyleColour stopColour;
     double stopOpacity = 1.0;
     /// @}
+
+    bool HasMarkers() const noexcept
+    {
+        return !markerStart.empty() || !markerMid.empty() || !markerEnd.empty();
+    }
+    /// Whether \p layer is drawn before \p other.
+    bool IsBelow(PaintLayer layer, PaintLayer other) const noexcept;
 
     /// The style that a child starts with: what is inherited, and initial values for the rest.
     Style MakeChild() const;

@@ -22,6 +22,15 @@ struct Value
     std::string_view text;
 };
 
+/// Adds a value; `marker` stands for three properties.
+void AddValue(std::vector<Value>& values, Property property, std::string_view text)
+{
+    if (property != Property::Marker)
+        return values.push_back({property, text});
+    for (const Property part : {Property::MarkerStart, Property::MarkerMid, Property::MarkerEnd})
+        values.push_back({part, text});
+}
+
 /// Sets each property to the strongest value that is understood.
 /// \param values the weakest first.
 void ApplyStrongest(const std::vector<Value>& values, Style& style, const Style& parent)
@@ -41,18 +50,18 @@ Style StyleResolver::Resolve(const Element& element, const Style& parent) const
     std::vector<Value> values;
     for (const Attribute& attribute : element.attributes) {
         if (const auto property = FindProperty(attribute.name))
-            values.push_back({*property, attribute.value});
+            AddValue(values, *property, attribute.value);
     }
     const std::vector<const Declaration*> rules = m_sheet.Match(element);
     const std::vector<Declaration> own = ParseDeclarations(RemoveComments(element.Get("style")));
     for (const bool important : {false, true}) {
         for (const Declaration* rule : rules) {
             if (rule->important == important)
-                values.push_back({rule->property, rule->value});
+                AddValue(values, rule->property, rule->value);
         }
         for (const Declaration& declaration : own) {
             if (declaration.important == important)
-                values.push_back({declaration.property, declaration.value});
+                AddValue(values, declaration.property, declaration.value);
         }
     }
     Style style = parent.MakeChild();

@@ -44,6 +44,41 @@ constexpr std::array<Keyword<double>, 7> FontSizes{{{"xx-small", 9.6},
                                                     {"x-large", 24.0},
                                                     {"xx-large", 32.0}}};
 
+constexpr std::array<Keyword<bool>, 2> Isolations{{{"isolate", true}, {"auto", false}}};
+constexpr std::array<Keyword<bool>, 2> MaskTypes{{{"alpha", true}, {"luminance", false}}};
+constexpr std::array<Keyword<bool>, 3> Interpolations{
+    {{"linearRGB", true}, {"sRGB", false}, {"auto", false}}};
+constexpr std::array<Keyword<bool>, 8> ImageRenderings{{{"pixelated", true},
+                                                        {"crisp-edges", true},
+                                                        {"-moz-crisp-edges", true},
+                                                        {"optimizeSpeed", true},
+                                                        {"optimizeQuality", false},
+                                                        {"smooth", false},
+                                                        {"high-quality", false},
+                                                        {"auto", false}}};
+constexpr std::array<Keyword<PaintLayer>, 3> PaintLayers{
+    {{"fill", PaintLayer::Fill}, {"stroke", PaintLayer::Stroke}, {"markers", PaintLayer::Markers}}};
+
+using Renderer::FillBlendMode;
+// The modes of Compositing and Blending Level 1, 5.
+constexpr std::array<Keyword<FillBlendMode::BlendMode>, 16> BlendModes{
+    {{"normal", FillBlendMode::Normal},
+     {"multiply", FillBlendMode::Multiply},
+     {"screen", FillBlendMode::Screen},
+     {"overlay", FillBlendMode::Overlay},
+     {"darken", FillBlendMode::Darken},
+     {"lighten", FillBlendMode::Lighten},
+     {"color-dodge", FillBlendMode::ColorDodge},
+     {"color-burn", FillBlendMode::ColorBurn},
+     {"hard-light", FillBlendMode::HardLight},
+     {"soft-light", FillBlendMode::SoftLight},
+     {"difference", FillBlendMode::Difference},
+     {"exclusion", FillBlendMode::Exclusion},
+     {"hue", FillBlendMode::Hue},
+     {"saturation", FillBlendMode::Saturation},
+     {"color", FillBlendMode::Color},
+     {"luminosity", FillBlendMode::Luminosity}}};
+
 std::optional<StyleColour> ParseStyleColour(std::string_view value)
 {
     if (EqualsIgnoringCase(value, "currentColor"))
@@ -68,6 +103,26 @@ std::optional<std::string> ParseReference(std::string_view value)
 {
     std::string_view rest;
     return std::string(ParseUrl(value, rest));
+}
+
+using PaintOrder = std::array<PaintLayer, 3>;
+
+/// What is not named follows in the usual order (SVG 2, 13.8).
+std::optional<PaintOrder> ParsePaintOrder(std::string_view value)
+{
+    PaintOrder order = Style().paintOrder;
+    auto next = order.begin();
+    if (EqualsIgnoringCase(value, "normal"))
+        return order;
+    for (const std::string_view word : SplitWords(value)) {
+        const auto layer = FindKeyword(PaintLayers, word);
+        const auto place = layer ? std::find(next, order.end(), *layer) : order.end();
+        if (place == order.end())
+            return std::nullopt;
+        std::rotate(next, place, place + 1);
+        ++next;
+    }
+    return order;
 }
 
 std::optional<Length> ParsePositiveLength(std::string_view value)
@@ -195,18 +250,25 @@ std::optional<bool> ApplyFill(Style& style, const Style& parent, Property proper
     }
 }
 
-bool ApplyOther(Style& style, const Style& parent, Property property, std::string_view value)
+std::optional<bool> ApplyMarker(Style& style, const Style& parent, Property property,
+                                std::string_view value)
 {
-    const auto fontSize = [&](std::string_view text) {
-        return ParseFontSize(text, parent.fontSize);
-    };
-    const auto strokeFirst = [](std::string_view text) {
-        return std::optional(text.starts_with("stroke"));
-    };
-    const auto pixelated = [](std::string_view text) {
-        return std::optional(text == "pixelated" || text == "crisp-edges" ||
-                             text == "optimizeSpeed");
-    };
+    switch (property) {
+    case Property::MarkerStart:
+        return Set(&Style::markerStart, style, parent, value, ParseReference);
+    case Property::MarkerMid:
+        return Set(&Style::markerMid, style, parent, value, ParseReference);
+    case Property::MarkerEnd:
+        return Set(&Style::markerEnd, style, parent, value, ParseReference);
+    default:
+        return std::nullopt;
+    }
+}
+
+/// How an element as a whole is laid over what is below.
+std::optional<bool> ApplyCompositing(Style& style, const Style& parent, Property property,
+                                     std::string_view value)
+{
     switch (property) {
     case Property::Opacity:
         return Set(&Style::opacity, style, parent, value, ParseFraction);
@@ -214,28 +276,39 @@ bool ApplyOther(Style& style, const Style& parent, Property property, std::strin
         return Set(&Style::clipPath, style, parent, value, ParseReference);
     case Property::Mask:
         return Set(&Style::mask, style, parent, value, ParseReference);
+    case Property::MaskType:
+        return Set(&Style::alphaMask, style, parent, value, OneOf(MaskTypes));
+    case Property::Filter:
+        return Set(&Style::hasFilter, style, parent, value, Unless("none"));
+    case Property::MixBlendMode:
+        return Set(&Style::blendMode, style, parent, value, OneOf(BlendModes));
+    case Property::Isolation:
+        return Set(&Style::isolated, style, parent, value, OneOf(Isolations));
+    default:
+        return std::nullopt;
+    }
+}
+
+bool ApplyOther(Style& style, const Style& parent, Property property, std::string_view value)
+{
+    const auto fontSize = [&](std::string_view text) {
+        return ParseFontSize(text, parent.fontSize);
+    };
+    switch (property) {
     case Property::Display:
         return Set(&Style::displayed, style, parent, value, Unless("none"));
     case Property::Visibility:
         return Set(&Style::visible, style, parent, value, OneOf(Visibilities));
     case Property::Overflow:
         return Set(&Style::overflowVisible, style, parent, value, OneOf(Overflows));
-    case Property::Filter:
-        return Set(&Style::hasFilter, style, parent, value, Unless("none"));
-    case Property::MixBlendMode:
-        return Set(&Style::hasBlendMode, style, parent, value, Unless("normal"));
     case Property::FontSize:
         return Set(&Style::fontSize, style, parent, value, fontSize);
     case Property::PaintOrder:
-        return Set(&Style::strokeFirst, style, parent, value, strokeFirst);
+        return Set(&Style::paintOrder, style, parent, value, ParsePaintOrder);
     case Property::ImageRendering:
-        return Set(&Style::pixelatedImages, style, parent, value, pixelated);
-    case Property::Marker:
-    case Property::MarkerStart:
-    case Property::MarkerMid:
-    case Property::MarkerEnd:
-        style.hasMarkers = style.hasMarkers || value.find("url(") != value.npos;
-        return true;
+        return Set(&Style::pixelatedImages, style, parent, value, OneOf(ImageRenderings));
+    case Property::ColourInterpolation:
+        return Set(&Style::linearLuminance, style, parent, value, OneOf(Interpolations));
     default:
         return true;
     }
@@ -249,6 +322,10 @@ bool ApplyProperty(Style& style, const Style& parent, Property property, std::st
     if (const auto understood = ApplyStroke(style, parent, property, value))
         return *understood;
     if (const auto understood = ApplyFill(style, parent, property, value))
+        return *understood;
+    if (const auto understood = ApplyMarker(style, parent, property, value))
+        return *understood;
+    if (const auto understood = ApplyCompositing(style, parent, property, value))
         return *understood;
     return ApplyOther(style, parent, property, value);
 }

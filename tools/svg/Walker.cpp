@@ -5,20 +5,36 @@
 #include <kernel/FormatException.h>
 
 #include "Bounds.h"
-#include "Scopes.h"
 #include "Shapes.h"
-#include "ViewBox.h"
 
 namespace Svg {
 
 using Raster::AffineTransform;
-using Renderer::BlendOptions;
-using Renderer::FillBlendMode;
-using Renderer::FillDescriptorConst;
 
 Walker::Walker(Context& context, Renderer::RenderTarget& target, Kernel::Progress* progress)
-    : m_context(context), m_target(target), m_progress(progress), m_clipPaths(context, target)
+    : m_context(context),
+      m_target(target),
+      m_progress(progress),
+      m_clipPaths(context, target),
+      m_masks(context, target, MakeContentDrawer()),
+      m_painter(context, target, MakeContentDrawer())
 {}
+
+/// What is shown by reference has a walk of its own, perhaps on a target of its own.
+ContentDrawer Walker::MakeContentDrawer()
+{
+    return
+        [this](Renderer::RenderTarget& target, const Element& owner, const LengthContext& lengths) {
+            Walker(m_context, target, m_progress).DrawReferenced(owner, lengths);
+        };
+}
+
+void Walker::DrawReferenced(const Element& owner, const LengthContext& lengths)
+{
+    m_isReferenced = true;
+    m_lengths = lengths;
+    DrawChildren(owner, m_context.GetStyles().ResolveInPlace(owner));
+}
 
 void Walker::DrawDocument(double width, double height)
 {
@@ -46,9 +62,9 @@ void Walker::DrawElement(const Element& element, const Style& parent, const Elem
             m_context.GetNotices().Add("foreign objects are not drawn");
         return;
     }
-    if (!m_used.empty())
+    if (m_isReferenced || !m_used.empty())
         m_context.CountUsedElement();
-    const CountedDepth depth(m_depth, MaxDepth);
+    const CountedDepth depth(m_context.GetDepth(), MaxDepth);
     // On the heap: elements nest deeper than stacks are made for.
     const auto style =
         std::make_unique<const Style>(m_context.GetStyles().Resolve(element, parent));
@@ -82,13 +98,48 @@ void Walker::DrawClipped(const Element& element, const Style& style, const Eleme
         DrawContent(element, style, use);
 }
 
+/// How an element is laid over what is below. \return false when nothing of it can be seen.
+bool Walker::FindGrouping(const Element& element, const Style& style, Grouping& grouping)
+{
+    grouping.opacity = style.opacity;
+    grouping.mode = style.blendMode;
+    // Clips make groups that keep blend modes to themselves, as opacity, modes and masks do
+    // (Compositing and Blending Level 1, 3.3).
+    grouping.isolates =
+        m_context.GetDocument().NamesBlendModes() && (style.isolated || !style.clipPath.empty());
+    if (style.mask.empty())
+        return true;
+    const LengthContext lengths = MakeLengths(style);
+    Masks::Result mask = m_masks.Make(
+        style.mask, lengths, [&] { return MeasureBounds(m_context, element, style, lengths); });
+    grouping.mask = std::move(mask.transparency);
+    return !mask.hidesAll;
+}
+
 void Walker::DrawContent(const Element& element, const Style& style, const Element* use)
 {
-    if (IsShape(element.tag))
-        return DrawShape(element, style);
-    if (element.tag == Tag::Image)
-        return DrawImage(element, style);
-    const GroupScope group(m_target, style.opacity);
+    Grouping grouping;
+    if (!FindGrouping(element, style, grouping))
+        return;
+    const bool isImage = element.tag == Tag::Image;
+    Composition composition;
+    if (grouping.mask.IsFillNone() &&
+        (isImage || (IsShape(element.tag) && !Markers::HasMarkers(element, style)))) {
+        // A single object needs no group.
+        composition = {grouping.opacity, grouping.mode};
+        grouping = {};
+    }
+    const GroupScope group(m_target, grouping);
+    if (isImage)
+        m_painter.DrawImage(element, style, MakeLengths(style), composition);
+    else if (IsShape(element.tag))
+        m_painter.DrawShape(element, style, MakeLengths(style), composition);
+    else
+        DrawContainer(element, style, use);
+}
+
+void Walker::DrawContainer(const Element& element, const Style& style, const Element* use)
+{
     if (element.tag == Tag::Use)
         return DrawUse(element, style);
     if (element.tag == Tag::Switch)
@@ -161,59 +212,6 @@ void Walker::DrawViewport(const Element& element, const Style& style, const View
     m_lengths = outer;
 }
 
-void Walker::DrawShape(const Element& element, const Style& style)
-{
-    if (!style.visible)
-        return;
-    const LengthContext lengths = MakeLengths(style);
-    const auto shape = MakeShape(element, lengths, m_context.GetNotices());
-    if (!shape)
-        return;
-    const PaintServers& servers = m_context.GetPaintServers();
-    const FillDescriptorConst fill =
-        servers.MakeFill(style.fill, style.fillOpacity, style.colour, *shape, lengths);
-    const FillDescriptorConst lineFill =
-        servers.MakeFill(style.stroke, style.strokeOpacity, style.colour, *shape, lengths);
-    const auto line = lineFill.IsFillNone()
-                          ? Renderer::LineStyleDescriptorConst::CreateNone()
-                          : MakeLineStyle(style, lengths, *shape, m_context.GetNotices());
-    if (fill.IsFillNone() && !line.IsLineStyleVisible())
-        return;
-    m_target.DrawPolyCurve(shape, static_cast<float>(style.opacity), FillBlendMode::Normal,
-                           BlendOptions::Identity(), fill, {}, lineFill, line,
-                           style.fillEvenOdd ? Geometry::WindingOrderMode::EvenOdd
-                                             : Geometry::WindingOrderMode::NonZero,
-                           true, true);
-}
-
-void Walker::DrawImage(const Element& element, const Style& style)
-{
-    const auto bitmap = m_context.GetImages().Find(element);
-    if (!style.visible || !bitmap)
-        return;
-    const LengthContext lengths = MakeLengths(style);
-    const double x = ResolveAttribute(element, "x", lengths, LengthAxis::Horizontal);
-    const double y = ResolveAttribute(element, "y", lengths, LengthAxis::Vertical);
-    const double width =
-        ResolveAttribute(element, "width", lengths, LengthAxis::Horizontal, bitmap->GetWidth());
-    const double height =
-        ResolveAttribute(element, "height", lengths, LengthAxis::Vertical, bitmap->GetHeight());
-    const Kernel::RectT<double> rect{x, y, x + width, y + height};
-    if (rect.IsEmpty())
-        return;
-    const Kernel::RectT<double> pixels{0.0, 0.0, static_cast<double>(bitmap->GetWidth()),
-                                       static_cast<double>(bitmap->GetHeight())};
-    const AspectRatio ratio = AspectRatio::Parse(element.Get("preserveAspectRatio"));
-    const bool cut = ratio.uniform && ratio.slice;
-    if (cut)
-        m_target.PushClipRectanglePath(rect);
-    const ClipScope clip(m_target, cut ? 1 : 0);
-    const ResamplerScope resampler(m_target, style.pixelatedImages);
-    m_target.DrawBitmap(AffineTransform::MapRect(FitBox(pixels, rect, ratio), pixels), bitmap,
-                        static_cast<float>(style.opacity), FillBlendMode::Normal,
-                        BlendOptions::Identity(), true);
-}
-
 void Walker::NoteUnsupported(const Element& element, const Style& style)
 {
     Notices& notices = m_context.GetNotices();
@@ -221,12 +219,6 @@ void Walker::NoteUnsupported(const Element& element, const Style& style)
         notices.Add("text is not drawn yet");
     if (style.hasFilter)
         notices.Add("filters are not applied yet");
-    if (style.hasBlendMode)
-        notices.Add("blend modes are not applied yet");
-    if (!style.mask.empty())
-        notices.Add("masks are not applied yet");
-    if (style.hasMarkers && IsShape(element.tag))
-        notices.Add("markers are not drawn yet");
 }
 
 } // namespace Svg

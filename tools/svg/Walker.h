@@ -1,12 +1,15 @@
 #pragma once
 
-#include <functional>
+#include <vector>
 
 #include <kernel/Progress.h>
 #include <renderer/core/RenderTarget.h>
 
 #include "ClipPaths.h"
 #include "Context.h"
+#include "Masks.h"
+#include "Painter.h"
+#include "Scopes.h"
 #include "Viewport.h"
 
 namespace Svg {
@@ -20,6 +23,8 @@ public:
 
     /// \param progress may be null; a cancelled one ends the walk.
     Walker(Context& context, Renderer::RenderTarget& target, Kernel::Progress* progress);
+    Walker(const Walker&) = delete;
+    Walker& operator=(const Walker&) = delete;
 
     /// Draws the whole document into a rectangle from (0, 0) of the given extent.
     /// \throws Kernel::FormatException when elements refer to themselves, or nest or multiply
@@ -27,7 +32,13 @@ public:
     ///         all measure.
     void DrawDocument(double width, double height);
 
+    /// Draws the children of an element that is shown by reference: a pattern, a mask, a marker.
+    /// \param lengths what their lengths refer to.
+    /// \throws Kernel::FormatException as above.
+    void DrawReferenced(const Element& owner, const LengthContext& lengths);
+
 private:
+    ContentDrawer MakeContentDrawer();
     void DrawElement(const Element& element, const Style& parent, const Element* use = nullptr);
     void DrawPlaced(const Element& element, const Style& style, const Element* use);
     void DrawClipped(const Element& element, const Style& style, const Element* use);
@@ -37,8 +48,8 @@ private:
     void DrawSwitch(const Element& element, const Style& style);
     void DrawUse(const Element& element, const Style& style);
     void DrawViewport(const Element& element, const Style& style, const Viewport& viewport);
-    void DrawShape(const Element& element, const Style& style);
-    void DrawImage(const Element& element, const Style& style);
+    void DrawContainer(const Element& element, const Style& style, const Element* use);
+    bool FindGrouping(const Element& element, const Style& style, Grouping& grouping);
     void NoteUnsupported(const Element& element, const Style& style);
     LengthContext MakeLengths(const Style& style) const;
     bool IsStopped() const;
@@ -47,10 +58,12 @@ private:
     Renderer::RenderTarget& m_target;
     Kernel::Progress* m_progress;
     ClipPaths m_clipPaths;
+    Masks m_masks;
+    Painter m_painter;
     LengthContext m_lengths; ///< the extent of the innermost viewport
     Kernel::RectT<double> m_rootRect{};
     std::vector<const Element*> m_used;
-    int m_depth = 0;
+    bool m_isReferenced = false;
 };
 
 } // namespace Svg
