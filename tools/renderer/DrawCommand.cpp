@@ -168,6 +168,13 @@ void WritePicture(const Raster::DynamicBitmap& bitmap, const DrawOptions& option
     }
 }
 
+/// The folder that a file lies in.
+std::filesystem::path FindFolder(const std::string& path)
+{
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    return folder.empty() ? "." : folder;
+}
+
 void DrawOnto(Svg::Drawing& drawing, Renderer::BitmapRenderTarget& target)
 {
     Kernel::BasicProgressReporter progress;
@@ -183,7 +190,7 @@ void Draw(const DrawOptions& options)
     FindWriter(options.output);
     const Profile profile = ReadProfile(options);
     try {
-        Svg::Drawing drawing(ReadFile(options.input));
+        Svg::Drawing drawing(ReadFile(options.input), FindFolder(options.input));
         const auto target = MakeTarget(FindExtent(drawing, options), options);
         DrawOnto(drawing, *target);
         for (const std::string& notice : drawing.GetNotices())

@@ -8,11 +8,11 @@
 
 namespace Svg {
 
-Context::Context(const Document& document)
+Context::Context(const Document& document, std::filesystem::path folder)
     : m_document(document),
       m_styles(document),
       m_paintServers(m_document, m_styles, m_notices),
-      m_images(m_notices)
+      m_images(std::move(folder), m_notices)
 {}
 
 bool Context::IsActive(const Element& element) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,7 +24,8 @@ public:
     /// Markers in all, above which they are left out.
     static constexpr long MaxMarkers = 200'000;
 
-    explicit Context(const Document& document);
+    /// \param folder of the drawing, where its images may lie; may be empty.
+    Context(const Document& document, std::filesystem::path folder);
 
     const Document& GetDocument() const noexcept { return m_document; }
     const StyleResolver& GetStyles() const noexcept { return m_styles; }

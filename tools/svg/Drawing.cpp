@@ -40,13 +40,16 @@ std::optional<double> FindAbsolute(const Element& root, std::string_view name)
 
 struct Drawing::Contents
 {
-    explicit Contents(std::string bytes) : document(std::move(bytes)), context(document) {}
+    Contents(std::string bytes, std::filesystem::path folder)
+        : document(std::move(bytes)), context(document, std::move(folder))
+    {}
 
     Document document;
     Context context;
 };
 
-Drawing::Drawing(std::string bytes) : m_contents(std::make_unique<Contents>(std::move(bytes)))
+Drawing::Drawing(std::string bytes, std::filesystem::path folder)
+    : m_contents(std::make_unique<Contents>(std::move(bytes), std::move(folder)))
 {
     FindExtent();
 }

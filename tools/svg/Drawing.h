@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,8 +15,11 @@ class Drawing
 {
 public:
     /// \param bytes the file, which may be compressed with gzip.
+    /// \param folder where the file lies: images in it, and in the folders in it, are shown. None
+    /// are
+    ///        without it.
     /// \throws Kernel::FormatException when the file is not an SVG drawing, or has no extent.
-    explicit Drawing(std::string bytes);
+    explicit Drawing(std::string bytes, std::filesystem::path folder = {});
     ~Drawing();
     Drawing(const Drawing&) = delete;
     Drawing& operator=(const Drawing&) = delete;

@@ -6,6 +6,7 @@
 #include <kernel/FormatException.h>
 #include <raster/Codecs.h>
 
+#include "Percents.h"
 #include "Scanner.h"
 
 namespace Svg {
@@ -23,29 +24,6 @@ int Base64Digit(char c) noexcept
     if (c == '+' || c == '-')
         return 62;
     return c == '/' || c == '_' ? 63 : -1;
-}
-
-int HexDigit(char c) noexcept
-{
-    const char lower = ToLower(c);
-    return IsDigit(c) ? c - '0' : lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-std::string DecodePercents(std::string_view text)
-{
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool escaped = text[i] == '%' && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 &&
-                             HexDigit(text[i + 2]) >= 0;
-        if (escaped) {
-            result += static_cast<char>(HexDigit(text[i + 1]) * 16 + HexDigit(text[i + 2]));
-            i += 2;
-        } else {
-            result += text[i];
-        }
-    }
-    return result;
 }
 
 /// Decodes up to the padding; white space, which attributes are full of, counts for nothing.
@@ -98,14 +76,23 @@ Kernel::Counted<const Raster::DynamicBitmap> Images::Read(std::string_view addre
 {
     if (Trim(address).empty())
         return {};
-    if (!EqualsIgnoringCase(Trim(address).substr(0, 5), "data:")) {
-        m_notices.Add("images in other files are not supported");
+    const bool isEmbedded = EqualsIgnoringCase(Trim(address).substr(0, 5), "data:");
+    if (!isEmbedded && !m_neighbours.Allows(address)) {
+        m_notices.Add("images outside the drawing's folder are not read");
+        return {};
+    }
+    const auto bytes =
+        isEmbedded ? std::optional(DecodeDataAddress(address)) : m_neighbours.Read(address);
+    if (!bytes) {
+        m_notices.Add("an image in another file is missing or cannot be read");
         return {};
     }
     try {
-        return Raster::ReadImage(DecodeDataAddress(address));
+        return Raster::ReadImage(*bytes);
     } catch (const Kernel::FormatException& error) {
-        m_notices.Add(std::string("an embedded image cannot be read: ") + error.what());
+        m_notices.Add((isEmbedded ? "an embedded image cannot be read: "
+                                  : "an image in another file cannot be read: ") +
+                      std::string(error.what()));
         return {};
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -9,6 +10,7 @@
 #include <raster/DynamicBitmap.h>
 
 #include "Element.h"
+#include "Neighbours.h"
 #include "Notices.h"
 
 namespace Svg {
@@ -16,19 +18,23 @@ namespace Svg {
 /// The bytes of a `data:` address, from Base64 or percent encoding; empty when it is damaged.
 std::vector<unsigned char> DecodeDataAddress(std::string_view address);
 
-/// The pictures that a drawing holds within itself.
+/// The pictures that a drawing shows: those within itself and those beside it.
 class Images
 {
 public:
-    explicit Images(Notices& notices) : m_notices(notices) {}
+    /// \param folder of the drawing, where other files may lie; may be empty.
+    Images(std::filesystem::path folder, Notices& notices)
+        : m_neighbours(std::move(folder)), m_notices(notices)
+    {}
 
-    /// The picture of an image element, decoded once; null for what cannot be read: other files,
-    /// damaged data, kinds other than PNG and JPEG.
+    /// The picture of an image element, decoded once; null for what cannot be read: files
+    /// elsewhere, damaged data, kinds other than PNG and JPEG.
     Kernel::Counted<const Raster::DynamicBitmap> Find(const Element& image);
 
 private:
     Kernel::Counted<const Raster::DynamicBitmap> Read(std::string_view address);
 
+    Neighbours m_neighbours;
     Notices& m_notices;
     /// By the text of the address, which lives in the document.
     std::unordered_map<std::string_view, Kernel::Counted<const Raster::DynamicBitmap>> m_bitmaps;
