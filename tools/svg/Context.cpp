@@ -20,6 +20,22 @@ bool Context::IsActive(const Element& element) const
     return std::ranges::find(m_active, &element) != m_active.end();
 }
 
+void Context::SetPixelBudget(double picturePixels)
+{
+    m_pixels = MorePixels + PixelsPerPixel * picturePixels;
+}
+
+bool Context::SpendPixels(double pixels)
+{
+    if (!(pixels <= m_pixels)) {
+        m_notices.Add("patterns and masks need too many pixels; what is painted with the rest of "
+                      "them is left out");
+        return false;
+    }
+    m_pixels -= pixels;
+    return true;
+}
+
 bool Context::CountMarker()
 {
     if (m_markers == MaxMarkers)

@@ -24,6 +24,12 @@ public:
     /// Markers in all, above which they are left out.
     static constexpr long MaxMarkers = 200'000;
 
+    /// Masks in force at once, above which what is masked is left out: each may be a whole picture.
+    static constexpr int MaxMasks = 32;
+    /// Pixels and samples beside the target: so many for each of the picture, and some more.
+    static constexpr double PixelsPerPixel = 1024.0;
+    static constexpr double MorePixels = 1 << 30;
+
     /// \param folder of the drawing, where its images may lie; may be empty.
     Context(const Document& document, std::filesystem::path folder);
 
@@ -42,8 +48,15 @@ public:
     bool IsActive(const Element& element) const;
     /// How deep the elements that are being drawn nest, those of patterns and masks included.
     int& GetDepth() noexcept { return m_depth; }
+    /// How many masks are in force at once.
+    int& GetMaskDepth() noexcept { return m_masks; }
     /// How many pictures beside the target are being drawn, one for another.
     int& GetOffscreenDepth() noexcept { return m_offscreenDepth; }
+
+    /// Starts the count of pixels beside the target for a picture of so many pixels.
+    void SetPixelBudget(double picturePixels);
+    /// Counts pixels that are drawn beside the target. \return false when there are too many.
+    bool SpendPixels(double pixels);
 
     /// Counts a marker that is drawn. \return false when there are too many.
     bool CountMarker();
@@ -63,6 +76,8 @@ private:
     int m_offscreenDepth = 0;
     long m_usedElements = 0;
     long m_markers = 0;
+    double m_pixels = MorePixels; ///< that may still be drawn beside the target
+    int m_masks = 0;
 };
 
 /// An element that is being shown by reference, for as long as the object lives.

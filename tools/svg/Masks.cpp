@@ -129,6 +129,8 @@ Masks::Result Masks::Draw(const Element& mask, const LengthContext& lengths, con
     const RectT<double> region = FindRegion(mask, box, units);
     const RectT<int> pixels =
         region.IsEmpty() ? RectT<int>{} : Offscreen::FindPixels(m_target, region);
+    if (!m_context.SpendPixels(double(pixels.Width()) * pixels.Height()))
+        return {{}, true};
     // Luminance is that of sRGB, whatever the target's own colours are.
     const auto layer = Offscreen::MakeTarget(m_target, pixels, Raster::Format::RGBA8, {});
     if (!layer)

@@ -178,13 +178,24 @@ FillDescriptorConst Patterns::Paint(const Job& job)
     return DrawSampled(job, Oversampling * std::sqrt(maxPixels / needed));
 }
 
+/// The pixels that a pattern paints.
+/// \param samples per pixel.
+Counted<Renderer::BitmapRenderTarget> Patterns::MakeLayer(const Job& job, double samples)
+{
+    const double pixels = double(job.pixels.Width()) * job.pixels.Height();
+    if (!m_context.SpendPixels(pixels * samples))
+        return {};
+    auto layer = Offscreen::MakeTarget(m_target, job.pixels);
+    if (!layer)
+        m_context.GetNotices().Add("a pattern is too large to be drawn");
+    return layer;
+}
+
 FillDescriptorConst Patterns::DrawInPlace(const Job& job)
 {
-    const auto layer = Offscreen::MakeTarget(m_target, job.pixels);
-    if (!layer) {
-        m_context.GetNotices().Add("a pattern is too large to be drawn");
+    const auto layer = MakeLayer(job, 1.0);
+    if (!layer)
         return {};
-    }
     layer->SetLogToDevTransform(job.toDevice);
     const RectT<double>& rect = job.tile.rect;
     {
@@ -225,6 +236,8 @@ Counted<const DynamicBitmap> Patterns::FindTile(const Job& job, double scaleX, d
     key.profiles = m_target.GetProfiles();
     if (auto known = m_context.GetTiles().Find(key))
         return known;
+    if (!m_context.SpendPixels(double(key.width) * key.height))
+        return {};
     const auto target = Offscreen::MakeTarget(m_target, {0, 0, int(key.width), int(key.height)});
     if (!target)
         return {};
@@ -245,11 +258,9 @@ FillDescriptorConst Patterns::DrawSampled(const Job& job, double scale)
     const double widest = MaxTilePixels / 4.0;
     const auto tile =
         FindTile(job, std::min(scale, widest / job.extentX), std::min(scale, widest / job.extentY));
-    const auto layer = Offscreen::MakeTarget(m_target, r);
-    if (!tile || !layer) {
-        m_context.GetNotices().Add("a pattern is too large to be drawn");
+    const auto layer = MakeLayer(job, Oversampling * Oversampling);
+    if (!tile || !layer)
         return {};
-    }
     const Transform frame =
         AffineTransform::Concatenate(AffineTransform::FromRect(job.tile.rect), job.toDevice);
     const auto buffer = layer->GetBuffer();

@@ -66,6 +66,7 @@ private:
     std::optional<Job> MakeJob(const PatternTile& tile, const Kernel::RectT<double>& area,
                                double opacity);
     Renderer::FillDescriptorConst Paint(const Job& job);
+    Kernel::Counted<Renderer::BitmapRenderTarget> MakeLayer(const Job& job, double samples);
     Renderer::FillDescriptorConst DrawInPlace(const Job& job);
     Renderer::FillDescriptorConst DrawSampled(const Job& job, double scale);
     Kernel::Counted<const Raster::DynamicBitmap> FindTile(const Job& job, double scaleX,

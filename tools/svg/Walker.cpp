@@ -39,6 +39,8 @@ void Walker::DrawReferenced(const Element& owner, const LengthContext& lengths)
 void Walker::DrawDocument(double width, double height)
 {
     m_rootRect = {0.0, 0.0, width, height};
+    const auto picture = Offscreen::FindPixels(m_target, m_rootRect);
+    m_context.SetPixelBudget(double(picture.Width()) * picture.Height());
     m_lengths.viewportWidth = width;
     m_lengths.viewportHeight = height;
     DrawElement(m_context.GetDocument().GetRoot(), Style());
@@ -98,6 +100,27 @@ void Walker::DrawClipped(const Element& element, const Style& style, const Eleme
         DrawContent(element, style, use);
 }
 
+namespace {
+
+/// Counts a mask for as long as it is in force.
+class MaskCount
+{
+public:
+    MaskCount(int& count, bool inForce) : m_count(count), m_inForce(inForce ? 1 : 0)
+    {
+        m_count += m_inForce;
+    }
+    ~MaskCount() { m_count -= m_inForce; }
+    MaskCount(const MaskCount&) = delete;
+    MaskCount& operator=(const MaskCount&) = delete;
+
+private:
+    int& m_count;
+    int m_inForce;
+};
+
+} // namespace
+
 /// How an element is laid over what is below. \return false when nothing of it can be seen.
 bool Walker::FindGrouping(const Element& element, const Style& style, Grouping& grouping)
 {
@@ -109,6 +132,10 @@ bool Walker::FindGrouping(const Element& element, const Style& style, Grouping& 
         m_context.GetDocument().NamesBlendModes() && (style.isolated || !style.clipPath.empty());
     if (style.mask.empty())
         return true;
+    if (m_context.GetMaskDepth() >= Context::MaxMasks) {
+        m_context.GetNotices().Add("masks are nested too deep; what is within is left out");
+        return false;
+    }
     const LengthContext lengths = MakeLengths(style);
     Masks::Result mask = m_masks.Make(
         style.mask, lengths, [&] { return MeasureBounds(m_context, element, style, lengths); });
@@ -121,6 +148,7 @@ void Walker::DrawContent(const Element& element, const Style& style, const Eleme
     Grouping grouping;
     if (!FindGrouping(element, style, grouping))
         return;
+    const MaskCount masks(m_context.GetMaskDepth(), !grouping.mask.IsFillNone());
     const bool isImage = element.tag == Tag::Image;
     Composition composition;
     if (grouping.mask.IsFillNone() &&
