@@ -155,7 +155,7 @@ TEST(Paint, FallsBack)
         {"url(#missing) none", "none"},
         {"url(#missing) #0f0", "#00ff00ff"},
         {"url('#missing')currentColor", "#0000ffff"},
-        {"url(#p) red", "#ff0000ff"},
+        {"url(#p) red", "none"},
         {"url(other.svg#p) red", "#ff0000ff"},
         {"rgba(255,0,0,.5)", "#ff000080"},
     };

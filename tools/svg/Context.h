@@ -27,8 +27,8 @@ public:
     /// Masks in force at once, above which what is masked is left out: each may be a whole picture.
     static constexpr int MaxMasks = 32;
     /// Pixels and samples beside the target: so many for each of the picture, and some more.
-    static constexpr double PixelsPerPixel = 1024.0;
-    static constexpr double MorePixels = 1 << 30;
+    static constexpr double PixelsPerPixel = 512.0;
+    static constexpr double MorePixels = 1 << 26;
 
     /// \param folder of the drawing, where its images may lie; may be empty.
     Context(const Document& document, std::filesystem::path folder);

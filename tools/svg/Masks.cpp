@@ -21,6 +21,10 @@ constexpr double RedWeight = 0.2125;
 constexpr double GreenWeight = 0.7154;
 constexpr double BlueWeight = 0.0721;
 
+/// What a pixel of a mask costs, in pixels that are merely drawn: it is cleared, drawn on, weighed
+/// and used.
+constexpr double PassesPerPixel = 4.0;
+
 /// The light that each 8-bit value of sRGB stands for (IEC 61966-2-1), from 0 to 255.
 std::array<double, 256> MakeLinearLight()
 {
@@ -129,7 +133,7 @@ Masks::Result Masks::Draw(const Element& mask, const LengthContext& lengths, con
     const RectT<double> region = FindRegion(mask, box, units);
     const RectT<int> pixels =
         region.IsEmpty() ? RectT<int>{} : Offscreen::FindPixels(m_target, region);
-    if (!m_context.SpendPixels(double(pixels.Width()) * pixels.Height()))
+    if (!m_context.SpendPixels(PassesPerPixel * pixels.Width() * pixels.Height()))
         return {{}, true};
     // Luminance is that of sRGB, whatever the target's own colours are.
     const auto layer = Offscreen::MakeTarget(m_target, pixels, Raster::Format::RGBA8, {});
