@@ -125,6 +125,24 @@ TEST(Pattern, LooksAsItsContentWould)
     EXPECT_EQ(alone.GetDifference(Picture(MakeDocument(content))), 0.0);
 }
 
+TEST(Pattern, LooksTheSameOnManyShapesAsOnOne)
+{
+    // After as many pixels as the device has, all shapes share one covered device.
+    const std::string pattern =
+        "<pattern id='p' patternUnits='userSpaceOnUse' width='7.7' height='6.1' "
+        "patternTransform='rotate(9)'><circle cx='4' cy='3' r='3' fill='#48f'/></pattern>";
+    std::string many;
+    for (int i = 0; i < 200; ++i)
+        many += "<rect x='" + std::to_string(i) + "' width='1' height='100' fill='url(#p)'/>";
+    many += "<g>" + many + many + "</g>";
+    const Picture one(MakeDocument(pattern +
+                                   "<rect width='200' height='100' fill='url(#p)' id='r'/>"
+                                   "<use href='#r'/><use href='#r'/><use href='#r'/>"));
+    const Picture other(
+        MakeDocument(pattern + many + "<rect width='200' height='100' fill='url(#p)'/>"));
+    EXPECT_EQ(one.GetDifference(other), 0.0);
+}
+
 TEST(Pattern, PaintsStrokesAndTakesOpacity)
 {
     const std::string pattern = "<pattern id='p' patternUnits='userSpaceOnUse' width='5.5' "

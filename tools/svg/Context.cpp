@@ -20,9 +20,12 @@ bool Context::IsActive(const Element& element) const
     return std::ranges::find(m_active, &element) != m_active.end();
 }
 
-void Context::SetPixelBudget(double picturePixels)
+void Context::StartPicture(double pixels)
 {
-    m_pixels = MorePixels + PixelsPerPixel * picturePixels;
+    m_pixels = MorePixels + PixelsPerPixel * pixels;
+    m_tiles = {};
+    m_usedElements = 0;
+    m_markers = 0;
 }
 
 bool Context::SpendPixels(double pixels)

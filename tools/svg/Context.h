@@ -53,8 +53,9 @@ public:
     /// How many pictures beside the target are being drawn, one for another.
     int& GetOffscreenDepth() noexcept { return m_offscreenDepth; }
 
-    /// Starts the count of pixels beside the target for a picture of so many pixels.
-    void SetPixelBudget(double picturePixels);
+    /// Starts all counts afresh, for a picture of so many pixels, and forgets the tiles of the last
+    /// one, which may have been given up half way.
+    void StartPicture(double pixels);
     /// Counts pixels that are drawn beside the target. \return false when there are too many.
     bool SpendPixels(double pixels);
 

@@ -30,6 +30,8 @@ constexpr double MaxTilesInPlace = 64.0;
 constexpr double SliverPart = 1e-4;
 /// How far a tile may be off the grid of pixels, added up over all tiles.
 constexpr double GridTolerance = 1e-2;
+/// Devices of more pixels than this are not covered as a whole.
+constexpr double MaxCoverPixels = 1 << 24;
 /// Samples that are averaged at a time.
 constexpr int BandSamples = 1 << 18;
 
@@ -162,7 +164,7 @@ FillDescriptorConst Patterns::Paint(const Job& job)
     const double maxPixels = std::ldexp(MaxTilePixels, 1 - m_context.GetOffscreenDepth());
     const double area = std::max(job.extentX, 1.0) * std::max(job.extentY, 1.0);
     if (area <= maxPixels && LiesOnWholePixels(job)) {
-        const auto tile = FindTile(job, 1.0, 1.0);
+        const auto tile = FindTile(job, MakeKey(job, 1.0, 1.0));
         if (!tile)
             return {};
         return {Renderer::FillBitmap::Create(tile, Raster::ExtendType::Wrap,
@@ -219,7 +221,7 @@ FillDescriptorConst Patterns::DrawInPlace(const Job& job)
         Kernel::MakeCounted<DynamicBitmap>(layer->GetBuffer(), layer->GetProfile()));
 }
 
-Counted<const DynamicBitmap> Patterns::FindTile(const Job& job, double scaleX, double scaleY)
+TileKey Patterns::MakeKey(const Job& job, double scaleX, double scaleY) const
 {
     TileKey key;
     key.owner = job.tile.owner;
@@ -234,7 +236,13 @@ Counted<const DynamicBitmap> Patterns::FindTile(const Job& job, double scaleX, d
     key.opacity = job.opacity;
     key.format = m_target.GetColourFormat();
     key.profiles = m_target.GetProfiles();
-    if (auto known = m_context.GetTiles().Find(key))
+    return key;
+}
+
+Counted<const DynamicBitmap> Patterns::FindTile(const Job& job, const TileKey& key)
+{
+    auto& tiles = m_context.GetTiles().tiles;
+    if (auto known = tiles.Find(key))
         return known;
     if (!m_context.SpendPixels(double(key.width) * key.height))
         return {};
@@ -247,17 +255,52 @@ Counted<const DynamicBitmap> Patterns::FindTile(const Job& job, double scaleX, d
         m_draw(*target, *job.tile.owner, job.tile.lengths);
     }
     const auto tile = Kernel::MakeCounted<DynamicBitmap>(target->GetBuffer(), target->GetProfile());
-    m_context.GetTiles().Keep(key, tile);
+    tiles.Keep(key, tile);
     return tile;
+}
+
+/// Whether all shapes with a pattern have taken as many pixels as the whole device has.
+bool Patterns::IsCoverWorthwhile(const Job& job, const CoverKey& key)
+{
+    const double whole = double(key.pixels.Width()) * key.pixels.Height();
+    if (key.pixels.IsUnset() || whole > MaxCoverPixels)
+        return false;
+    TileCache& cache = m_context.GetTiles();
+    if (cache.wanted != key) {
+        cache.wanted = key;
+        cache.wantedPixels = 0.0;
+    }
+    cache.wantedPixels += double(job.pixels.Width()) * job.pixels.Height();
+    return cache.wantedPixels > whole;
 }
 
 FillDescriptorConst Patterns::DrawSampled(const Job& job, double scale)
 {
-    const RectT<int>& r = job.pixels;
     // Long thin tiles: what one axis lacks in pixels the other may not take.
     const double widest = MaxTilePixels / 4.0;
-    const auto tile =
-        FindTile(job, std::min(scale, widest / job.extentX), std::min(scale, widest / job.extentY));
+    const TileKey key =
+        MakeKey(job, std::min(scale, widest / job.extentX), std::min(scale, widest / job.extentY));
+    const CoverKey cover{key, job.toDevice, m_target.GetDeviceClip()};
+    auto& covers = m_context.GetTiles().covers;
+    if (const auto known = covers.Find(cover))
+        return Offscreen::MakeFill(m_target, cover.pixels, known);
+    Job wide = job;
+    const bool coversAll = IsCoverWorthwhile(job, cover);
+    if (coversAll)
+        wide.pixels = cover.pixels;
+    const auto bitmap = Cover(wide, key);
+    if (!bitmap)
+        return {};
+    if (coversAll)
+        covers.Keep(cover, bitmap);
+    return Offscreen::MakeFill(m_target, wide.pixels, bitmap);
+}
+
+/// Covers the pixels of a job with its tiles.
+Counted<const DynamicBitmap> Patterns::Cover(const Job& job, const TileKey& key)
+{
+    const RectT<int>& r = job.pixels;
+    const auto tile = FindTile(job, key);
     const auto layer = MakeLayer(job, Oversampling * Oversampling);
     if (!tile || !layer)
         return {};
@@ -282,8 +325,7 @@ FillDescriptorConst Patterns::DrawSampled(const Job& job, double scale)
             std::memcpy(buffer->GetRow(unsigned(y - r.top)), rows->GetRow(unsigned(y - top)),
                         std::size_t(width) * buffer->GetPixelSize());
     }
-    return Offscreen::MakeFill(m_target, r,
-                               Kernel::MakeCounted<DynamicBitmap>(buffer, layer->GetProfile()));
+    return Kernel::MakeCounted<DynamicBitmap>(buffer, layer->GetProfile());
 }
 
 } // namespace Svg

@@ -18,7 +18,8 @@ namespace Svg {
 /// are the few tiles of one that is too large for a bitmap of its own. Otherwise one tile is drawn,
 /// its edges on the edges of pixels so that no seam shows: as it is where all tiles lie on whole
 /// pixels of the device, else in four times the resolution, from which each device pixel averages
-/// 4 × 4 samples.
+/// 4 × 4 samples. When a pattern is on so many shapes that they add up to the whole device, the
+/// device is covered once for all of them.
 class Patterns
 {
 public:
@@ -69,8 +70,10 @@ private:
     Kernel::Counted<Renderer::BitmapRenderTarget> MakeLayer(const Job& job, double samples);
     Renderer::FillDescriptorConst DrawInPlace(const Job& job);
     Renderer::FillDescriptorConst DrawSampled(const Job& job, double scale);
-    Kernel::Counted<const Raster::DynamicBitmap> FindTile(const Job& job, double scaleX,
-                                                          double scaleY);
+    TileKey MakeKey(const Job& job, double scaleX, double scaleY) const;
+    Kernel::Counted<const Raster::DynamicBitmap> FindTile(const Job& job, const TileKey& key);
+    Kernel::Counted<const Raster::DynamicBitmap> Cover(const Job& job, const TileKey& key);
+    bool IsCoverWorthwhile(const Job& job, const CoverKey& key);
 
     Context& m_context;
     Renderer::RenderTarget& m_target;

@@ -40,7 +40,7 @@ void Walker::DrawDocument(double width, double height)
 {
     m_rootRect = {0.0, 0.0, width, height};
     const auto picture = Offscreen::FindPixels(m_target, m_rootRect);
-    m_context.SetPixelBudget(double(picture.Width()) * picture.Height());
+    m_context.StartPicture(double(picture.Width()) * picture.Height());
     m_lengths.viewportWidth = width;
     m_lengths.viewportHeight = height;
     DrawElement(m_context.GetDocument().GetRoot(), Style());
