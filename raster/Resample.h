@@ -1,25 +1,43 @@
 #pragma once
 
-#include <cstdint>
-
 #include <kernel/Counted.h>
 #include <raster/AffineTransform.h>
 #include <raster/DynamicBuffer.h>
 #include <raster/Export.h>
 #include <raster/Format.h>
+#include <raster/MappedPicture.h>
 #include <raster/Pixel.h>
 
 namespace Raster {
 
-namespace Resampling {
-class ExtendedAxis;
-}
+/// Pixels.
+struct PictureSize
+{
+    unsigned width;
+    unsigned height;
+
+    friend bool operator==(const PictureSize&, const PictureSize&) noexcept = default;
+};
+
+/// The size to which ReduceByArea brings a picture of \p size before it is read through a map that
+/// minifies it: a device pixel then covers at most one pixel per axis. Elsewhere the size as it is.
+/// \param deviceToUnit takes device coordinates to the unit square that the picture occupies.
+RASTER_EXPORT PictureSize GetReducedSize(PictureSize size,
+                                         const AffineTransform::Params& deviceToUnit) noexcept;
 
 /// Averages \p source down (never up) to \p width × \p height pixels: every result pixel is the
 /// exact area-weighted mean of the premultiplied pixels that it covers. Both sides stay at least 1
 /// and at most the source's. \return null when the memory cannot be had.
 RASTER_EXPORT Kernel::Counted<const DynamicBuffer>
 ReduceByArea(const Kernel::Counted<const DynamicBuffer>& source, unsigned width, unsigned height);
+
+/// Which of the loops of a SpanSampler is used. Results are the same.
+enum class SamplerCode
+{
+    Best,     ///< the fastest that this processor runs
+    Baseline, ///< what every processor of the architecture runs
+    General,  ///< no shorter way for maps along the rows of the source
+};
 
 /// Reads a buffer through an affine map, span by span. Holds everything that is the same for all
 /// pixels; may be used from many threads at once.
@@ -39,45 +57,30 @@ class RASTER_EXPORT SpanSampler
 public:
     /// \param source a buffer that stores P, kept alive by the sampler.
     /// \param deviceToUnit the inverse of the fill's placement on the device.
+    /// \param code for tests, which compare the loops.
     SpanSampler(Kernel::Counted<const DynamicBuffer> source,
                 const AffineTransform::Params& deviceToUnit, ResamplerType up, ResamplerType down,
-                ExtendType extend);
+                ExtendType extend, SamplerCode code = SamplerCode::Best);
 
     /// Writes \p length premultiplied pixels from device pixel (x, y) on.
     void Sample(int x, int y, unsigned length, P* out) const
     {
-        (this->*m_sample)(x, y, length, out);
+        m_sample(m_picture, x, y, length, out);
     }
 
     /// Whether the map only moves by whole pixels and reads each source pixel as it is.
-    bool IsWholePixelTranslation() const noexcept { return m_wholePixels; }
+    bool IsWholePixelTranslation() const noexcept { return m_isCopy; }
+    /// Whether all pixels have full alpha if the source's have.
+    bool KeepsOpacity() const noexcept { return m_keepsOpacity; }
 
 private:
-    using SampleFunction = void (SpanSampler::*)(int, int, unsigned, P*) const;
-
-    void SampleTransparent(int x, int y, unsigned length, P* out) const;
-    void SampleCopy(int x, int y, unsigned length, P* out) const;
-    void SampleNearest(int x, int y, unsigned length, P* out) const;
-    template<class Filter>
-    void SampleFiltered(int x, int y, unsigned length, P* out) const;
-
-    void GatherRow(const Resampling::ExtendedAxis& xAxis, int first, int row, P* out,
-                   int count) const;
-
-    bool SetMap(const AffineTransform::Params& deviceToUnit, bool reduce);
-    bool SetWholePixels();
-    const P* GetRow(int y) const noexcept
-    {
-        return reinterpret_cast<const P*>(m_source->GetRow(unsigned(y)));
-    }
+    void ChooseLoop(ResamplerType up, SamplerCode code) noexcept;
 
     Kernel::Counted<const DynamicBuffer> m_source; // reduced where the map minifies
-    AffineTransform::Params m_deviceToSource;      // to source pixels
-    ExtendType m_extend;
-    SampleFunction m_sample = &SpanSampler::SampleTransparent;
-    bool m_wholePixels = false;
-    std::int64_t m_offsetX = 0; // of whole-pixel translations
-    std::int64_t m_offsetY = 0;
+    Resampling::MappedPicture m_picture;
+    Resampling::SpanFunction m_sample;
+    bool m_isCopy = false;
+    bool m_keepsOpacity = false;
 };
 
 } // namespace Raster

@@ -13,6 +13,10 @@
 /// Weights sum to 1 and are symmetric: those of 1 − f are those of f reversed.
 namespace Raster::Resampling {
 
+/// Nearest neighbours are looked up a hair after the position: where a map puts pixel centres
+/// between two source pixels, rounding noise must not pick the one here and the other there.
+inline constexpr double NearestBias = 1e-6;
+
 struct BilinearFilter
 {
     static constexpr int Taps = 2;
@@ -35,8 +39,29 @@ struct CatmullRomFilter
     }
 };
 
+/// sin(π/3 · t) for 0 ≤ t ≤ 1, exact to a few units of the last place of double: Taylor's series to
+/// the term of degree 19. Plain arithmetic, unlike the library's function, is the same on every
+/// processor and runs in vector registers.
+inline double SineOfThird(double t) noexcept
+{
+    const double x = std::numbers::pi / 3 * t;
+    const double y = x * x;
+    double sum = -1.0 / 121645100408832000; // 1/19!
+    sum = sum * y + 1.0 / 355687428096000;
+    sum = sum * y - 1.0 / 1307674368000;
+    sum = sum * y + 1.0 / 6227020800;
+    sum = sum * y - 1.0 / 39916800;
+    sum = sum * y + 1.0 / 362880;
+    sum = sum * y - 1.0 / 5040;
+    sum = sum * y + 1.0 / 120;
+    sum = sum * y - 1.0 / 6;
+    return x + x * y * sum;
+}
+
 /// sinc(d)·sinc(d/3) for |d| < 3 at d = f − k, scaled to the sum 1. With sin(π(f − k)) = ±sin(πf)
-/// the common factor 3·sin(πf)/π² falls out, and the other sine needs two evaluations for all taps.
+/// the common factor 3·sin(πf)/π² falls out, and the other sine needs two evaluations for all taps:
+/// (−1)^k · sin((f − k)π/3) is, for k = −2 … 3, b, −a−b, a, b, −a−b, a with a = sin(fπ/3) and
+/// b = sin((1−f)π/3).
 struct Lanczos3Filter
 {
     static constexpr int Taps = 6;
@@ -44,41 +69,29 @@ struct Lanczos3Filter
 
     static std::array<double, Taps> GetWeights(double f) noexcept
     {
-        // On a pixel's centre both the factor and that pixel's d² vanish.
-        constexpr double Tiny = 1e-9;
-        if (f < Tiny)
-            return {0, 0, 1, 0, 0, 0};
-        if (f > 1 - Tiny)
-            return {0, 0, 0, 1, 0, 0};
-
-        const double angle = std::numbers::pi / 3 * f;
-        const double sine = std::sin(angle);
-        const double halfSine = sine / 2;
-        const double rootCosine = std::numbers::sqrt3 / 2 * std::cos(angle);
-        // (−1)^k · sin(angle − kπ/3) for k = −2 … 3.
-        const std::array<double, Taps> numerators{
-            rootCosine - halfSine, -rootCosine - halfSine, sine,
-            rootCosine - halfSine, -rootCosine - halfSine, sine};
-        std::array<double, Taps> weights;
-        double sum = 0;
-        for (int i = 0; i < Taps; ++i) {
-            const double d = f - (i - 2);
-            weights[std::size_t(i)] = numerators[std::size_t(i)] / (d * d);
-            sum += weights[std::size_t(i)];
-        }
-        for (double& weight : weights)
-            weight /= sum;
-        return weights;
+        // On a pixel's centre both the factor and that pixel's d² vanish; so near to it the other
+        // weights drown in rounding.
+        constexpr double Tiny = 1e-40;
+        const double behind = f > Tiny ? f : Tiny;
+        const double before = 1 - f > Tiny ? 1 - f : Tiny;
+        const double a = SineOfThird(behind);
+        const double b = SineOfThird(before);
+        const double w0 = b / ((2 + f) * (2 + f));
+        const double w1 = -(a + b) / ((1 + f) * (1 + f));
+        const double w2 = a / (behind * behind);
+        const double w3 = b / (before * before);
+        const double w4 = -(a + b) / ((2 - f) * (2 - f));
+        const double w5 = a / ((3 - f) * (3 - f));
+        const double scale = 1 / (((w0 + w5) + (w1 + w4)) + (w2 + w3));
+        return {w0 * scale, w1 * scale, w2 * scale, w3 * scale, w4 * scale, w5 * scale};
     }
 };
 
 /// The pixel that stands at \p index of an endless row that begins with \p size pixels; −1 where it
-/// is transparent.
+/// is transparent. \pre it is none of those pixels
 template<class Int>
-Int MapIndex(Int index, Int size, ExtendType extend) noexcept
+Int MapOutsideIndex(Int index, Int size, ExtendType extend) noexcept
 {
-    if (index >= 0 && index < size)
-        return index;
     switch (extend) {
     case ExtendType::Clamp:
         return index < 0 ? 0 : size - 1;
@@ -99,18 +112,26 @@ Int MapIndex(Int index, Int size, ExtendType extend) noexcept
     return -1;
 }
 
+/// As MapOutsideIndex, for any index.
+template<class Int>
+inline Int MapIndex(Int index, Int size, ExtendType extend) noexcept
+{
+    return index >= 0 && index < size ? index : MapOutsideIndex(index, size, extend);
+}
+
 /// One axis of the source: brings positions near its pixels.
 class ExtendedAxis
 {
 public:
     ExtendedAxis() = default;
-    ExtendedAxis(unsigned size, ExtendType extend) noexcept
-        : m_size(int(size)),
-          m_extend(extend),
-          m_period(extend == ExtendType::Mirror ? 2.0 * size : size)
+    ExtendedAxis(int size, ExtendType extend) noexcept
+        : m_size(size), m_extend(extend), m_period(extend == ExtendType::Mirror ? 2.0 * size : size)
     {}
 
     int GetSize() const noexcept { return m_size; }
+
+    /// Whether a position lies in the picture itself; it then stays as it is.
+    bool IsInside(double u) const noexcept { return u >= 0 && u < m_size; }
 
     /// A position with the same colours around it, at most Margin pixels outside, for a finite
     /// position in pixels. Filters are symmetric, so mirroring the position is mirroring the
@@ -154,11 +175,12 @@ private:
     double m_period = 0;
 };
 
-/// floor for values in the range of int, without the call that baseline processors need.
-inline int FloorToInt(double value) noexcept
+/// floor for what Fold gives and a filter's half a pixel less, in arithmetic that all processors
+/// have for vectors. Where the position lies within rounding below a whole number, it counts as
+/// that.
+inline int FloorNearPicture(double value) noexcept
 {
-    const int truncated = int(value);
-    return truncated - (value < truncated);
+    return int(value + 8) - 8;
 }
 
 } // namespace Raster::Resampling

@@ -1,0 +1,356 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include <raster/MappedPicture.h>
+#include <raster/PixelPair.h>
+#include <raster/ResampleFilters.h>
+
+/// The loops that interpolate spans. All of them compute the same sums in the same order: first the
+/// taps of each column, from the top; then, of the columns, those at even places and those at odd
+/// places, from the left; then the two sums together. So it does not show which loop a pixel went
+/// through.
+namespace Raster::Resampling {
+
+/// Pixels that are worked on at once.
+inline constexpr unsigned BlockLength = 128;
+
+/// The taps of a block's pixels along one axis.
+template<class Filter, class Real>
+struct BlockTaps
+{
+    alignas(32) double positions[BlockLength];
+    alignas(32) int firsts[BlockLength];
+    alignas(32) Real weights[Filter::Taps][BlockLength];
+    int lowest; ///< of the firsts
+    int highest;
+
+    /// The positions step · deviceX + origin, brought near the picture.
+    void SetPositions(const ExtendedAxis& axis, double step, double deviceX, double origin,
+                      unsigned count) noexcept
+    {
+        // Device positions are exact: the result does not depend on where the block begins.
+        for (unsigned k = 0; k < count; ++k)
+            positions[k] = step * (deviceX + int(k)) + origin;
+        // Rounding is monotonic too: between two positions in the picture all are.
+        if (axis.IsInside(positions[0]) && axis.IsInside(positions[count - 1]))
+            return;
+        for (unsigned k = 0; k < count; ++k)
+            positions[k] = axis.Fold(positions[k]);
+    }
+
+    void SetTaps(unsigned count) noexcept
+    {
+        lowest = highest = FloorNearPicture(positions[0] - 0.5) - Before;
+        for (unsigned k = 0; k < count; ++k) {
+            const double u = positions[k] - 0.5;
+            const int index = FloorNearPicture(u);
+            const double fraction = u - index;
+            const auto exact = Filter::GetWeights(fraction > 0 ? fraction : 0);
+            for (std::size_t i = 0; i < exact.size(); ++i)
+                weights[i][k] = static_cast<Real>(exact[i]);
+            const int first = index - Before;
+            firsts[k] = first;
+            lowest = first < lowest ? first : lowest;
+            highest = first > highest ? first : highest;
+        }
+    }
+
+    bool AreInside(const ExtendedAxis& axis) const noexcept
+    {
+        return lowest >= 0 && highest + Filter::Taps <= axis.GetSize();
+    }
+    bool IsInside(const ExtendedAxis& axis, unsigned k) const noexcept
+    {
+        return firsts[k] >= 0 && firsts[k] + Filter::Taps <= axis.GetSize();
+    }
+
+    /// Taps before the position's own pixel.
+    static constexpr int Before = Filter::Taps / 2 - 1;
+};
+
+/// Rounds to nearest. Without overshoot, colour stays within alpha because every step of the sums
+/// is monotonic.
+template<class P, class Filter>
+void StorePixels(const RealOf<P>* __restrict sums, P* __restrict out, unsigned count) noexcept
+{
+    using Channel = typename P::ChannelType;
+    using Real = RealOf<P>;
+    auto* __restrict channels = reinterpret_cast<Channel*>(out);
+    if constexpr (std::is_floating_point_v<Channel>) {
+        for (std::size_t i = 0; i < std::size_t{count} * P::ChannelCount; ++i)
+            channels[i] = static_cast<Channel>(sums[i]);
+        for (unsigned k = 0; k < count; ++k)
+            out[k].Alpha() = std::clamp(out[k].Alpha(), Channel(0), P::Max);
+    } else if constexpr (Filter::Overshoots) {
+        for (unsigned k = 0; k < count; ++k) {
+            const Real* pixel = sums + std::size_t{k} * P::ChannelCount;
+            const Real alpha = std::clamp(pixel[P::AlphaIndex], Real(0), Real(P::Max));
+            for (std::size_t c = 0; c < P::ChannelCount; ++c)
+                out[k][c] = static_cast<Channel>(
+                    static_cast<int>(std::clamp(pixel[c], Real(0), alpha) + Real(0.5)));
+        }
+    } else {
+        for (std::size_t i = 0; i < std::size_t{count} * P::ChannelCount; ++i)
+            channels[i] = static_cast<Channel>(static_cast<int>(sums[i] + Real(0.5)));
+    }
+}
+
+/// Interpolates anywhere.
+template<class P, class Filter>
+struct FilterAny
+{
+    using Real = RealOf<P>;
+    using Taps = BlockTaps<Filter, Real>;
+    static constexpr unsigned Count = Filter::Taps;
+
+    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    {
+        for (unsigned begin = 0; begin < length; begin += BlockLength)
+            Block(*picture, x + int(begin), y, std::min(length - begin, BlockLength), out + begin);
+    }
+
+private:
+    static void Block(const MappedPicture& picture, int x, int y, unsigned count, P* out)
+    {
+        const auto& map = picture.map;
+        const ExtendedAxis xAxis(picture.width, picture.extend);
+        const ExtendedAxis yAxis(picture.height, picture.extend);
+        Taps xTaps;
+        Taps yTaps;
+        xTaps.SetPositions(xAxis, map.m00, x + 0.5, map.m01 * (y + 0.5) + map.m02, count);
+        yTaps.SetPositions(yAxis, map.m10, x + 0.5, map.m11 * (y + 0.5) + map.m12, count);
+        xTaps.SetTaps(count);
+        yTaps.SetTaps(count);
+
+        alignas(32) Real sums[BlockLength * P::ChannelCount];
+        const auto sumInside = [&](unsigned k) {
+            Sum(picture.GetRow<P>(yTaps.firsts[k]) + xTaps.firsts[k], picture.stride, xTaps, yTaps,
+                k, sums + std::size_t{k} * P::ChannelCount);
+        };
+        if (xTaps.AreInside(xAxis) && yTaps.AreInside(yAxis)) {
+            for (unsigned k = 0; k < count; ++k)
+                sumInside(k);
+        } else {
+            P patch[Count * Count]; // what is read across the edges
+            for (unsigned k = 0; k < count; ++k) {
+                if (xTaps.IsInside(xAxis, k) && yTaps.IsInside(yAxis, k)) {
+                    sumInside(k);
+                    continue;
+                }
+                Gather(picture, xAxis, yAxis, xTaps.firsts[k], yTaps.firsts[k], patch);
+                Sum(patch, std::ptrdiff_t(Count * sizeof(P)), xTaps, yTaps, k,
+                    sums + std::size_t{k} * P::ChannelCount);
+            }
+        }
+        StorePixels<P, Filter>(sums, out, count);
+    }
+
+    static void Sum(const P* first, std::ptrdiff_t stride, const Taps& xTaps, const Taps& yTaps,
+                    unsigned k, Real* out) noexcept
+    {
+        PixelPair<P> sum;
+        for (unsigned i = 0; i < Count; i += 2) {
+            const auto* row = reinterpret_cast<const unsigned char*>(first + i);
+            PixelPair<P> columns(reinterpret_cast<const P*>(row));
+            columns.Scale(yTaps.weights[0][k]);
+            for (unsigned j = 1; j < Count; ++j) {
+                row += stride;
+                PixelPair<P> tap(reinterpret_cast<const P*>(row));
+                tap.Scale(yTaps.weights[j][k]);
+                columns.Add(tap);
+            }
+            columns.Scale(xTaps.weights[i][k], xTaps.weights[i + 1][k]);
+            if (i == 0)
+                sum = columns;
+            else
+                sum.Add(columns);
+        }
+        sum.StoreSum(out);
+    }
+
+    static void Gather(const MappedPicture& picture, const ExtendedAxis& xAxis,
+                       const ExtendedAxis& yAxis, int x, int y, P* out) noexcept
+    {
+        for (int j = 0; j < int(Count); ++j) {
+            const int row = yAxis.Map(y + j);
+            for (int i = 0; i < int(Count); ++i) {
+                const int column = xAxis.Map(x + i);
+                *out++ = row < 0 || column < 0 ? P{} : picture.GetRow<P>(row)[column];
+            }
+        }
+    }
+};
+
+/// A device row's place between rows of the picture: blends columns of them.
+template<class P, class Filter>
+class RowBlend
+{
+public:
+    using Real = RealOf<P>;
+    using Channel = typename P::ChannelType;
+    static constexpr unsigned MaxColumns = BlockLength + Filter::Taps;
+
+    RowBlend(const MappedPicture& picture, double position) noexcept
+        : m_extend(picture.extend), m_width(picture.width)
+    {
+        const ExtendedAxis axis(picture.height, picture.extend);
+        BlockTaps<Filter, Real> taps;
+        taps.positions[0] = axis.Fold(position);
+        taps.SetTaps(1);
+        for (int j = 0; j < Filter::Taps; ++j) {
+            const int row = axis.Map(taps.firsts[0] + j);
+            m_rows[std::size_t(j)] = row < 0 ? nullptr : picture.GetRow<P>(row);
+            m_weights[std::size_t(j)] = taps.weights[j][0];
+        }
+    }
+
+    /// Whether there is nothing but the transparent pixels around the picture.
+    bool IsEmpty() const noexcept
+    {
+        for (const P* row : m_rows)
+            if (row)
+                return false;
+        return true;
+    }
+
+    /// Blends \p count columns, which may lie outside, from \p first on.
+    void Blend(std::int64_t first, unsigned count, Real* out) const noexcept
+    {
+        while (count > 0) {
+            const auto column = MapIndex<std::int64_t>(first, m_width, m_extend);
+            // Pixels follow each other in the picture itself and in its repetitions.
+            const bool isRun = column >= 0 && (column == first || m_extend == ExtendType::Wrap);
+            const unsigned run =
+                isRun ? unsigned(std::min<std::int64_t>(count, m_width - column)) : 1U;
+            if (column < 0)
+                std::fill_n(out, P::ChannelCount, Real(0));
+            else
+                BlendRun(unsigned(column), run, out);
+            first += run;
+            count -= run;
+            out += std::size_t{run} * P::ChannelCount;
+        }
+    }
+
+private:
+    void BlendRun(unsigned column, unsigned count, Real* __restrict out) const noexcept
+    {
+        constexpr std::size_t Taps = Filter::Taps;
+        const Channel* rows[Taps];
+        for (std::size_t j = 0; j < Taps; ++j)
+            rows[j] = m_rows[j] ? reinterpret_cast<const Channel*>(m_rows[j] + column) : Zeros;
+        const std::array<Real, Taps> weights = m_weights;
+        for (std::size_t i = 0; i < std::size_t{count} * P::ChannelCount; ++i) {
+            Real sum = weights[0] * Real(rows[0][i]);
+            for (std::size_t j = 1; j < Taps; ++j)
+                sum += weights[j] * Real(rows[j][i]);
+            out[i] = sum;
+        }
+    }
+
+    static constexpr Channel Zeros[MaxColumns * P::ChannelCount]{};
+
+    ExtendType m_extend;
+    int m_width;
+    std::array<const P*, Filter::Taps> m_rows; // null where transparent
+    std::array<Real, Filter::Taps> m_weights;
+};
+
+/// Interpolates where device rows run along rows of the picture.
+/// \tparam Code the processor that the loops are compiled for.
+template<class P, class Filter, class Code>
+struct FilterRows
+{
+    using Real = RealOf<P>;
+    static constexpr unsigned Channels = P::ChannelCount;
+
+    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    {
+        const auto& map = picture->map;
+        const RowBlend<P, Filter> rows(*picture, map.m11 * (y + 0.5) + map.m12);
+        if (rows.IsEmpty()) {
+            std::fill_n(out, length, P{});
+            return;
+        }
+        for (unsigned begin = 0; begin < length; begin += BlockLength)
+            Block(*picture, rows, x + int(begin), y, std::min(length - begin, BlockLength),
+                  out + begin);
+    }
+
+private:
+    using Rows = RowBlend<P, Filter>;
+
+    static void Block(const MappedPicture& picture, const Rows& rows, int x, int y, unsigned count,
+                      P* out)
+    {
+        const auto& map = picture.map;
+        const ExtendedAxis axis(picture.width, picture.extend);
+        BlockTaps<Filter, Real> taps;
+        taps.SetPositions(axis, map.m00, x + 0.5, map.m01 * (y + 0.5) + map.m02, count);
+        taps.SetTaps(count);
+        // Wide apart where the picture repeats or is minified.
+        const auto columnCount = std::int64_t{taps.highest} - taps.lowest + Filter::Taps;
+        if (columnCount > Rows::MaxColumns)
+            return Code::template Call<FilterAny<P, Filter>>(&picture, x, y, count, out);
+
+        alignas(32) Real columns[Rows::MaxColumns * Channels];
+        alignas(32) Real sums[BlockLength * Channels];
+        rows.Blend(taps.lowest, unsigned(columnCount), columns);
+        for (unsigned k = 0; k < count; ++k) {
+            const Real* first = columns + std::size_t(taps.firsts[k] - taps.lowest) * Channels;
+            PixelPair<P> sum(first);
+            sum.Scale(taps.weights[0][k], taps.weights[1][k]);
+            for (unsigned i = 2; i < Filter::Taps; i += 2) {
+                PixelPair<P> pair(first + i * Channels);
+                pair.Scale(taps.weights[i][k], taps.weights[i + 1][k]);
+                sum.Add(pair);
+            }
+            sum.StoreSum(sums + std::size_t{k} * Channels);
+        }
+        StorePixels<P, Filter>(sums, out, count);
+    }
+};
+
+/// Interpolates bilinearly where, besides, a step on the device is a step in the picture: all
+/// pixels have the same weights.
+template<class P>
+struct BilinearUnitSteps
+{
+    using Real = RealOf<P>;
+    static constexpr std::size_t Channels = P::ChannelCount;
+
+    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    {
+        using Rows = RowBlend<P, BilinearFilter>;
+        const auto& map = picture->map;
+        const Rows rows(*picture, map.m11 * (y + 0.5) + map.m12);
+        if (rows.IsEmpty()) {
+            std::fill_n(out, length, P{});
+            return;
+        }
+        const auto [left, right] = BilinearFilter::GetWeights(picture->fractionX);
+        alignas(32) Real columns[Rows::MaxColumns * Channels];
+        alignas(32) Real sums[BlockLength * Channels];
+        for (unsigned begin = 0; begin < length; begin += BlockLength) {
+            const unsigned count = std::min(length - begin, BlockLength);
+            rows.Blend(x + picture->offsetX + begin, count + 1, columns);
+            SumColumns(columns, Real(left), Real(right), count * Channels, sums);
+            StorePixels<P, BilinearFilter>(sums, out + begin, count);
+        }
+    }
+
+private:
+    static void SumColumns(const Real* __restrict columns, Real left, Real right, std::size_t count,
+                           Real* __restrict sums) noexcept
+    {
+        for (std::size_t c = 0; c < count; ++c)
+            sums[c] = left * columns[c] + right * columns[c + Channels];
+    }
+};
+
+} // namespace Raster::Resampling

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <raster/AffineTransform.h>
+#include <raster/Format.h>
+
+namespace Raster::Resampling {
+
+/// A picture and the map that it is read through, as the loops over spans see them. The map takes
+/// device coordinates to source pixels.
+struct MappedPicture
+{
+    const unsigned char* pixels = nullptr;
+    std::ptrdiff_t stride = 0; ///< bytes
+    int width = 0;
+    int height = 0;
+    ExtendType extend = ExtendType::Clamp;
+    AffineTransform::Params map;
+    /// What has to be added to a whole pixel's coordinates, where maps are that simple.
+    std::int64_t offsetX = 0;
+    std::int64_t offsetY = 0;
+    /// How far behind the centre of the column at the offset a device column's centre lies, 0 ≤ f <
+    /// 1, where a step on the device is a step in the picture.
+    double fractionX = 0;
+
+    template<class P>
+    const P* GetRow(std::int64_t y) const noexcept
+    {
+        return reinterpret_cast<const P*>(pixels + stride * y);
+    }
+};
+
+/// Writes \p length pixels from device pixel (x, y) on; \p out is an array of the picture's pixels.
+using SpanFunction = void (*)(const MappedPicture& picture, int x, int y, unsigned length,
+                              void* out);
+
+/// How a map runs through the picture, from the simplest.
+enum class MapKind
+{
+    WholePixels, ///< by whole pixels, within a millionth
+    UnitSteps,   ///< rows along rows, a pixel for a pixel
+    Rows,        ///< rows along rows, magnified (or flipped)
+    Any,
+};
+
+/// Puts the map from the device to the unit square into \p picture, whose size is known, without
+/// the noise that inverting leaves in maps that are simple.
+/// \return false when nothing can be read through the map.
+bool SetMap(MappedPicture& picture, const AffineTransform::Params& deviceToUnit) noexcept;
+
+/// The kind of the picture's map; sets the offsets and the fraction that belong to it.
+MapKind ClassifyMap(MappedPicture& picture, bool nearest) noexcept;
+
+} // namespace Raster::Resampling

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace Raster::Resampling {
+
+/// Single precision is exact enough for 8 bits (errors of weighted sums stay below 1e-4 of a step)
+/// and twice as fast.
+template<class P>
+using RealOf = std::conditional_t<sizeof(typename P::ChannelType) == 1, float, double>;
+
+/// The channels of two neighbouring pixels as numbers, in vector registers where the processor has
+/// them. The results are those of scalar arithmetic, to the bit.
+template<class P>
+class PixelPair
+{
+public:
+    using Channel = typename P::ChannelType;
+    using Real = RealOf<P>;
+
+    /// Both are 0.
+    PixelPair() noexcept = default;
+
+    /// Reads two pixels that follow each other.
+    explicit PixelPair(const P* pixels) noexcept
+    {
+        VectorOf<Channel, Lanes> channels{};
+        LoadHalves(pixels, channels);
+        if constexpr (std::is_floating_point_v<Channel>)
+            m_values = __builtin_convertvector(channels, Values);
+        else
+            Widen(channels);
+    }
+
+    /// Reads two pixels' numbers that follow each other.
+    explicit PixelPair(const Real* numbers) noexcept { LoadHalves(numbers, m_values); }
+
+    /// Multiplies both.
+    void Scale(Real weight) noexcept { m_values *= weight; }
+    /// Multiplies the first and the second.
+    void Scale(Real first, Real second) noexcept
+    {
+        Values weights;
+        for (std::size_t i = 0; i < Lanes; ++i)
+            weights[i] = i < Half ? first : second;
+        m_values *= weights;
+    }
+    void Add(const PixelPair& other) noexcept { m_values += other.m_values; }
+
+    /// Writes the sum of the two: ChannelCount numbers.
+    void StoreSum(Real* out) const noexcept
+    {
+        for (std::size_t i = 0; i < Count; ++i)
+            out[i] = m_values[i] + m_values[Half + i];
+    }
+
+private:
+    static constexpr std::size_t Count = P::ChannelCount;
+    static constexpr std::size_t Half = std::bit_ceil(Count);
+    static constexpr std::size_t Lanes = 2 * Half;
+
+    template<class T, std::size_t N>
+    struct VectorType
+    {
+        using Type [[gnu::vector_size(sizeof(T) * N)]] = T;
+    };
+    template<class T, std::size_t N>
+    using VectorOf = typename VectorType<T, N>::Type;
+    using Values = VectorOf<Real, Lanes>;
+
+    /// Lanes beyond the channels stay as they are.
+    template<class Source, class Vector>
+    static void LoadHalves(const Source* source, Vector& out) noexcept
+    {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(source);
+        if constexpr (Half == Count) {
+            std::memcpy(&out, bytes, sizeof(out));
+        } else {
+            constexpr std::size_t Size = sizeof(out) / Lanes * Count;
+            std::memcpy(&out, bytes, Size);
+            std::memcpy(reinterpret_cast<unsigned char*>(&out) + sizeof(out) / 2, bytes + Size,
+                        Size);
+        }
+    }
+
+    /// Interleaving with zeros widens all bytes at once; compilers convert them one by one.
+    template<class Channels>
+    void Widen(const Channels& channels) noexcept
+    {
+        if constexpr (sizeof(Channel) == 1 && (Lanes == 4 || Lanes == 8)) {
+            VectorOf<std::uint8_t, 16> bytes{};
+            std::memcpy(&bytes, &channels, sizeof(channels));
+            const auto words = std::bit_cast<VectorOf<std::uint16_t, 8>>(__builtin_shufflevector(
+                bytes, decltype(bytes){}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+            if constexpr (Lanes == 8)
+                Convert(words);
+            else
+                m_values = __builtin_convertvector(
+                    std::bit_cast<VectorOf<std::int32_t, 4>>(__builtin_shufflevector(
+                        words, decltype(words){}, 0, 8, 1, 9, 2, 10, 3, 11)),
+                    Values);
+        } else {
+            Convert(channels);
+        }
+    }
+
+    template<class Channels>
+    void Convert(const Channels& channels) noexcept
+    {
+        m_values = __builtin_convertvector(
+            __builtin_convertvector(channels, VectorOf<std::int32_t, Lanes>), Values);
+    }
+
+    Values m_values{};
+};
+
+} // namespace Raster::Resampling
