@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include <raster/ColumnTable.h>
 #include <raster/MappedPicture.h>
+#include <raster/PixelPair.h>
 #include <raster/ResampleFilters.h>
 
 /// The loops that read pixels as they are.
@@ -43,7 +45,8 @@ void CopyRow(const MappedPicture& picture, std::int64_t row, std::int64_t positi
 template<class P>
 struct CopyWholePixels
 {
-    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    static void Apply(const MappedPicture* picture, ColumnTable<RealOf<P>>*, int x, int y,
+                      unsigned length, P* out)
     {
         const auto row =
             MapIndex<std::int64_t>(y + picture->offsetY, picture->height, picture->extend);
@@ -55,7 +58,8 @@ struct CopyWholePixels
 template<class P>
 struct NearestUnitSteps
 {
-    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    static void Apply(const MappedPicture* picture, ColumnTable<RealOf<P>>*, int x, int y,
+                      unsigned length, P* out)
     {
         const auto& map = picture->map;
         const ExtendedAxis axis(picture->height, picture->extend);
@@ -64,68 +68,71 @@ struct NearestUnitSteps
     }
 };
 
+/// Looks up nearest neighbours where device rows run along rows of the picture.
+template<class P>
+struct NearestRows
+{
+    static void Apply(const MappedPicture* picture, ColumnTable<RealOf<P>>* table, int x, int y,
+                      unsigned length, P* out)
+    {
+        const auto& map = picture->map;
+        const ExtendedAxis xAxis(picture->width, picture->extend);
+        const ExtendedAxis yAxis(picture->height, picture->extend);
+        const int row =
+            yAxis.Map(FloorNearPicture(yAxis.Fold(map.m11 * (y + 0.5) + map.m12 + NearestBias)));
+        if (row < 0) {
+            std::fill_n(out, length, P{});
+            return;
+        }
+        const P* const pixels = picture->GetRow<P>(row);
+        const bool isTransparent = picture->extend == ExtendType::Transparent;
+        table->SetOrigin(map.m01 * (y + 0.5) + map.m02 + NearestBias);
+        while (length > 0) {
+            const auto columns = table->GetColumns(xAxis, map.m00, x, length);
+            const int* const indices = columns.firsts;
+            if (isTransparent) {
+                for (unsigned k = 0; k < columns.count; ++k)
+                    out[k] = indices[k] < 0 ? P{} : pixels[indices[k]];
+            } else {
+                for (unsigned k = 0; k < columns.count; ++k)
+                    out[k] = pixels[indices[k]];
+            }
+            length -= columns.count;
+            out += columns.count;
+            if (length > 0)
+                x += int(columns.count);
+        }
+    }
+};
+
 /// Looks up nearest neighbours anywhere.
-template<class P, bool isRow>
+template<class P>
 struct NearestAny
 {
     static constexpr unsigned BlockLength = 128;
 
-    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    static void Apply(const MappedPicture* picture, ColumnTable<RealOf<P>>*, int x, int y,
+                      unsigned length, P* out)
     {
         const auto& map = picture->map;
         const ExtendedAxis xAxis(picture->width, picture->extend);
         const ExtendedAxis yAxis(picture->height, picture->extend);
         const double rowU = map.m01 * (y + 0.5) + map.m02 + NearestBias;
         const double rowV = map.m11 * (y + 0.5) + map.m12 + NearestBias;
-        int constantRow = 0;
-        if constexpr (isRow) {
-            constantRow = yAxis.Map(FloorNearPicture(yAxis.Fold(rowV)));
-            if (constantRow < 0) {
-                std::fill_n(out, length, P{});
-                return;
-            }
-        }
+        const auto* const pixels = picture->pixels;
+        const std::ptrdiff_t stride = picture->stride;
         alignas(32) int columns[BlockLength];
         alignas(32) int rows[BlockLength];
         for (unsigned begin = 0; begin < length; begin += BlockLength) {
             const unsigned count = std::min(length - begin, BlockLength);
             const double deviceX = double(x) + 0.5 + begin;
-            bool isInside = SetIndices(xAxis, map.m00, deviceX, rowU, count, columns);
-            if constexpr (!isRow)
-                isInside &= SetIndices(yAxis, map.m10, deviceX, rowV, count, rows);
-            const auto* const pixels = picture->pixels;
-            const std::ptrdiff_t stride = picture->stride;
-            const P* const row = picture->GetRow<P>(constantRow);
+            SetIndices(xAxis, map.m00, deviceX, rowU, count, columns);
+            SetIndices(yAxis, map.m10, deviceX, rowV, count, rows);
             for (unsigned k = 0; k < count; ++k) {
-                const int column = columns[k];
-                if constexpr (isRow) {
-                    out[begin + k] = isInside || column >= 0 ? row[column] : P{};
-                } else {
-                    const auto* at = reinterpret_cast<const P*>(pixels + stride * rows[k]) + column;
-                    out[begin + k] = isInside || (column >= 0 && rows[k] >= 0) ? *at : P{};
-                }
+                const auto* row = reinterpret_cast<const P*>(pixels + stride * rows[k]);
+                out[begin + k] = columns[k] < 0 || rows[k] < 0 ? P{} : row[columns[k]];
             }
         }
-    }
-
-private:
-    /// \return whether all positions lie in the picture, so that no index is −1.
-    static bool SetIndices(const ExtendedAxis& axis, double step, double deviceX, double origin,
-                           unsigned count, int* __restrict out) noexcept
-    {
-        // Rounding is monotonic: what holds for the ends holds between them.
-        const auto isInside = [&](unsigned k) {
-            const double u = step * (deviceX + int(k)) + origin;
-            return axis.IsInside(u) && FloorNearPicture(u) < axis.GetSize();
-        };
-        if (isInside(0) && isInside(count - 1)) {
-            for (unsigned k = 0; k < count; ++k)
-                out[k] = FloorNearPicture(step * (deviceX + int(k)) + origin);
-            return true;
-        }
-        for (unsigned k = 0; k < count; ++k)
-            out[k] = axis.Map(FloorNearPicture(axis.Fold(step * (deviceX + int(k)) + origin)));
-        return false;
     }
 };
 

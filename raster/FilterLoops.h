@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include <raster/ColumnTable.h>
 #include <raster/MappedPicture.h>
 #include <raster/PixelPair.h>
 #include <raster/ResampleFilters.h>
@@ -23,80 +24,64 @@ inline constexpr unsigned BlockLength = 128;
 template<class Filter, class Real>
 struct BlockTaps
 {
-    alignas(32) double positions[BlockLength];
     alignas(32) int firsts[BlockLength];
     alignas(32) Real weights[Filter::Taps][BlockLength];
-    int lowest; ///< of the firsts
-    int highest;
 
-    /// The positions step · deviceX + origin, brought near the picture.
-    void SetPositions(const ExtendedAxis& axis, double step, double deviceX, double origin,
-                      unsigned count) noexcept
+    /// Sets the taps at the positions step · deviceX + origin.
+    /// \return whether all are in the picture.
+    bool Set(const ExtendedAxis& axis, double step, double deviceX, double origin,
+             unsigned count) noexcept
     {
-        // Device positions are exact: the result does not depend on where the block begins.
-        for (unsigned k = 0; k < count; ++k)
-            positions[k] = step * (deviceX + int(k)) + origin;
-        // Rounding is monotonic too: between two positions in the picture all are.
-        if (axis.IsInside(positions[0]) && axis.IsInside(positions[count - 1]))
-            return;
-        for (unsigned k = 0; k < count; ++k)
-            positions[k] = axis.Fold(positions[k]);
-    }
-
-    void SetTaps(unsigned count) noexcept
-    {
-        lowest = highest = FloorNearPicture(positions[0] - 0.5) - Before;
-        for (unsigned k = 0; k < count; ++k) {
-            const double u = positions[k] - 0.5;
-            const int index = FloorNearPicture(u);
-            const double fraction = u - index;
-            const auto exact = Filter::GetWeights(fraction > 0 ? fraction : 0);
-            for (std::size_t i = 0; i < exact.size(); ++i)
-                weights[i][k] = static_cast<Real>(exact[i]);
-            const int first = index - Before;
-            firsts[k] = first;
-            lowest = first < lowest ? first : lowest;
-            highest = first > highest ? first : highest;
-        }
-    }
-
-    bool AreInside(const ExtendedAxis& axis) const noexcept
-    {
-        return lowest >= 0 && highest + Filter::Taps <= axis.GetSize();
+        alignas(32) double positions[BlockLength];
+        SetPositions(axis, step, deviceX, origin, count, positions);
+        SetTaps<Filter>(positions, count, firsts, weights[0], BlockLength);
+        const auto range = GetRange(firsts, count);
+        return range.lowest >= 0 && range.highest + Filter::Taps <= axis.GetSize();
     }
     bool IsInside(const ExtendedAxis& axis, unsigned k) const noexcept
     {
         return firsts[k] >= 0 && firsts[k] + Filter::Taps <= axis.GetSize();
     }
-
-    /// Taps before the position's own pixel.
-    static constexpr int Before = Filter::Taps / 2 - 1;
 };
 
-/// Rounds to nearest. Without overshoot, colour stays within alpha because every step of the sums
-/// is monotonic.
+/// A sum as a channel. Integers are rounded to nearest; the sum is in their range.
+template<class Channel, class Real>
+Channel RoundChannel(Real sum) noexcept
+{
+    if constexpr (std::is_floating_point_v<Channel>)
+        return static_cast<Channel>(sum);
+    else
+        return static_cast<Channel>(static_cast<int>(sum + Real(0.5)));
+}
+
+/// Brings float alpha into its range.
+template<class P>
+void ClampAlpha(P* pixels, unsigned count) noexcept
+{
+    if constexpr (std::is_floating_point_v<typename P::ChannelType>)
+        for (unsigned k = 0; k < count; ++k)
+            pixels[k].Alpha() = std::clamp(pixels[k].Alpha(), typename P::ChannelType(0), P::Max);
+}
+
+/// Turns sums into pixels. Without overshoot, colour stays within alpha because every step of the
+/// sums is monotonic.
 template<class P, class Filter>
 void StorePixels(const RealOf<P>* __restrict sums, P* __restrict out, unsigned count) noexcept
 {
     using Channel = typename P::ChannelType;
     using Real = RealOf<P>;
-    auto* __restrict channels = reinterpret_cast<Channel*>(out);
-    if constexpr (std::is_floating_point_v<Channel>) {
-        for (std::size_t i = 0; i < std::size_t{count} * P::ChannelCount; ++i)
-            channels[i] = static_cast<Channel>(sums[i]);
-        for (unsigned k = 0; k < count; ++k)
-            out[k].Alpha() = std::clamp(out[k].Alpha(), Channel(0), P::Max);
-    } else if constexpr (Filter::Overshoots) {
+    if constexpr (std::is_integral_v<Channel> && Filter::Overshoots) {
         for (unsigned k = 0; k < count; ++k) {
             const Real* pixel = sums + std::size_t{k} * P::ChannelCount;
             const Real alpha = std::clamp(pixel[P::AlphaIndex], Real(0), Real(P::Max));
             for (std::size_t c = 0; c < P::ChannelCount; ++c)
-                out[k][c] = static_cast<Channel>(
-                    static_cast<int>(std::clamp(pixel[c], Real(0), alpha) + Real(0.5)));
+                out[k][c] = RoundChannel<Channel>(std::clamp(pixel[c], Real(0), alpha));
         }
     } else {
+        auto* __restrict channels = reinterpret_cast<Channel*>(out);
         for (std::size_t i = 0; i < std::size_t{count} * P::ChannelCount; ++i)
-            channels[i] = static_cast<Channel>(static_cast<int>(sums[i] + Real(0.5)));
+            channels[i] = RoundChannel<Channel>(sums[i]);
+        ClampAlpha(out, count);
     }
 }
 
@@ -108,7 +93,8 @@ struct FilterAny
     using Taps = BlockTaps<Filter, Real>;
     static constexpr unsigned Count = Filter::Taps;
 
-    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    static void Apply(const MappedPicture* picture, ColumnTable<Real>*, int x, int y,
+                      unsigned length, P* out)
     {
         for (unsigned begin = 0; begin < length; begin += BlockLength)
             Block(*picture, x + int(begin), y, std::min(length - begin, BlockLength), out + begin);
@@ -122,17 +108,17 @@ private:
         const ExtendedAxis yAxis(picture.height, picture.extend);
         Taps xTaps;
         Taps yTaps;
-        xTaps.SetPositions(xAxis, map.m00, x + 0.5, map.m01 * (y + 0.5) + map.m02, count);
-        yTaps.SetPositions(yAxis, map.m10, x + 0.5, map.m11 * (y + 0.5) + map.m12, count);
-        xTaps.SetTaps(count);
-        yTaps.SetTaps(count);
+        const bool isInsideX =
+            xTaps.Set(xAxis, map.m00, x + 0.5, map.m01 * (y + 0.5) + map.m02, count);
+        const bool isInsideY =
+            yTaps.Set(yAxis, map.m10, x + 0.5, map.m11 * (y + 0.5) + map.m12, count);
 
         alignas(32) Real sums[BlockLength * P::ChannelCount];
         const auto sumInside = [&](unsigned k) {
             Sum(picture.GetRow<P>(yTaps.firsts[k]) + xTaps.firsts[k], picture.stride, xTaps, yTaps,
                 k, sums + std::size_t{k} * P::ChannelCount);
         };
-        if (xTaps.AreInside(xAxis) && yTaps.AreInside(yAxis)) {
+        if (isInsideX && isInsideY) {
             for (unsigned k = 0; k < count; ++k)
                 sumInside(k);
         } else {
@@ -173,8 +159,9 @@ private:
         sum.StoreSum(out);
     }
 
-    static void Gather(const MappedPicture& picture, const ExtendedAxis& xAxis,
-                       const ExtendedAxis& yAxis, int x, int y, P* out) noexcept
+    /// Not inlined, since seldom called.
+    [[gnu::noinline]] static void Gather(const MappedPicture& picture, const ExtendedAxis& xAxis,
+                                         const ExtendedAxis& yAxis, int x, int y, P* out) noexcept
     {
         for (int j = 0; j < int(Count); ++j) {
             const int row = yAxis.Map(y + j);
@@ -199,13 +186,12 @@ public:
         : m_extend(picture.extend), m_width(picture.width)
     {
         const ExtendedAxis axis(picture.height, picture.extend);
-        BlockTaps<Filter, Real> taps;
-        taps.positions[0] = axis.Fold(position);
-        taps.SetTaps(1);
+        const double folded = axis.Fold(position);
+        int first = 0;
+        SetTaps<Filter>(&folded, 1, &first, m_weights.data(), 1);
         for (int j = 0; j < Filter::Taps; ++j) {
-            const int row = axis.Map(taps.firsts[0] + j);
+            const int row = axis.Map(first + j);
             m_rows[std::size_t(j)] = row < 0 ? nullptr : picture.GetRow<P>(row);
-            m_weights[std::size_t(j)] = taps.weights[j][0];
         }
     }
 
@@ -267,50 +253,60 @@ template<class P, class Filter, class Code>
 struct FilterRows
 {
     using Real = RealOf<P>;
+    using Table = ColumnTable<Real>;
     static constexpr unsigned Channels = P::ChannelCount;
 
-    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    static void Apply(const MappedPicture* picture, Table* table, int x, int y, unsigned length,
+                      P* out)
     {
         const auto& map = picture->map;
-        const RowBlend<P, Filter> rows(*picture, map.m11 * (y + 0.5) + map.m12);
+        const Rows rows(*picture, map.m11 * (y + 0.5) + map.m12);
         if (rows.IsEmpty()) {
             std::fill_n(out, length, P{});
             return;
         }
-        for (unsigned begin = 0; begin < length; begin += BlockLength)
-            Block(*picture, rows, x + int(begin), y, std::min(length - begin, BlockLength),
-                  out + begin);
+        const ExtendedAxis axis(picture->width, picture->extend);
+        table->SetOrigin(map.m01 * (y + 0.5) + map.m02);
+        while (length > 0) {
+            const auto columns =
+                table->template GetTaps<Filter>(axis, map.m00, x, std::min(length, BlockLength));
+            const auto range = GetRange(columns.firsts, columns.count);
+            // Wide apart where the picture repeats.
+            if (std::int64_t{range.highest} - range.lowest >= BlockLength)
+                Code::template Call<FilterAny<P, Filter>>(picture, table, x, y, columns.count, out);
+            else
+                Block(rows, columns, range, out);
+            length -= columns.count;
+            out += columns.count;
+            if (length > 0)
+                x += int(columns.count);
+        }
     }
 
 private:
     using Rows = RowBlend<P, Filter>;
 
-    static void Block(const MappedPicture& picture, const Rows& rows, int x, int y, unsigned count,
-                      P* out)
+    static void Block(const Rows& rows, const typename Table::Columns& taps,
+                      const IndexRange& range, P* out)
     {
-        const auto& map = picture.map;
-        const ExtendedAxis axis(picture.width, picture.extend);
-        BlockTaps<Filter, Real> taps;
-        taps.SetPositions(axis, map.m00, x + 0.5, map.m01 * (y + 0.5) + map.m02, count);
-        taps.SetTaps(count);
-        // Wide apart where the picture repeats or is minified.
-        const auto columnCount = std::int64_t{taps.highest} - taps.lowest + Filter::Taps;
-        if (columnCount > Rows::MaxColumns)
-            return Code::template Call<FilterAny<P, Filter>>(&picture, x, y, count, out);
-
         alignas(32) Real columns[Rows::MaxColumns * Channels];
         alignas(32) Real sums[BlockLength * Channels];
-        rows.Blend(taps.lowest, unsigned(columnCount), columns);
-        for (unsigned k = 0; k < count; ++k) {
-            const Real* first = columns + std::size_t(taps.firsts[k] - taps.lowest) * Channels;
-            PixelPair<P> sum(first);
-            sum.Scale(taps.weights[0][k], taps.weights[1][k]);
-            for (unsigned i = 2; i < Filter::Taps; i += 2) {
-                PixelPair<P> pair(first + i * Channels);
-                pair.Scale(taps.weights[i][k], taps.weights[i + 1][k]);
-                sum.Add(pair);
+        rows.Blend(range.lowest, unsigned(range.highest - range.lowest + Filter::Taps), columns);
+        const unsigned count = taps.count;
+        const int* const firsts = taps.firsts;
+        const Real* weights = taps.weights;
+        for (unsigned k = 0; k < count; ++k, ++weights) {
+            const Real* const first = columns + std::size_t(firsts[k] - range.lowest) * Channels;
+            Real* const sum = sums + std::size_t{k} * Channels;
+            for (unsigned c = 0; c < Channels; ++c) {
+                Real even = weights[0] * first[c];
+                Real odd = weights[Table::Length] * first[c + Channels];
+                for (unsigned i = 2; i < Filter::Taps; i += 2) {
+                    even += weights[i * Table::Length] * first[c + i * Channels];
+                    odd += weights[(i + 1) * Table::Length] * first[c + (i + 1) * Channels];
+                }
+                sum[c] = even + odd;
             }
-            sum.StoreSum(sums + std::size_t{k} * Channels);
         }
         StorePixels<P, Filter>(sums, out, count);
     }
@@ -324,7 +320,8 @@ struct BilinearUnitSteps
     using Real = RealOf<P>;
     static constexpr std::size_t Channels = P::ChannelCount;
 
-    static void Apply(const MappedPicture* picture, int x, int y, unsigned length, P* out)
+    static void Apply(const MappedPicture* picture, ColumnTable<Real>*, int x, int y,
+                      unsigned length, P* out)
     {
         using Rows = RowBlend<P, BilinearFilter>;
         const auto& map = picture->map;
@@ -335,21 +332,22 @@ struct BilinearUnitSteps
         }
         const auto [left, right] = BilinearFilter::GetWeights(picture->fractionX);
         alignas(32) Real columns[Rows::MaxColumns * Channels];
-        alignas(32) Real sums[BlockLength * Channels];
         for (unsigned begin = 0; begin < length; begin += BlockLength) {
             const unsigned count = std::min(length - begin, BlockLength);
             rows.Blend(x + picture->offsetX + begin, count + 1, columns);
-            SumColumns(columns, Real(left), Real(right), count * Channels, sums);
-            StorePixels<P, BilinearFilter>(sums, out + begin, count);
+            SumColumns(columns, Real(left), Real(right), count, out + begin);
         }
     }
 
 private:
-    static void SumColumns(const Real* __restrict columns, Real left, Real right, std::size_t count,
-                           Real* __restrict sums) noexcept
+    static void SumColumns(const Real* __restrict columns, Real left, Real right, unsigned count,
+                           P* __restrict out) noexcept
     {
-        for (std::size_t c = 0; c < count; ++c)
-            sums[c] = left * columns[c] + right * columns[c + Channels];
+        using Channel = typename P::ChannelType;
+        auto* __restrict channels = reinterpret_cast<Channel*>(out);
+        for (std::size_t c = 0; c < count * Channels; ++c)
+            channels[c] = RoundChannel<Channel>(left * columns[c] + right * columns[c + Channels]);
+        ClampAlpha(out, count);
     }
 };
 

@@ -90,7 +90,8 @@ MapKind ClassifyMap(MappedPicture& picture, bool nearest) noexcept
         picture.fractionX = shift - column;
         return MapKind::UnitSteps;
     }
-    return MapKind::Rows;
+    // Tables of columns are for picture columns that are wider than the device's, or nearly.
+    return nearest || std::abs(map.m00) < 1 + WholePixelTolerance ? MapKind::Rows : MapKind::Any;
 }
 
 } // namespace Resampling

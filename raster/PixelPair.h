@@ -5,13 +5,11 @@
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
+#include <utility>
+
+#include <raster/MappedPicture.h>
 
 namespace Raster::Resampling {
-
-/// Single precision is exact enough for 8 bits (errors of weighted sums stay below 1e-4 of a step)
-/// and twice as fast.
-template<class P>
-using RealOf = std::conditional_t<sizeof(typename P::ChannelType) == 1, float, double>;
 
 /// The channels of two neighbouring pixels as numbers, in vector registers where the processor has
 /// them. The results are those of scalar arithmetic, to the bit.
@@ -36,26 +34,34 @@ public:
             Widen(channels);
     }
 
-    /// Reads two pixels' numbers that follow each other.
-    explicit PixelPair(const Real* numbers) noexcept { LoadHalves(numbers, m_values); }
-
     /// Multiplies both.
     void Scale(Real weight) noexcept { m_values *= weight; }
     /// Multiplies the first and the second.
     void Scale(Real first, Real second) noexcept
     {
-        Values weights;
-        for (std::size_t i = 0; i < Lanes; ++i)
-            weights[i] = i < Half ? first : second;
-        m_values *= weights;
+        [&]<std::size_t... lanes>(std::index_sequence<lanes...>)
+        {
+            m_values *= Values{(lanes < Half ? first : second)...};
+        }
+        (std::make_index_sequence<Lanes>{});
     }
     void Add(const PixelPair& other) noexcept { m_values += other.m_values; }
 
     /// Writes the sum of the two: ChannelCount numbers.
     void StoreSum(Real* out) const noexcept
     {
-        for (std::size_t i = 0; i < Count; ++i)
-            out[i] = m_values[i] + m_values[Half + i];
+        if constexpr (Half == 1) {
+            out[0] = m_values[0] + m_values[1];
+        } else {
+            [&]<std::size_t... lanes>(std::index_sequence<lanes...>)
+            {
+                const VectorOf<Real, Half> sum =
+                    __builtin_shufflevector(m_values, m_values, lanes...) +
+                    __builtin_shufflevector(m_values, m_values, (lanes + Half)...);
+                std::memcpy(out, &sum, Count * sizeof(Real));
+            }
+            (std::make_index_sequence<Half>{});
+        }
     }
 
 private:

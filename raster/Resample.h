@@ -2,6 +2,7 @@
 
 #include <kernel/Counted.h>
 #include <raster/AffineTransform.h>
+#include <raster/ColumnTable.h>
 #include <raster/DynamicBuffer.h>
 #include <raster/Export.h>
 #include <raster/Format.h>
@@ -40,7 +41,7 @@ enum class SamplerCode
 };
 
 /// Reads a buffer through an affine map, span by span. Holds everything that is the same for all
-/// pixels; may be used from many threads at once.
+/// pixels, and remembers what is the same for a column; serves one thread.
 ///
 /// The map takes device pixel centres (x + ½, y + ½) into the unit square that the buffer occupies.
 /// Where it minifies and \p down is not NearestNeighbour, the buffer is first reduced by area so
@@ -63,9 +64,9 @@ public:
                 ExtendType extend, SamplerCode code = SamplerCode::Best);
 
     /// Writes \p length premultiplied pixels from device pixel (x, y) on.
-    void Sample(int x, int y, unsigned length, P* out) const
+    void Sample(int x, int y, unsigned length, P* out)
     {
-        m_sample(m_picture, x, y, length, out);
+        m_sample(m_picture, &m_columns, x, y, length, out);
     }
 
     /// Whether the map only moves by whole pixels and reads each source pixel as it is.
@@ -79,6 +80,7 @@ private:
     Kernel::Counted<const DynamicBuffer> m_source; // reduced where the map minifies
     Resampling::MappedPicture m_picture;
     Resampling::SpanFunction m_sample;
+    Resampling::ColumnTable<Resampling::RealOf<P>> m_columns;
     bool m_isCopy = false;
     bool m_keepsOpacity = false;
 };

@@ -159,6 +159,17 @@ public:
         return std::clamp(u, -Margin, m_size + Margin);
     }
 
+    /// Folds positions that rise or fall steadily. Not inlined, since blocks that leave the picture
+    /// are few.
+    [[gnu::noinline]] void FoldAll(double* positions, unsigned count) const noexcept
+    {
+        unsigned begin = 0;
+        for (; begin < count && !IsInside(positions[begin]); ++begin)
+            positions[begin] = Fold(positions[begin]);
+        for (; begin < count && !IsInside(positions[count - 1]); --count)
+            positions[count - 1] = Fold(positions[count - 1]);
+    }
+
     int Map(int index) const noexcept
     {
         return int(MapIndex<std::int64_t>(index, m_size, m_extend));

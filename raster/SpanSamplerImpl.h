@@ -15,13 +15,14 @@ namespace Raster {
 namespace Resampling {
 
 template<class Loop, class P, class Code>
-void RunLoop(const MappedPicture& picture, int x, int y, unsigned length, void* out)
+void RunLoop(const MappedPicture& picture, void* table, int x, int y, unsigned length, void* out)
 {
-    Code::template Call<Loop>(&picture, x, y, length, static_cast<P*>(out));
+    Code::template Call<Loop>(&picture, static_cast<ColumnTable<RealOf<P>>*>(table), x, y, length,
+                              static_cast<P*>(out));
 }
 
 template<class P>
-void WriteTransparent(const MappedPicture&, int, int, unsigned length, void* out)
+void WriteTransparent(const MappedPicture&, void*, int, int, unsigned length, void* out)
 {
     std::fill_n(static_cast<P*>(out), length, P{});
 }
@@ -44,8 +45,8 @@ SpanFunction GetLoop(ResamplerType up, MapKind kind) noexcept
     case ResamplerType::NearestNeighbour:
         if (kind == MapKind::UnitSteps)
             return &RunLoop<NearestUnitSteps<P>, P, Kernel::BaselineCode>;
-        return kind == MapKind::Rows ? &RunLoop<NearestAny<P, true>, P, Code>
-                                     : &RunLoop<NearestAny<P, false>, P, Code>;
+        return kind == MapKind::Rows ? &RunLoop<NearestRows<P>, P, Code>
+                                     : &RunLoop<NearestAny<P>, P, Code>;
     case ResamplerType::Bilinear:
         return GetFilterLoop<P, BilinearFilter, Code>(kind);
     case ResamplerType::Bicubic:

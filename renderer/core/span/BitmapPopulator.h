@@ -25,7 +25,7 @@ public:
         : m_sampler(std::move(source), deviceToUnit, up, down, extend)
     {}
 
-    void Populate(int x, int y, unsigned length, Pixel* out) const
+    void Populate(int x, int y, unsigned length, Pixel* out)
     {
         m_sampler.Sample(x, y, length, out);
         if constexpr (Processor::IsAlphaOnly) {

@@ -112,7 +112,7 @@ void CheckPatch(const Kernel::Counted<const DynamicBuffer>& picture, const Param
 {
     Params map;
     ASSERT_TRUE(AffineTransform::Invert(placement, map));
-    const SpanSampler<P> sampler(picture, map, up, ResamplerType::Bilinear, extend);
+    SpanSampler<P> sampler(picture, map, up, ResamplerType::Bilinear, extend);
 
     const auto reduce = [](unsigned size, double x, double y) {
         return unsigned(std::max(1.0, size / std::max(1.0, size * std::hypot(x, y))));
@@ -146,7 +146,7 @@ void CheckPatch(const Kernel::Counted<const DynamicBuffer>& picture, const Param
 }
 
 template<class P>
-std::vector<P> SampleRow(const SpanSampler<P>& sampler, int x, int y, unsigned length)
+std::vector<P> SampleRow(SpanSampler<P> sampler, int x, int y, unsigned length)
 {
     std::vector<P> row(length);
     sampler.Sample(x, y, length, row.data());
@@ -184,8 +184,8 @@ TEST(SpanSampler, WholeRatiosGiveThePlainReduction)
     Params map;
     // A third of the width and a quarter of the height, placed with rounding noise.
     AffineTransform::Invert({10 + 1e-9, 0, 5 - 1e-9, 0, 3 - 1e-9, 7}, map);
-    const SpanSampler<PixelRGBA8> sampler(picture, map, ResamplerType::Lanczos3,
-                                          ResamplerType::Bilinear, ExtendType::Transparent);
+    SpanSampler<PixelRGBA8> sampler(picture, map, ResamplerType::Lanczos3, ResamplerType::Bilinear,
+                                    ExtendType::Transparent);
     EXPECT_TRUE(sampler.IsWholePixelTranslation());
     const auto reduced = ReduceByArea(picture, 10, 3);
     for (unsigned y = 0; y < 3; ++y)
@@ -196,9 +196,9 @@ TEST(SpanSampler, WholeRatiosGiveThePlainReduction)
 TEST(SpanSampler, NearestNeighbourMinifiesByPickingPixels)
 {
     const auto picture = MakePicture<PixelRGBA8>(30, 12);
-    const SpanSampler<PixelRGBA8> sampler(picture, {0.1, 0, 0, 0, 0.25, 0},
-                                          ResamplerType::NearestNeighbour,
-                                          ResamplerType::NearestNeighbour, ExtendType::Clamp);
+    SpanSampler<PixelRGBA8> sampler(picture, {0.1, 0, 0, 0, 0.25, 0},
+                                    ResamplerType::NearestNeighbour,
+                                    ResamplerType::NearestNeighbour, ExtendType::Clamp);
     const auto row = SampleRow(sampler, 0, 1, 10);
     for (unsigned i = 0; i < 10; ++i)
         EXPECT_EQ(row[i], GetPixel<PixelRGBA8>(*picture, 3 * i + 1, 4));
@@ -211,8 +211,8 @@ TEST(SpanSampler, CutsOfARowDoNotShow)
         for (const auto up : Resamplers) {
             Params map;
             AffineTransform::Invert(placement, map);
-            const SpanSampler<PixelRGBA8> sampler(picture, map, up, ResamplerType::Bilinear,
-                                                  ExtendType::Wrap);
+            SpanSampler<PixelRGBA8> sampler(picture, map, up, ResamplerType::Bilinear,
+                                            ExtendType::Wrap);
             const auto whole = SampleRow(sampler, -50, 3, 100);
             for (unsigned x = 0, length = 1; x + length <= 100; x += length, ++length)
                 EXPECT_EQ(std::memcmp(SampleRow(sampler, int(x) - 50, 3, length).data(), &whole[x],
@@ -233,15 +233,15 @@ TEST(SpanSampler, FarCoordinatesKeepTheEdgeRules)
             const auto down = ResamplerType::NearestNeighbour;
             for (const auto extend : Extends) // must end without overflow
                 SampleRow(SpanSampler<PixelRGBA8>(picture, map, up, down, extend), far, -far, 20);
-            const SpanSampler<PixelRGBA8> clamp(picture, map, up, down, ExtendType::Clamp);
+            SpanSampler<PixelRGBA8> clamp(picture, map, up, down, ExtendType::Clamp);
             EXPECT_EQ(SampleRow(clamp, far, far, 20)[19], GetPixel<PixelRGBA8>(*picture, 6, 4));
             EXPECT_EQ(SampleRow(clamp, -far, -far, 1)[0], GetPixel<PixelRGBA8>(*picture, 0, 0));
-            const SpanSampler<PixelRGBA8> none(picture, map, up, down, ExtendType::Transparent);
+            SpanSampler<PixelRGBA8> none(picture, map, up, down, ExtendType::Transparent);
             EXPECT_EQ(SampleRow(none, far, 2, 20)[3], PixelRGBA8{});
         }
-    const SpanSampler<PixelRGBA8> wrapped(picture, {1.0 / 7, 0, 1e9, 0, 1.0 / 5, -1e9},
-                                          ResamplerType::Bicubic, ResamplerType::Bilinear,
-                                          ExtendType::Wrap);
+    SpanSampler<PixelRGBA8> wrapped(picture, {1.0 / 7, 0, 1e9, 0, 1.0 / 5, -1e9},
+                                    ResamplerType::Bicubic, ResamplerType::Bilinear,
+                                    ExtendType::Wrap);
     EXPECT_TRUE(wrapped.IsWholePixelTranslation());
     EXPECT_EQ(SampleRow(wrapped, 16, 8, 9)[4], GetPixel<PixelRGBA8>(*picture, 6, 3));
 }
@@ -254,7 +254,7 @@ TEST(SpanSampler, UnusableMapsAndSourcesAreTransparent)
     const auto check = [](const Kernel::Counted<const DynamicBuffer>& source, const Params& map) {
         for (const auto up : Resamplers) {
             std::vector<PixelRGBA8> row(9, PixelRGBA8{{1, 2, 3, 4}});
-            const SpanSampler<PixelRGBA8> sampler(source, map, up, up, ExtendType::Clamp);
+            SpanSampler<PixelRGBA8> sampler(source, map, up, up, ExtendType::Clamp);
             sampler.Sample(-4, 2, 9, row.data());
             EXPECT_EQ(row, std::vector<PixelRGBA8>(9));
         }
