@@ -37,7 +37,8 @@ enum class SamplerCode
 {
     Best,     ///< the fastest that this processor runs
     Baseline, ///< what every processor of the architecture runs
-    General,  ///< no shorter way for maps along the rows of the source
+    General,  ///< no shorter way for maps along the rows of the source; shifts by parts of pixels
+              ///< may differ by a step where the result lies midway between two
 };
 
 /// Reads a buffer through an affine map, span by span. Holds everything that is the same for all

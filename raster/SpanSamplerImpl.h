@@ -99,7 +99,7 @@ void SpanSampler<P>::ChooseLoop(ResamplerType up, SamplerCode code) noexcept
         m_sample = &RunLoop<CopyWholePixels<P>, P, Kernel::BaselineCode>;
         return;
     }
-    if (code == SamplerCode::General && kind == MapKind::Rows)
+    if (code == SamplerCode::General)
         kind = MapKind::Any;
     static const bool hasWideCode = Kernel::HasWideCode();
     m_sample = hasWideCode && code != SamplerCode::Baseline

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <kernel/Counted.h>
+#include <raster/AffineTransform.h>
 #include <raster/DynamicBitmap.h>
 #include <raster/DynamicBuffer.h>
 #include <raster/Format.h>
@@ -11,13 +12,19 @@
 
 namespace Renderer {
 
-/// The bitmaps that a target has converted into its own format, the latest used first, so that a
-/// bitmap that is drawn again and again is converted once. Keeps the originals alive. Bounded in
-/// entries and bytes. Serves one thread.
+/// What a target has derived from bitmaps, the latest used first, so that a bitmap that is drawn
+/// again and again is worked on once: conversions into the target's own format, reductions for
+/// smaller placements, and whether pixels are opaque. Only for pixels that do not change any more.
+///
+/// Bounded in entries and bytes, reductions apart from conversions. Conversions keep the originals
+/// alive; the others are dropped, when the next of them is made, once nobody else holds their
+/// originals. Serves one thread.
 class BitmapCache
 {
 public:
     static constexpr std::size_t MaxEntries = 8;
+    static constexpr std::size_t MaxReductions = 16;
+    static constexpr std::size_t MaxOpacities = 16;
     static constexpr std::size_t DefaultByteBudget = std::size_t{128} << 20;
 
     explicit BitmapCache(std::size_t byteBudget = DefaultByteBudget) : m_byteBudget(byteBudget) {}
@@ -30,10 +37,27 @@ public:
     Get(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap, Raster::Format format,
         const Raster::ICCManager::ICCProfileSet& profiles, bool ignoreAlpha);
 
-    /// Drops everything.
-    void Clear() noexcept { m_entries.clear(); }
+    /// The pixels reduced by area for a map from the device to the unit square that they occupy;
+    /// \p pixels themselves where it does not minify or the memory cannot be had.
+    Kernel::Counted<const Raster::DynamicBuffer>
+    GetReduced(const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
+               const Raster::AffineTransform::Params& deviceToUnit);
 
+    /// Whether all pixels have full alpha, if that can be told cheaply: large pictures count as
+    /// not opaque.
+    bool IsOpaque(const Kernel::Counted<const Raster::DynamicBuffer>& pixels);
+
+    /// Drops everything.
+    void Clear() noexcept
+    {
+        m_entries.clear();
+        m_reductions.clear();
+        m_opacities.clear();
+    }
+
+    /// Conversions that are kept.
     std::size_t GetEntryCount() const noexcept { return m_entries.size(); }
+    std::size_t GetReductionCount() const noexcept { return m_reductions.size(); }
     /// Bytes of the converted pixels that are kept.
     std::size_t GetByteCount() const noexcept;
 
@@ -47,10 +71,26 @@ private:
         Kernel::Counted<const Raster::DynamicBuffer> converted;
     };
 
+    struct Reduction
+    {
+        Kernel::Counted<const Raster::DynamicBuffer> source;
+        Kernel::Counted<const Raster::DynamicBuffer> reduced;
+    };
+    struct Opacity
+    {
+        Kernel::Counted<const Raster::DynamicBuffer> source;
+        bool isOpaque;
+    };
+
     void Keep(Entry entry);
+    void Keep(Reduction reduction);
+    /// Drops reductions and opacities of pixels that nobody else holds any more.
+    void DropOrphans();
 
     std::size_t m_byteBudget;
     std::vector<Entry> m_entries;
+    std::vector<Reduction> m_reductions;
+    std::vector<Opacity> m_opacities;
 };
 
 } // namespace Renderer

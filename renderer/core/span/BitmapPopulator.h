@@ -19,11 +19,15 @@ public:
 
     /// \param source premultiplied pixels of the processor's format; kept alive.
     /// \param up interpolates where the bitmap is magnified, \p down averages where it is minified.
+    /// \param isOpaque whether all pixels of the source are known to have full alpha.
     BitmapPopulator(Kernel::Counted<const Raster::DynamicBuffer> source,
                     const Raster::AffineTransform::Params& deviceToUnit, Raster::ResamplerType up,
-                    Raster::ResamplerType down, Raster::ExtendType extend)
-        : m_sampler(std::move(source), deviceToUnit, up, down, extend)
+                    Raster::ResamplerType down, Raster::ExtendType extend, bool isOpaque)
+        : m_sampler(std::move(source), deviceToUnit, up, down, extend),
+          m_isOpaque(isOpaque && m_sampler.KeepsOpacity())
     {}
+
+    bool IsOpaque() const noexcept { return m_isOpaque; }
 
     void Populate(int x, int y, unsigned length, Pixel* out)
     {
@@ -39,6 +43,7 @@ public:
 
 private:
     Raster::SpanSampler<Pixel> m_sampler;
+    bool m_isOpaque;
 };
 
 } // namespace Renderer

@@ -66,8 +66,10 @@ private:
     static bool MakeBackBuffer(const Call& call);
     static bool MakeBitmap(const FillBitmap& fill, const Call& call);
     static bool MakeBuffer(const FillBuffer& fill, const Call& call);
-    static bool MakeSampled(const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
-                            Raster::ResamplerType up, Raster::ExtendType extend, const Call& call);
+    template<class FillT>
+    static bool MakeSampled(const FillT& fill,
+                            const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
+                            bool isConstant, const Call& call);
     static bool MakeGradient(const FillGradient& fill, const Call& call);
     static bool MakeLastStop(const FillGradient& fill, const Call& call);
     template<class Populator, class... Args>

@@ -128,7 +128,7 @@ bool PopulatorFactory<Processor>::MakeBitmap(const FillBitmap& fill, const Call&
         return false;
     const auto pixels = call.context.bitmaps.Get(fill.GetBitmap(), Raster::FormatOfPixel<Pixel>,
                                                  call.context.profiles, fill.GetIgnoreAlpha());
-    return MakeSampled(pixels, fill.GetUpSampler(), fill.GetExtendType(), call);
+    return MakeSampled(fill, pixels, true, call);
 }
 
 template<class Processor>
@@ -139,19 +139,32 @@ bool PopulatorFactory<Processor>::MakeBuffer(const FillBuffer& fill, const Call&
     // Buffers change between calls: a conversion is not kept.
     const auto pixels = Raster::ConvertBuffer(fill.GetBuffer(), {}, Raster::FormatOfPixel<Pixel>,
                                               call.context.profiles);
-    return MakeSampled(pixels, fill.GetUpSampler(), fill.GetExtendType(), call);
+    return MakeSampled(fill, pixels, false, call);
 }
 
+/// \p isConstant tells that the pixels will never change, so that what is derived from them can be
+/// kept.
 template<class Processor>
+template<class FillT>
 bool PopulatorFactory<Processor>::MakeSampled(
-    const Kernel::Counted<const Raster::DynamicBuffer>& pixels, Raster::ResamplerType up,
-    Raster::ExtendType extend, const Call& call)
+    const FillT& fill, const Kernel::Counted<const Raster::DynamicBuffer>& pixels, bool isConstant,
+    const Call& call)
 {
     Params deviceToUnit;
     if (!pixels || !Raster::AffineTransform::Invert(call.fillToDevice, deviceToUnit))
         return false;
-    return Finish<BitmapPopulator<Processor>>(call, pixels, deviceToUnit, up,
-                                              call.context.downResampler, extend);
+    const auto down = call.context.downResampler;
+    const auto make = [&](const auto& source, bool isOpaque) {
+        return Finish<BitmapPopulator<Processor>>(call, source, deviceToUnit, fill.GetUpSampler(),
+                                                  down, fill.GetExtendType(), isOpaque);
+    };
+    if (!isConstant)
+        return make(pixels, false);
+    BitmapCache& cache = call.context.bitmaps;
+    const auto source = down == Raster::ResamplerType::NearestNeighbour
+                            ? pixels
+                            : cache.GetReduced(pixels, deviceToUnit);
+    return make(source, cache.IsOpaque(source));
 }
 
 template<class Processor>

@@ -211,6 +211,85 @@ TYPED_TEST(BitmapTest, BackBufferIsReadAtTheSamePixel)
                 ASSERT_EQ(double(pixels[i][c]), this->Source(x + 4, y - 7, c)) << x << ", " << y;
 }
 
+TYPED_TEST(BitmapTest, MinifiedBitmapsAreReducedOnceButBuffersAreReadAnew)
+{
+    using P = TypeParam;
+    const Params half{Width / 2, 0, 0, 0, Height / 2, 0};
+    const Kernel::RectT<int> rect{0, 0, Width / 2, Height / 2};
+    const auto bitmap =
+        FillBitmap::Create(this->m_bitmap, ExtendType::Clamp, ResamplerType::Bilinear);
+    const auto first = this->m_painter.Paint(*bitmap, half, rect);
+    EXPECT_EQ(this->m_painter.m_bitmaps.GetReductionCount(), 1U);
+    EXPECT_EQ(this->m_painter.Paint(*bitmap, half, rect), first);
+    EXPECT_EQ(this->m_painter.m_bitmaps.GetReductionCount(), 1U);
+    this->m_painter.Paint(*bitmap, {3, 0, 0, 0, 2, 0}, rect);
+    EXPECT_EQ(this->m_painter.m_bitmaps.GetReductionCount(), 2U);
+
+    const auto pixels = MakeBuffer<P>();
+    const auto buffer = FillBuffer::Create(pixels, ExtendType::Clamp, ResamplerType::Bilinear);
+    EXPECT_EQ(this->m_painter.Paint(*buffer, half, rect), first);
+    for (unsigned y = 0; y < pixels->GetHeight(); ++y)
+        std::fill_n(reinterpret_cast<P*>(pixels->GetRow(y)), Width, GetSource<P>(1, 1));
+    for (const P& pixel : this->m_painter.Paint(*buffer, half, rect))
+        for (std::size_t c = 0; c < P::ChannelCount; ++c)
+            ASSERT_NEAR(double(pixel[c]), double(GetSource<P>(1, 1)[c]), 1e-6);
+    EXPECT_EQ(this->m_painter.m_bitmaps.GetReductionCount(), 2U);
+}
+
+TYPED_TEST(BitmapTest, OpaquePaintIsKnownAsSuch)
+{
+    using P = TypeParam;
+    const auto isOpaque = [&](const Kernel::Counted<const DynamicBitmap>& bitmap, double size,
+                              ExtendType extend, PopulatorRole role = PopulatorRole::Colour) {
+        const auto fill = FillBitmap::Create(bitmap, extend, ResamplerType::NearestNeighbour);
+        EXPECT_TRUE(this->m_painter.Make(*fill, {size, 0, 0.3, 0, size, 0.1}, role));
+        return this->m_painter.m_populator.isOpaque;
+    };
+    const auto pixels = MakeBuffer<P>();
+    for (unsigned y = 0; y < pixels->GetHeight(); ++y)
+        for (unsigned x = 0; x < pixels->GetWidth(); ++x)
+            reinterpret_cast<P*>(pixels->GetRow(y))[x].Alpha() = P::Max;
+    const auto opaque = Kernel::MakeCounted<DynamicBitmap>(pixels);
+    for (const double size : {20.0, 3.0}) {
+        EXPECT_TRUE(isOpaque(opaque, size, ExtendType::Clamp));
+        EXPECT_TRUE(isOpaque(opaque, size, ExtendType::Wrap));
+        EXPECT_FALSE(isOpaque(opaque, size, ExtendType::Transparent));
+        EXPECT_FALSE(isOpaque(opaque, size, ExtendType::Clamp, PopulatorRole::ColourOver));
+        EXPECT_FALSE(isOpaque(this->m_bitmap, size, ExtendType::Clamp));
+    }
+    // Whoever holds a buffer may change it.
+    const auto buffer =
+        FillBuffer::Create(pixels, ExtendType::Clamp, ResamplerType::NearestNeighbour);
+    ASSERT_TRUE(this->m_painter.Make(*buffer, {9, 0, 0, 0, 9, 0}));
+    EXPECT_FALSE(this->m_painter.m_populator.isOpaque);
+}
+
+TEST(BitmapCache, LetsGoOfReductionsThatNobodyWants)
+{
+    const auto make = [](unsigned size) -> Kernel::Counted<const DynamicBuffer> {
+        return DynamicBuffer::Create(Raster::Format::RGBA8, size, size);
+    };
+    const Params tenth{0.1, 0, 0, 0, 0.1, 0};
+    BitmapCache cache(5000);
+    auto first = make(60);
+    const auto reduced = cache.GetReduced(first, tenth);
+    EXPECT_EQ(reduced->GetWidth(), 10U);
+    EXPECT_EQ(cache.GetReduced(first, tenth), reduced);
+    EXPECT_FALSE(cache.IsOpaque(first));
+    EXPECT_EQ(cache.GetReduced(first, {1.0 / 60, 0, 0, 0, 1.0 / 60, 0}), first);
+    first = {};
+    const auto second = make(70);
+    cache.GetReduced(second, tenth);
+    EXPECT_EQ(cache.GetReductionCount(), 1U);
+
+    for (int i = 1; i < 60; ++i) // sizes from 1 to 59, of at most 14 KB each
+        cache.GetReduced(second, {1.0 / i, 0, 0, 0, 1.0 / i, 0});
+    EXPECT_GT(cache.GetReductionCount(), 0U);
+    EXPECT_LE(cache.GetReductionCount(), BitmapCache::MaxReductions);
+    cache.Clear();
+    EXPECT_EQ(second->GetReferenceCount(), 1U);
+}
+
 TEST(BitmapCache, StaysWithinItsBoundsAndDropsTheOldest)
 {
     const auto make = [](unsigned size) {
