@@ -75,17 +75,14 @@ std::vector<P> ReadRow(SpanSampler<P>& sampler, int x, int y, unsigned length)
     return row;
 }
 
-/// The row in pieces, some of which are read twice.
+/// The row in pieces that meet or share a pixel.
 template<class P>
 std::vector<P> ReadPieces(SpanSampler<P>& sampler, int x, int y, unsigned length, Random& random)
 {
     std::vector<P> row(length);
-    for (unsigned done = 0; done < length;) {
-        const auto count = std::min(length - done, unsigned(random.Int(1, 300)));
-        sampler.Sample(x + int(done), y, count, &row[done]);
-        done += count - (count > 40 ? unsigned(random.Int(0, 20)) : 0);
-        if (count == length - done)
-            break;
+    for (unsigned begin = 0, end = 0; end < length; begin = end - unsigned(random.Int(0, 1))) {
+        end = std::min(length, begin + unsigned(random.Int(2, 300)));
+        sampler.Sample(x + int(begin), y, end - begin, &row[begin]);
     }
     return row;
 }
