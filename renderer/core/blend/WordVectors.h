@@ -78,6 +78,21 @@ struct WordVectors
         std::memcpy(&words, from, sizeof(words));
     }
 
+    /// Reads pixels that were perhaps written just before, by vectors of 16 bytes: the processor
+    /// hands them on when it is asked for the same pieces.
+    [[gnu::always_inline]] static void LoadPieces(const Word* from, Words& words)
+    {
+        if constexpr (bytes == 16) {
+            Load(from, words);
+        } else {
+            using Halves = WordVectors<PixelT, 16>;
+            typename Halves::Words low, high;
+            Halves::Load(from, low);
+            Halves::Load(from + Halves::Pixels, high);
+            Concatenate(low, high, words);
+        }
+    }
+
     [[gnu::always_inline]] static void Store(const Words& words, Word* to)
     {
         std::memcpy(to, &words, sizeof(words));
@@ -99,12 +114,16 @@ struct WordVectors
             typename Halves::Wides low, high;
             Halves::LoadWeights16(covers, low);
             Halves::LoadWeights16(covers + Halves::Pixels, high);
-            if constexpr (sizeof(Wide) == 2)
-                weights = __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11,
-                                                  12, 13, 14, 15);
-            else
-                weights = __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+            Concatenate(low, high, weights);
         }
+    }
+
+    template<class Half, class Whole>
+    [[gnu::always_inline]] static void Concatenate(const Half& low, const Half& high, Whole& whole)
+    {
+        using Quads [[gnu::vector_size(16)]] = std::uint64_t;
+        whole = reinterpret_cast<Whole>(__builtin_shufflevector(
+            reinterpret_cast<Quads>(low), reinterpret_cast<Quads>(high), 0, 1, 2, 3));
     }
 
     /// Scales a source, without the division that follows the sum, and finds what remains of the
@@ -228,7 +247,7 @@ template<class Vectors, class Sources, class Covers, class Compute>
     const auto computeAt = [&](unsigned i) {
         Vectors::Load(pixels + i, vector);
         if constexpr (hasSources)
-            Vectors::Load(sources + i, source);
+            Vectors::LoadPieces(sources + i, source);
         if constexpr (hasCovers)
             Vectors::LoadWeights(covers + i, weights);
         compute(vector, source, weights);

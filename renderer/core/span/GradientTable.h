@@ -43,23 +43,14 @@ public:
     /// The pixels of \p count cells. \return whether all are valid; if not, IsMark tells which.
     bool LookUp(const std::int32_t* cells, unsigned count, Pixel* out) const noexcept
     {
-        const Pixel* const pixels = m_pixels.data();
-#pragma GCC unroll 4
-        for (unsigned i = 0; i < count; ++i)
-            Copy(pixels[static_cast<std::uint32_t>(cells[i])], out[i]);
+        CopyPixels(cells, count, out);
         return !m_hasMarks || !HasMarks(out, count);
     }
 
     /// Whether what LookUp gave is no pixel: no premultiplied colour is above its alpha.
-    static bool IsMark(const Pixel& pixel) noexcept
-    {
-        return pixel[0] > pixel.Alpha();
-    }
+    static bool IsMark(const Pixel& pixel) noexcept { return pixel[0] > pixel.Alpha(); }
 
-    std::size_t GetByteSize() const noexcept
-    {
-        return m_pixels.capacity() * sizeof(Pixel);
-    }
+    std::size_t GetByteSize() const noexcept { return m_pixels.capacity() * sizeof(Pixel); }
 
 private:
     using Segment = typename Ramp::Segment;
@@ -71,17 +62,28 @@ private:
     static constexpr double Reach = 0.5 + GradientGeometry::LargestCellError;
     static constexpr double HalfStep = 0.5 / static_cast<double>(Pixel::Max);
 
-    /// In one word where there is one: many processors are slow to gather bytes.
-    static void Copy(const Pixel& from, Pixel& to) noexcept
+    /// In words where there are some, since many processors are slow to gather bytes, and in whole
+    /// vectors: whoever reads vectors of what was just written as words has to wait for it.
+    void CopyPixels(const std::int32_t* cells, unsigned count, Pixel* out) const noexcept
     {
+        const auto at = [&](unsigned i) -> const Pixel& {
+            return m_pixels[static_cast<std::uint32_t>(cells[i])];
+        };
         using Word = typename Blending::WordOfSize<sizeof(Pixel)>::Type;
-        if constexpr (std::is_void_v<Word>) {
-            to = from;
-        } else {
-            Word word;
-            std::memcpy(&word, from.channels.data(), sizeof(word));
-            std::memcpy(to.channels.data(), &word, sizeof(word));
+        unsigned i = 0;
+        if constexpr (!std::is_void_v<Word>) {
+            using Words [[gnu::vector_size(16)]] = Word;
+            constexpr unsigned length = sizeof(Words) / sizeof(Word);
+            for (; i + length <= count; i += length) {
+                Words words;
+#pragma GCC unroll 8
+                for (unsigned k = 0; k < length; ++k)
+                    words[k] = std::bit_cast<Word>(at(i + k));
+                std::memcpy(static_cast<void*>(out + i), &words, sizeof(words));
+            }
         }
+        for (; i < count; ++i)
+            out[i] = at(i);
     }
 
     static bool HasMarks(const Pixel* pixels, unsigned count) noexcept
