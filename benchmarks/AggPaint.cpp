@@ -62,6 +62,7 @@ AggPaint::AggPaint(const Renderer::FillDescriptorConst& descriptor, double opaci
         const auto& bitmap = static_cast<const Renderer::FillBitmap&>(*fill);
         *this = AggPaint(*bitmap.GetBitmap(), frame,
                          bitmap.GetUpSampler() == Raster::ResamplerType::NearestNeighbour, opacity);
+        m_wraps = bitmap.GetExtendType() == Raster::ExtendType::Wrap;
         break;
     }
     default:

@@ -116,8 +116,19 @@ private:
                                    m_bitmap->GetWidth(), m_bitmap->GetHeight(),
                                    int(m_bitmap->GetBuffer()->GetStride()));
         AggPixels pixels(rows);
-        using Accessor = agg::image_accessor_clone<AggPixels>;
-        Accessor accessor(pixels);
+        using Wrap = agg::wrap_mode_repeat;
+        if (m_wraps)
+            RenderBitmap(rasterizer, scanline, renderer, matrix,
+                         agg::image_accessor_wrap<AggPixels, Wrap, Wrap>(pixels));
+        else
+            RenderBitmap(rasterizer, scanline, renderer, matrix,
+                         agg::image_accessor_clone<AggPixels>(pixels));
+    }
+
+    template<class Rasterizer, class Scanline, class Accessor>
+    void RenderBitmap(Rasterizer& rasterizer, Scanline& scanline, AggRenderer& renderer,
+                      const agg::trans_affine& matrix, Accessor accessor) const
+    {
         agg::trans_affine inverse = Invert(matrix);
         Interpolator interpolator(inverse);
         const auto render = [&](auto spans) {
@@ -144,6 +155,7 @@ private:
     std::optional<AggColour> m_colour;
     Kernel::Counted<const Raster::DynamicBitmap> m_bitmap;
     bool m_nearest = false;
+    bool m_wraps = false;
     double m_opacity = 1.0; // of the bitmap; other paint holds it in its colours
     Kernel::Counted<const Renderer::FillGradient> m_gradient;
     Ramp m_ramp;               // of the gradient

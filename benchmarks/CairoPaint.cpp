@@ -110,8 +110,12 @@ CairoPattern MakeCairoPattern(const Renderer::FillDescriptorConst& descriptor, d
     case Fill::Kind::Bitmap: {
         const auto& bitmap = static_cast<const Renderer::FillBitmap&>(fill);
         const bool nearest = bitmap.GetUpSampler() == Raster::ResamplerType::NearestNeighbour;
-        return MakeCairoBitmap(*bitmap.GetBitmap(), descriptor.GetTransform(),
-                               nearest ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_BILINEAR);
+        CairoPattern pattern =
+            MakeCairoBitmap(*bitmap.GetBitmap(), descriptor.GetTransform(),
+                            nearest ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_BILINEAR);
+        if (bitmap.GetExtendType() == Raster::ExtendType::Wrap)
+            cairo_pattern_set_extend(pattern.Get(), CAIRO_EXTEND_REPEAT);
+        return pattern;
     }
     default:
         return {};

@@ -1,5 +1,6 @@
 #include "RecordingTarget.h"
 
+#include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillGradient.h>
 
 namespace Benchmarks {
@@ -26,6 +27,14 @@ Path MakePath(const Renderer::PolyPolygon& polygons, bool close)
     return path;
 }
 
+bool IsExpressible(const Renderer::FillBitmap& fill)
+{
+    using enum Raster::ExtendType;
+    return fill.GetBitmap() && fill.GetBitmap()->GetFormat() == Raster::Format::RGBA8 &&
+           !fill.GetIgnoreAlpha() &&
+           (fill.GetExtendType() == Clamp || fill.GetExtendType() == Wrap);
+}
+
 bool IsExpressible(const Renderer::FillDescriptorConst& descriptor)
 {
     if (descriptor.IsFillNone())
@@ -35,6 +44,8 @@ bool IsExpressible(const Renderer::FillDescriptorConst& descriptor)
         return false;
     if (fill.GetKind() == Renderer::Fill::Kind::Solid)
         return true;
+    if (fill.GetKind() == Renderer::Fill::Kind::Bitmap)
+        return IsExpressible(static_cast<const Renderer::FillBitmap&>(fill));
     if (fill.GetKind() != Renderer::Fill::Kind::Gradient)
         return false;
     const auto& gradient = static_cast<const FillGradient&>(fill);

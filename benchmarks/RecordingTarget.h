@@ -9,8 +9,8 @@
 namespace Benchmarks {
 
 /// Writes the calls that it gets into a scene, as far as every peer can make them. What is left out
-/// is counted: calls with blend modes, transparencies or blend options, paint other than colours
-/// and linear, radial and elliptical gradients, unions of clips, masks and effects.
+/// is counted: calls with blend modes, transparencies or blend options, paint other than colours,
+/// linear, radial and elliptical gradients and bitmaps, unions of clips, masks and effects.
 class RecordingTarget final : public Renderer::RenderTarget
 {
 public:
