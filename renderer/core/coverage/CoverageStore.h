@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include <kernel/Rect.h>
@@ -29,6 +31,7 @@ public:
         m_window = window;
         m_edges.clear();
         m_isUpright = true;
+        m_uprightHeight = 0;
         m_left = m_top = std::numeric_limits<int>::max();
         m_right = m_bottom = std::numeric_limits<int>::min();
     }
@@ -49,7 +52,10 @@ public:
         if (left >> SubPixelShift >= m_window.right)
             return;
         m_edges.push_back({x1, y1, x2, y2});
-        m_isUpright = m_isUpright && x1 == x2;
+        if (x1 == x2)
+            m_uprightHeight += bottom - top;
+        else
+            m_isUpright = false;
         m_left = std::min(m_left, left);
         m_top = std::min(m_top, top);
         m_bottom = std::max(m_bottom, bottom);
@@ -61,10 +67,11 @@ public:
         std::size_t edges;
         int left, top, right, bottom;
         bool isUpright;
+        std::int64_t uprightHeight;
     };
     Mark GetMark() const noexcept
     {
-        return {m_edges.size(), m_left, m_top, m_right, m_bottom, m_isUpright};
+        return {m_edges.size(), m_left, m_top, m_right, m_bottom, m_isUpright, m_uprightHeight};
     }
     /// Drops what was added since.
     void Return(const Mark& mark) noexcept
@@ -75,6 +82,7 @@ public:
         m_right = mark.right;
         m_bottom = mark.bottom;
         m_isUpright = mark.isUpright;
+        m_uprightHeight = mark.uprightHeight;
     }
 
     const std::vector<Edge>& GetEdges() const noexcept { return m_edges; }
@@ -103,8 +111,17 @@ public:
             const Kernel::RectT<int> bounds = GetBounds();
             if (bounds.IsEmpty())
                 return;
-            if (m_isUpright && m_edges.size() <= UprightSweep::MostEdges)
+            if (m_isUpright && m_edges.size() <= UprightSweep::MostEdges) {
                 m_upright.Sweep(m_edges, bounds, rule, beginRow, sink);
+                return;
+            }
+            m_active.clear();
+            m_next = 0;
+            m_isSorted = false;
+            m_sweepBottom = bounds.bottom;
+            if (m_uprightHeight >= std::int64_t{bounds.Height()} * SubPixelScale &&
+                m_edges.size() <= MostMixedEdges)
+                SweepMixed(bounds, rule, beginRow, sink);
             else
                 SweepBands(bounds, rule, beginRow, sink);
         } catch (...) {
@@ -114,25 +131,102 @@ public:
     }
 
 private:
+    /// With more edges, looking for upright stretches costs more than it saves.
+    static constexpr std::size_t MostMixedEdges = 1024;
+    /// Fewer rows are not worth a sweep of their own.
+    static constexpr int WorthAStretch = 8;
+
+    /// Round rectangles, lines with round ends and the like: sweeps stretches of rows that upright
+    /// edges alone reach into as such, and the others in bands.
     template<class BeginRow, class Sink>
-    void SweepBands(const Kernel::RectT<int>& bounds, const CoverageRule& rule, BeginRow& beginRow,
+    void SweepMixed(const Kernel::RectT<int>& bounds, const CoverageRule& rule, BeginRow& beginRow,
                     Sink& sink)
     {
-        const auto rows = static_cast<int>(
-            std::clamp<std::size_t>(BandBytes / CoverageRows::BytesPerRow(bounds.Width()), 1,
-                                    std::size_t(bounds.Height())));
-        if (rows < bounds.Height())
-            std::sort(m_edges.begin(), m_edges.end(), [](const Edge& a, const Edge& b) {
-                return std::min(a.y1, a.y2) < std::min(b.y1, b.y2);
-            });
-        m_active.clear();
-        std::size_t next = 0; // first edge that no band has seen
+        SortByTop();
+        Kernel::RectT<int> rest = bounds;
+        Kernel::RectT<int> stretch = bounds;
+        std::size_t edge = 0;
+        while (FindUprightRows(edge, stretch)) {
+            if (!CollectUpright(stretch))
+                continue;
+            if (!SweepBands({rest.left, rest.top, rest.right, stretch.top}, rule, beginRow, sink) ||
+                !m_upright.Sweep({m_uprightEdges.data(), m_uprightCount}, stretch, rule, beginRow,
+                                 sink))
+                return;
+            rest.top = stretch.bottom;
+        }
+        SweepBands(rest, rule, beginRow, sink);
+    }
+
+    /// Finds the next rows that no slanted edge reaches into.
+    /// \param edge the first edge to look at, from 0 on; edges are sorted by their top.
+    /// \param stretch the whole bounds at first, then the last stretch; becomes the next one.
+    bool FindUprightRows(std::size_t& edge, Kernel::RectT<int>& stretch) const
+    {
+        int covered = edge == 0 ? stretch.top : stretch.bottom;
+        for (; edge < m_edges.size(); ++edge) {
+            const Edge& slanted = m_edges[edge];
+            if (slanted.x1 == slanted.x2)
+                continue;
+            const int top = std::min(slanted.y1, slanted.y2) >> SubPixelShift;
+            if (top - covered >= WorthAStretch) {
+                stretch.top = covered;
+                stretch.bottom = std::min(top, m_sweepBottom);
+                return true;
+            }
+            covered =
+                std::max(covered, ((std::max(slanted.y1, slanted.y2) - 1) >> SubPixelShift) + 1);
+        }
+        if (m_sweepBottom - covered < WorthAStretch)
+            return false;
+        stretch.top = covered;
+        stretch.bottom = m_sweepBottom;
+        return true;
+    }
+
+    /// Gathers the edges of a stretch. \return false when there are too many.
+    bool CollectUpright(const Kernel::RectT<int>& stretch)
+    {
+        m_uprightCount = 0;
+        for (const Edge& edge : m_edges) {
+            if (std::min(edge.y1, edge.y2) >= stretch.bottom * SubPixelScale)
+                break;
+            if (edge.x1 != edge.x2 || std::max(edge.y1, edge.y2) <= stretch.top * SubPixelScale)
+                continue;
+            if (m_uprightCount == m_uprightEdges.size())
+                return false;
+            m_uprightEdges[m_uprightCount++] = edge;
+        }
+        return true;
+    }
+
+    /// Once per sweep: sorting again could exchange edges of the same top.
+    void SortByTop()
+    {
+        if (std::exchange(m_isSorted, true))
+            return;
+        std::sort(m_edges.begin(), m_edges.end(), [](const Edge& a, const Edge& b) {
+            return std::min(a.y1, a.y2) < std::min(b.y1, b.y2);
+        });
+    }
+
+    /// \return false when \p beginRow ended the sweep.
+    template<class BeginRow, class Sink>
+    bool SweepBands(const Kernel::RectT<int>& part, const CoverageRule& rule, BeginRow& beginRow,
+                    Sink& sink)
+    {
+        if (part.top >= part.bottom)
+            return true;
+        const auto rows = static_cast<int>(std::clamp<std::size_t>(
+            BandBytes / CoverageRows::BytesPerRow(part.Width()), 1, std::size_t(part.Height())));
+        if (rows < part.Height())
+            SortByTop();
         bool more = true;
-        for (int top = bounds.top; top < bounds.bottom && more; top += rows) {
-            const Kernel::RectT<int> band{bounds.left, top, bounds.right,
-                                          std::min(top + rows, bounds.bottom)};
+        for (int top = part.top; top < part.bottom && more; top += rows) {
+            const Kernel::RectT<int> band{part.left, top, part.right,
+                                          std::min(top + rows, part.bottom)};
             m_rows.Open(band);
-            next = WalkBand(band, next);
+            WalkBand(band);
             for (int y = band.top; y < band.bottom; ++y) {
                 more = more && beginRow(y);
                 if (more)
@@ -141,6 +235,7 @@ private:
                     m_rows.SweepRow(y, rule, NoSink{});
             }
         }
+        return more;
     }
 
     /// Clears rows after the sweep was ended.
@@ -150,8 +245,8 @@ private:
         void Mask(int, unsigned, const unsigned char*) const noexcept {}
     };
 
-    /// Walks the edges that reach into \p band and returns the first edge below it.
-    std::size_t WalkBand(const Kernel::RectT<int>& band, std::size_t next)
+    /// Walks the edges that reach into \p band.
+    void WalkBand(const Kernel::RectT<int>& band)
     {
         EdgeWalker<CoverageRows> walker(band, m_rows);
         std::size_t kept = 0;
@@ -162,16 +257,15 @@ private:
                 m_active[kept++] = index;
         }
         m_active.resize(kept);
-        const bool last = band.bottom == GetBounds().bottom;
-        for (; next < m_edges.size(); ++next) {
-            const Edge& edge = m_edges[next];
+        const bool last = band.bottom == m_sweepBottom;
+        for (; m_next < m_edges.size(); ++m_next) {
+            const Edge& edge = m_edges[m_next];
             if (!last && std::min(edge.y1, edge.y2) >> SubPixelShift >= band.bottom)
                 break;
             walker.Walk(edge);
             if (!last && EndsBelow(edge, band))
-                m_active.push_back(next);
+                m_active.push_back(m_next);
         }
-        return next;
     }
 
     static bool EndsBelow(const Edge& edge, const Kernel::RectT<int>& band) noexcept
@@ -181,9 +275,16 @@ private:
 
     Kernel::RectT<int> m_window{};
     std::vector<Edge> m_edges;
+    // Of a sweep:
     std::vector<std::size_t> m_active; // indices of edges that began above the present band
+    std::size_t m_next = 0;            // first edge that no band has seen
+    int m_sweepBottom = 0;
+    bool m_isSorted = false;
+    std::array<Edge, UprightSweep::MostEdges> m_uprightEdges; // of a stretch
+    std::size_t m_uprightCount = 0;
     int m_left = 0, m_top = 0, m_right = 0, m_bottom = 0;
-    bool m_isUpright = true;
+    bool m_isUpright = true;          // all edges are
+    std::int64_t m_uprightHeight = 0; // of all upright edges together, in steps of a pixel
     UprightSweep m_upright;
     CoverageRows m_rows;
 };

@@ -23,8 +23,9 @@ public:
     /// \param edges upright ones, at most MostEdges, none to the right of \p bounds; they get
     /// sorted. \param bounds what is swept: rows, and columns that edges reach into. Not empty.
     /// \param beginRow, sink see CoverageStore::Sweep.
+    /// \return false when \p beginRow ended the sweep.
     template<class BeginRow, class Sink>
-    void Sweep(std::span<Edge> edges, const Kernel::RectT<int>& bounds, const CoverageRule& rule,
+    bool Sweep(std::span<Edge> edges, const Kernel::RectT<int>& bounds, const CoverageRule& rule,
                BeginRow& beginRow, Sink& sink)
     {
         SortByColumn(edges);
@@ -32,8 +33,9 @@ public:
         for (std::size_t i = 0; i + 1 < m_breakCount; ++i) {
             Record(edges, bounds, m_breaks[i], rule);
             if (!ReplayRows(m_breaks[i], m_breaks[i + 1], beginRow, sink))
-                return;
+                return false;
         }
+        return true;
     }
 
 private:

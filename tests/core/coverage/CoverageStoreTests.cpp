@@ -27,13 +27,14 @@ CoverageStore& SharedStore()
     return store;
 }
 
+template<class Sink = PictureSink>
 CoveragePicture RenderWithStore(const Polygons& polygons, bool evenOdd, const RectT<int>& window)
 {
     CoverageStore& store = SharedStore();
     store.Reset(window);
     Coverage::AddPolygons(store, polygons, {});
     CoveragePicture picture(window);
-    PictureSink sink(picture);
+    Sink sink(picture);
     store.Sweep(
         {evenOdd, nullptr},
         [&](int y) {
@@ -137,6 +138,67 @@ TEST(CoverageStore, EqualsStockAggInWindowsThatCutThePath)
         const int left = random.Pick(-20, 90), top = random.Pick(-20, 70);
         ExpectSame(random.Make(80.0, 10),
                    {left, top, left + random.Pick(1, 60), top + random.Pick(1, 50)}, "window", i);
+    }
+}
+
+TEST(CoverageStore, EqualsStockAggOverUprightEdges)
+{
+    RandomPolygons random;
+    for (int i = 0; i < 600; ++i) {
+        SCOPED_TRACE(i);
+        // Rectangles, at times more than are swept as such, and here and there something slanted.
+        Polygons polygons = i % 3 == 0 ? Polygons() : random.Make(i % 3 == 1 ? 4.0 : 60.0, 3);
+        for (int n = random.Pick(1, 12); n > 0; --n) {
+            const double x = 50.0 + random.Spread(60.0), y = 40.0 + random.Spread(70.0);
+            const double width = random.Spread(i % 2 ? 100.0 : 3.0), height = random.Spread(90.0);
+            const bool isWhole = random.Pick(0, 2) == 0;
+            const auto place = [&](double value) { return isWhole ? std::round(value) : value; };
+            polygons.AddRect({place(x), place(y), place(x + width), place(y + height)});
+        }
+        const RectT<int> window{random.Pick(-40, 50), random.Pick(-30, 40), random.Pick(51, 150),
+                                random.Pick(41, 120)};
+        ExpectSame(polygons, window, "upright", i);
+        if (HasFatalFailure())
+            return;
+    }
+}
+
+/// Takes several rows at once.
+class PictureRowsSink
+{
+public:
+    explicit PictureRowsSink(CoveragePicture& picture) : m_picture(picture) {}
+    void BeginRow(int y) { m_y = y; }
+    void Run(int x, unsigned length, unsigned char cover, unsigned rows = 1)
+    {
+        for (unsigned row = 0; row < rows; ++row) {
+            for (unsigned i = 0; i < length; ++i)
+                m_picture.At(x + int(i), m_y + int(row)) = cover;
+        }
+    }
+    void Mask(int x, unsigned length, const unsigned char* covers, unsigned rows = 1)
+    {
+        for (unsigned i = 0; i < length; ++i)
+            Run(x + int(i), 1, covers[i], rows);
+    }
+
+private:
+    CoveragePicture& m_picture;
+    int m_y = 0;
+};
+
+TEST(CoverageStore, SinksMayTakeRowsThatAreAlike)
+{
+    RandomPolygons random;
+    const RectT<int> window{3, 5, 130, 140};
+    for (int i = 0; i < 100; ++i) {
+        Polygons polygons = random.Make(10.0, 3);
+        for (int n = random.Pick(1, 6); n > 0; --n)
+            polygons.AddRect({random.Spread(150.0), random.Spread(150.0), random.Spread(150.0),
+                              random.Spread(150.0)});
+        const CoveragePicture rowByRow = RenderWithStore(polygons, true, window);
+        const CoveragePicture rows = RenderWithStore<PictureRowsSink>(polygons, true, window);
+        ASSERT_EQ(rowByRow.GetBytes(), rows.GetBytes()) << i;
     }
 }
 
