@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <vector>
 
 #include <geometry/Stroker.h>
@@ -174,6 +175,14 @@ private:
     /// A group of the size of one shape.
     class ShapeGroup;
 
+    /// A tolerance in logical units and what it follows from; drawings mostly keep to a few.
+    struct Flattening
+    {
+        Transform transform;
+        double device = std::numeric_limits<double>::quiet_NaN();
+        double tolerance = 0.0;
+    };
+
     bool CanDraw(float opacity) const;
     double GetFlatteningTolerance() const;
     /// The fill's populators in the given role.
@@ -235,6 +244,7 @@ private:
     PolyPolygon m_outline;  // of the call's stroke
     Geometry::PathStroker m_stroker;
     double m_gamma = 1.0;
+    mutable Flattening m_flattening; // of the last call
 
     Kernel::Counted<Raster::DynamicBuffer> m_buffer;  // the destination
     Kernel::RectT<int> m_bufferRect{};                // what it shows of the page

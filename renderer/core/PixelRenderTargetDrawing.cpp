@@ -86,11 +86,18 @@ bool PixelRenderTarget::CanDraw(float opacity) const
 
 double PixelRenderTarget::GetFlatteningTolerance() const
 {
-    // The tolerance by the library's scale is too coarse where a map stretches one direction far
-    // more than (1, 1).
-    const double logical = GetLogicalExpansionTolerance();
-    const double stretch = AffineTransform::GetLargestSingularValue(GetCurrentTransform());
-    return stretch > 0.0 ? std::min(logical, GetDeviceExpansionTolerance() / stretch) : logical;
+    Flattening& last = m_flattening;
+    const Transform& current = GetCurrentTransform();
+    if (last.device != GetDeviceExpansionTolerance() || last.transform != current) {
+        // The tolerance by the library's scale is too coarse where a map stretches one direction
+        // far more than (1, 1).
+        const double logical = GetLogicalExpansionTolerance();
+        const double stretch = AffineTransform::GetLargestSingularValue(current);
+        last = {current, GetDeviceExpansionTolerance(),
+                stretch > 0.0 ? std::min(logical, GetDeviceExpansionTolerance() / stretch)
+                              : logical};
+    }
+    return last.tolerance;
 }
 
 const ClipState& PixelRenderTarget::UpdateClipRasterizer()
