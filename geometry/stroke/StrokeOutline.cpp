@@ -154,7 +154,9 @@ bool StrokeOutline::MeetsInside(const StrokeVertex& before, const StrokeVertex& 
     const double shorter = std::min(Dot(vertex.point - before.point, vertex.in),
                                     Dot(after.point - vertex.point, vertex.out));
     const double sine = std::abs(Cross(vertex.in, vertex.out));
-    return m_radius * sine <= 0.5 * shorter * twice && twice > 0.0;
+    // Where the path turns back, rounding leaves something near 0.
+    constexpr double least = 1e-9;
+    return m_radius * sine <= 0.5 * shorter * twice && twice > least;
 }
 
 /// Turns the pen about a vertex, between the edges before and after it, if there are any.
@@ -170,6 +172,9 @@ void StrokeOutline::AddTurn(const StrokeVertex& vertex, const StrokeVertex* befo
     turn.cosine = Dot(vertex.in, vertex.out);
     turn.straightBefore = before && IsStraight(*before, vertex);
     turn.straightAfter = after && IsStraight(vertex, *after);
+    turn.besideFan =
+        (before && !turn.straightBefore && FindCrossing(*before, vertex) != Crossing::None) ||
+        (after && !turn.straightAfter && FindCrossing(vertex, *after) != Crossing::None);
     StrokeSide& inner = turn.side > 0.0 ? m_left : m_right;
     StrokeSide& outer = turn.side > 0.0 ? m_right : m_left;
 
@@ -219,7 +224,8 @@ void StrokeOutline::AddOuterJoin(StrokeSide& side, const Turn& turn, StrokeJoin 
     const double halfSquare = 0.5 * (1.0 + turn.cosine); // cosine of half the turn, squared
     if (HasTip(join, halfSquare)) {
         // Edges along the tangents run straight into it, and others nearly do if it is low.
-        const bool isLow = m_radius * (1.0 - halfSquare) <= m_slack;
+        // A fan needs the pen's own positions at the vertex.
+        const bool isLow = !turn.besideFan && m_radius * (1.0 - halfSquare) <= m_slack;
         if (!isLow && !turn.straightBefore)
             side.Add(turn.point + turn.from);
         side.Add(turn.point + (0.5 / halfSquare) * (turn.from + turn.to));

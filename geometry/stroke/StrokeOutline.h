@@ -50,6 +50,7 @@ private:
         double cosine;
         double side;                        ///< 1 where the left is the inner side, else -1
         bool straightBefore, straightAfter; ///< whether the edges run along the tangents
+        bool besideFan;                     ///< whether the inner side of an edge is a fan
     };
 
     void AddVertex(const StrokeVertex& vertex, const StrokeVertex* before,

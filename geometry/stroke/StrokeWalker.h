@@ -54,7 +54,7 @@ public:
 
     /// Goes on to the next point; the last one has t = 1 and the cubic's own end.
     /// \return whether the pen's normals at both ends describe its edges in between; otherwise the
-    ///         piece is tiny.
+    ///         piece is tiny, or as short a part of the cubic as there is.
     bool Advance() noexcept
     {
         const double rest = 1.0 - m_at.t;
@@ -66,7 +66,7 @@ public:
         for (int attempt = 0;; ++attempt) {
             const Step next = Towards(step);
             m_piece = Measure(next);
-            if (m_piece.excess <= 1.0 || m_piece.length <= m_precision.tiny || step <= Shortest) {
+            if (m_piece.excess <= 1.0 || GetExtent(next) <= m_precision.tiny || step <= Shortest) {
                 Accept(next);
                 return m_piece.excess <= 1.0;
             }
@@ -125,6 +125,15 @@ private:
             0.75 * across * (square + 6.0 * m_precision.turningRadius * across);
         const double numerator = m_precision.tolerance * square;
         return denominator > numerator ? std::sqrt(numerator / denominator) : 1.0;
+    }
+
+    /// The length of the control legs of the piece to \p next: it reaches no further, even if it
+    /// comes back to where it began.
+    double GetExtent(const Step& next) const noexcept
+    {
+        const double third = (next.t - m_at.t) / 3.0;
+        const Point first = third * m_at.derivative, last = third * next.derivative;
+        return Length(first) + Length(last) + Length(next.point - m_at.point - first - last);
     }
 
     /// The piece to \p next; its excess is large where nothing is known of its edges.

@@ -29,8 +29,10 @@ struct CompositeGroup
     Kernel::RectT<int> parentTouched{};
     /// How many device clips lie below the group's own; pops inside the group end there.
     std::size_t deviceClips = 0;
-    /// All pixels outside are as the group began with them; set when the group is closed.
+    /// All pixels of the group outside are as it began with them; set when the group is closed.
     Kernel::RectT<int> touched{};
+    /// The same for the whole buffer, which may be larger.
+    Kernel::RectT<int> touchedOfBuffer{};
 };
 
 /// Buffers of closed groups, kept for the next ones. They are transparent, so that a group clears

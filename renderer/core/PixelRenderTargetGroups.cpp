@@ -93,6 +93,11 @@ CompositeGroup PixelRenderTarget::CloseComposite()
     m_clipPaths.Unseal();
     ShowBuffer(group.parent, group.parentOrigin);
     group.touched = CommonPart(m_touched, group.rect);
+    if (group.buffer)
+        group.touchedOfBuffer =
+            CommonPart(m_touched, {group.rect.left, group.rect.top,
+                                   group.rect.left + int(group.buffer->GetWidth()),
+                                   group.rect.top + int(group.buffer->GetHeight())});
     m_touched = group.parentTouched;
     return group;
 }
@@ -105,7 +110,7 @@ void PixelRenderTarget::Touch(const RectT<int>& rect) const
 
 void PixelRenderTarget::Recycle(CompositeGroup& group)
 {
-    RectT<int> used = group.touched;
+    RectT<int> used = group.touchedOfBuffer;
     used.left -= group.rect.left;
     used.top -= group.rect.top;
     used.right -= group.rect.left;
@@ -160,6 +165,7 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
     AddOpacityPopulator(group.opacity);
     const Coverage::ClipCoverage* const clip =
         m_clipPaths.IsEmpty() ? nullptr : UpdateClipRasterizer().coverage.Get();
+    Touch(area); // before anything can fail half-way
     m_current->SyncHostCache();
     m_rasterizer.SetClipBox(area);
     if (isSparse)
@@ -168,7 +174,6 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
     else
         m_rasterizer.RenderRect(area, clip, GetAbortingPointer());
     m_current->InvalidateHardwareCache(area);
-    Touch(area);
 }
 
 bool PixelRenderTarget::AddGroupPopulator(const CompositeGroup& group, PopulatorRole role)

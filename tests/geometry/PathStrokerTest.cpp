@@ -1,44 +1,12 @@
 #include <cmath>
-#include <cstdlib>
-#include <new>
 #include <numbers>
 
 #include <gtest/gtest.h>
 
 #include <geometry/Stroker.h>
+#include <support/AllocationCount.h>
 
 #include "GeometryOracles.h"
-
-namespace {
-
-std::size_t allocations = 0;
-
-} // namespace
-
-// Counts what the library allocates from the heap.
-void* operator new(std::size_t size)
-{
-    ++allocations;
-    if (void* memory = std::malloc(size ? size : 1))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    ++allocations;
-    return std::malloc(size ? size : 1);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
@@ -169,7 +137,7 @@ TEST(PathStroker, KeepsItsMemory)
     Polygons out;
     std::size_t before = 0;
     for (int round = 0; round < 2; ++round) {
-        before = allocations;
+        before = TestSupport::GetAllocationCount();
         for (const auto cap : {StrokeCap::Butt, StrokeCap::Square, StrokeCap::Round}) {
             for (const bool dashed : {false, true}) {
                 StrokeParameters pen = MakePen(6.0, cap);
@@ -187,7 +155,7 @@ TEST(PathStroker, KeepsItsMemory)
             }
         }
     }
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(TestSupport::GetAllocationCount(), before);
 }
 
 TEST(PathStroker, MapsRunsAndCountsDashesInUnits)

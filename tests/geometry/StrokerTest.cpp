@@ -217,6 +217,56 @@ TEST(Stroker, RoundPenCoversWhatIsNearPolylinesAndClosedRuns)
         ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(circle, width, 0.05, 3, 400)) << width;
 }
 
+TEST(Stroker, PathsThatDoubleBackAreCovered)
+{
+    Oracle::Random random(23);
+    for (unsigned i = 0; i < 60; ++i) {
+        const Point start = random.InSquare(20), way = random.InSquare(60);
+        const double back = random.Uniform(-0.5, 1.0);
+        PolyCurveDbl polyline;
+        polyline.MoveTo(start);
+        polyline.LineTo(start + way);
+        polyline.LineTo(start + back * way);
+        // Out and back in one piece, nearly or exactly to where it began.
+        PolyCurveDbl cubic;
+        const Point aside = i % 3 == 0 ? Point{} : 1e-3 * random.InSquare(1);
+        cubic.MoveTo(start);
+        cubic.CurveTo(start + way, start + way + aside, i % 2 ? start : start + 0.3 * way);
+        for (const double width : {1.0, 9.0, 70.0}) {
+            ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(polyline, width, 0.05, i, 150)) << i;
+            ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(cubic, width, 0.05, i, 150)) << i;
+        }
+    }
+}
+
+TEST(Stroker, CornersBesideTightCurvesHaveNoCracks)
+{
+    for (const double radius : {5.0, 50.0}) {
+        for (const double share : {0.9, 0.98, 0.995, 1.0}) {
+            for (double turn = 0.1; turn < 8.0; turn *= 1.6) {
+                const double bend = share * radius, sweep = 0.5 * pi;
+                const double handle = 4.0 / 3.0 * std::tan(0.25 * sweep) * bend;
+                const double onwards = sweep + 0.5 * pi - turn * pi / 180.0;
+                PolyCurveDbl path;
+                path.MoveTo({bend, 0});
+                path.CurveTo({bend, handle}, {handle, bend}, {0, bend});
+                path.LineTo(
+                    {3.0 * radius * std::cos(onwards), bend + 3.0 * radius * std::sin(onwards)});
+                // Along an arc inside the pen, across the wedge that the corner opens.
+                const Polygons outline =
+                    Stroke(path, MakePen(2.0 * radius, StrokeJoin::Round, StrokeCap::Round, 0.1));
+                for (int i = 0; i < 2000; ++i) {
+                    const double angle = onwards + 0.5 * pi - 0.1 + 0.3 * i / 2000;
+                    const Point p{0.9 * radius * std::cos(angle),
+                                  bend + 0.9 * radius * std::sin(angle)};
+                    ASSERT_NE(Oracle::WindingNumber(p, outline), 0)
+                        << radius << ' ' << share << ' ' << turn << ' ' << i;
+                }
+            }
+        }
+    }
+}
+
 TEST(Stroker, SmoothCurvesAreCoveredOnce)
 {
     // No overlap along a curve that is wider than the pen: the signed area is the area.

@@ -45,7 +45,7 @@ struct SolidRun
     {
         WithVectors<PixelT, Code>(length, [=]<class Vectors>(Vectors) {
             using Word = typename Vectors::Word;
-            const Word word = *static_cast<const Word*>(pixel);
+            const Word word = Vectors::LoadOne(pixel);
             if (cover == 255 &&
                 GetChannel<PixelT::AlphaIndex>(static_cast<const PixelT*>(pixel)) == PixelT::Max) {
                 ForRows<Word>(destination, stride, rows,
@@ -78,7 +78,7 @@ struct SolidMask
         WithVectors<PixelT, Code>(length, [=]<class Vectors>(Vectors) {
             using Word = typename Vectors::Word;
             typename Vectors::Source source;
-            Vectors::Prepare(typename Vectors::Words{} + *static_cast<const Word*>(pixel), source);
+            Vectors::Prepare(typename Vectors::Words{} + Vectors::LoadOne(pixel), source);
             ForRows<Word>(destination, stride, rows, [&](Word* row) {
                 RewriteSpan<Vectors>(row, nullptr, covers, length,
                                      [&](auto& vector, const auto&, const auto& weights) {

@@ -73,6 +73,20 @@ struct WordVectors
         limit(source.colour.odd);
     }
 
+    /// \name Single words; pixels are objects of another type
+    /// @{
+    [[gnu::always_inline]] static Word LoadOne(const void* from)
+    {
+        Word word;
+        std::memcpy(&word, from, sizeof(word));
+        return word;
+    }
+    [[gnu::always_inline]] static void StoreOne(Word word, void* to)
+    {
+        std::memcpy(to, &word, sizeof(word));
+    }
+    /// @}
+
     [[gnu::always_inline]] static void Load(const Word* from, Words& words)
     {
         std::memcpy(&words, from, sizeof(words));
@@ -196,7 +210,7 @@ template<class Vectors>
     constexpr unsigned count = Vectors::Pixels;
     if (length < count) {
         for (unsigned i = 0; i < length; ++i)
-            pixels[i] = pixel;
+            Vectors::StoreOne(pixel, pixels + i);
         return;
     }
     const typename Vectors::Words vector = typename Vectors::Words{} + pixel;
@@ -234,13 +248,13 @@ template<class Vectors, class Sources, class Covers, class Compute>
     if (length < count) {
         // One by one: gathering them would cost more.
         for (unsigned i = 0; i < length; ++i) {
-            vector[0] = pixels[i];
+            vector[0] = Vectors::LoadOne(pixels + i);
             if constexpr (hasSources)
-                source[0] = sources[i];
+                source[0] = Vectors::LoadOne(sources + i);
             if constexpr (hasCovers)
                 weights = decltype(weights){} + Vectors::GetWeight(covers[i]);
             compute(vector, source, weights);
-            pixels[i] = vector[0];
+            Vectors::StoreOne(vector[0], pixels + i);
         }
         return;
     }

@@ -27,7 +27,7 @@ bool AddInside(CoverageStore& store, const Polygons& polygons, const Params& tra
     };
     for (std::size_t i = 0; i < polygons.GetPolygonCount() && isInside; ++i) {
         const auto points = polygons.GetPolygon(i).points;
-        if (points.size() < 2)
+        if (points.empty())
             continue;
         const auto start = map(points.front());
         auto from = start;

@@ -99,10 +99,9 @@ public:
     }
 
     /// Sweeps all rows from top to bottom.
-    /// \param beginRow is asked before each row with its y (or before several that are alike, if
-    /// the
-    ///        sink's Run and Mask take a number of rows); false ends the sweep (the store is then
-    ///        ready for a Reset all the same).
+    /// \param beginRow is asked with a row's y before each row; before several that are alike where
+    ///        the sink's Run and Mask take a number of rows. With false the sweep ends; the store
+    ///        is then ready for a Reset all the same.
     /// \param sink see CoverageRows::SweepRow.
     template<class BeginRow, class Sink>
     void Sweep(const CoverageRule& rule, BeginRow&& beginRow, Sink&& sink)

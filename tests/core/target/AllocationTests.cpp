@@ -1,57 +1,13 @@
 // A target that has drawn a while draws the next shape without asking for memory.
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
 #include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillGradient.h>
 #include <renderer/paint/FillSolid.h>
 #include <renderer/paint/Gradient.h>
 #include <renderer/paint/LineStyle.h>
+#include <support/AllocationCount.h>
 
 #include "TargetFixture.h"
-
-namespace {
-
-std::atomic<unsigned long> allocations{0};
-
-void* Allocate(std::size_t size)
-{
-    ++allocations;
-    if (void* const memory = std::malloc(size ? size : 1))
-        return memory;
-    throw std::bad_alloc();
-}
-
-} // namespace
-
-// NOLINTBEGIN: the whole program counts its allocations.
-void* operator new(std::size_t size)
-{
-    return Allocate(size);
-}
-void* operator new[](std::size_t size)
-{
-    return Allocate(size);
-}
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-// NOLINTEND
 
 namespace Renderer {
 
@@ -112,10 +68,10 @@ protected:
     {
         for (int i = 0; i < 3; ++i)
             draw();
-        const unsigned long before = allocations;
+        const unsigned long before = TestSupport::GetAllocationCount();
         for (int i = 0; i < 5; ++i)
             draw();
-        return allocations - before;
+        return TestSupport::GetAllocationCount() - before;
     }
 };
 

@@ -178,6 +178,31 @@ TEST_F(GroupTest, PixelsThatTheApplicationWritesCount)
     }
 }
 
+TEST_F(GroupTest, PixelsOfABufferBeyondItsGroupAreClearedToo)
+{
+    const auto push = [&] {
+        target->PushComposite(CompositeInit::Clear, FillBlendMode::Normal, BlendOptions::Identity(),
+                              1.0F);
+    };
+    push();
+    target->PopCompositeAsFill({}, {}); // leaves a buffer of the whole size
+    target->PushLogicalDeviceClip({0, 0, 10, 10});
+    push();
+    {
+        const auto buffer = target->GetCurrentBuffer();
+        ASSERT_GT(buffer->GetWidth(), 20U);
+        for (unsigned y = 0; y < buffer->GetHeight(); ++y)
+            std::memset(buffer->GetRow(y), 255, buffer->GetWidth() * buffer->GetPixelSize());
+    }
+    target->PopCompositeAsFill({}, {});
+    target->PopDeviceClip();
+    target->Clear();
+    push();
+    target->GetCurrentBuffer(); // so that all of the group is painted
+    target->PopCompositeAsFill({}, {});
+    EXPECT_EQ(Area(), 0);
+}
+
 TEST_F(GroupTest, SmallGroupsShareALargeBuffer)
 {
     const auto push = [&](const RectT<double>& clip) {
