@@ -204,6 +204,14 @@ public:
         return true;
     }
 
+    Real GetWeight(std::size_t tap) const noexcept { return m_weights[tap]; }
+
+    /// Pixels from a column of the picture on, as many as there are, but no more than MaxColumns.
+    const P* GetPixels(std::size_t tap, unsigned column) const noexcept
+    {
+        return m_rows[tap] ? m_rows[tap] + column : Zeros;
+    }
+
     /// Blends \p count columns, which may lie outside, from \p first on.
     void Blend(std::int64_t first, unsigned count, Real* out) const noexcept
     {
@@ -223,13 +231,13 @@ public:
         }
     }
 
-private:
+    /// Blends \p count columns of the picture that follow each other; no more than MaxColumns.
     void BlendRun(unsigned column, unsigned count, Real* __restrict out) const noexcept
     {
         constexpr std::size_t Taps = Filter::Taps;
         const Channel* rows[Taps];
         for (std::size_t j = 0; j < Taps; ++j)
-            rows[j] = m_rows[j] ? reinterpret_cast<const Channel*>(m_rows[j] + column) : Zeros;
+            rows[j] = reinterpret_cast<const Channel*>(GetPixels(j, column));
         const std::array<Real, Taps> weights = m_weights;
         for (std::size_t i = 0; i < std::size_t{count} * P::ChannelCount; ++i) {
             Real sum = weights[0] * Real(rows[0][i]);
@@ -239,7 +247,8 @@ private:
         }
     }
 
-    static constexpr Channel Zeros[MaxColumns * P::ChannelCount]{};
+private:
+    static constexpr P Zeros[MaxColumns]{};
 
     ExtendType m_extend;
     int m_width;
@@ -309,45 +318,6 @@ private:
             }
         }
         StorePixels<P, Filter>(sums, out, count);
-    }
-};
-
-/// Interpolates bilinearly where, besides, a step on the device is a step in the picture: all
-/// pixels have the same weights.
-template<class P>
-struct BilinearUnitSteps
-{
-    using Real = RealOf<P>;
-    static constexpr std::size_t Channels = P::ChannelCount;
-
-    static void Apply(const MappedPicture* picture, ColumnTable<Real>*, int x, int y,
-                      unsigned length, P* out)
-    {
-        using Rows = RowBlend<P, BilinearFilter>;
-        const auto& map = picture->map;
-        const Rows rows(*picture, map.m11 * (y + 0.5) + map.m12);
-        if (rows.IsEmpty()) {
-            std::fill_n(out, length, P{});
-            return;
-        }
-        const auto [left, right] = BilinearFilter::GetWeights(picture->fractionX);
-        alignas(32) Real columns[Rows::MaxColumns * Channels];
-        for (unsigned begin = 0; begin < length; begin += BlockLength) {
-            const unsigned count = std::min(length - begin, BlockLength);
-            rows.Blend(x + picture->offsetX + begin, count + 1, columns);
-            SumColumns(columns, Real(left), Real(right), count, out + begin);
-        }
-    }
-
-private:
-    static void SumColumns(const Real* __restrict columns, Real left, Real right, unsigned count,
-                           P* __restrict out) noexcept
-    {
-        using Channel = typename P::ChannelType;
-        auto* __restrict channels = reinterpret_cast<Channel*>(out);
-        for (std::size_t c = 0; c < count * Channels; ++c)
-            channels[c] = RoundChannel<Channel>(left * columns[c] + right * columns[c + Channels]);
-        ClampAlpha(out, count);
     }
 };
 

@@ -45,6 +45,18 @@ public:
         }
         (std::make_index_sequence<Lanes>{});
     }
+    /// The second of one pair and the first of the next.
+    static PixelPair Between(const PixelPair& pair, const PixelPair& next) noexcept
+    {
+        PixelPair result;
+        [&]<std::size_t... lanes>(std::index_sequence<lanes...>)
+        {
+            result.m_values =
+                __builtin_shufflevector(pair.m_values, next.m_values, (lanes + Half)...);
+        }
+        (std::make_index_sequence<Lanes>{});
+        return result;
+    }
     void Add(const PixelPair& other) noexcept { m_values += other.m_values; }
 
     /// Writes the sum of the two: ChannelCount numbers.
@@ -61,6 +73,18 @@ public:
                 std::memcpy(out, &sum, Count * sizeof(Real));
             }
             (std::make_index_sequence<Half>{});
+        }
+    }
+
+    /// Writes both as pixels, integers rounded to nearest; they are in the range of the channels.
+    void StoreRounded(P* out) const noexcept
+    {
+        if constexpr (std::is_floating_point_v<Channel>) {
+            StoreHalves(__builtin_convertvector(m_values, VectorOf<Channel, Lanes>), out);
+        } else {
+            const auto whole =
+                __builtin_convertvector(m_values + Real(0.5), VectorOf<std::int32_t, Lanes>);
+            StoreHalves(Narrow(whole), out);
         }
     }
 
@@ -93,13 +117,56 @@ private:
         }
     }
 
+    /// Numbers that fit as channels: whole registers are shuffled, which compilers would narrow one
+    /// by one.
+    static VectorOf<Channel, Lanes> Narrow(const VectorOf<std::int32_t, Lanes>& whole) noexcept
+    {
+        static_assert(std::endian::native == std::endian::little);
+        constexpr std::size_t Part = Lanes < 8 ? Lanes : 8;
+        VectorOf<Channel, Lanes> channels;
+        auto* const out = reinterpret_cast<unsigned char*>(&channels);
+        const auto* const in = reinterpret_cast<const unsigned char*>(&whole);
+        for (std::size_t lane = 0; lane < Lanes; lane += Part) {
+            VectorOf<std::uint16_t, 8> low{};
+            VectorOf<std::uint16_t, 8> high{};
+            std::memcpy(&low, in + lane * 4, Part * 4 < 16 ? Part * 4 : 16);
+            if constexpr (Part == 8)
+                std::memcpy(&high, in + lane * 4 + 16, 16);
+            const auto words = __builtin_shufflevector(low, high, 0, 2, 4, 6, 8, 10, 12, 14);
+            if constexpr (sizeof(Channel) == 2) {
+                std::memcpy(out + lane * 2, &words, Part * 2);
+            } else {
+                const auto pairs = std::bit_cast<VectorOf<std::uint8_t, 16>>(words);
+                const auto bytes = __builtin_shufflevector(pairs, pairs, 0, 2, 4, 6, 8, 10, 12, 14,
+                                                           0, 2, 4, 6, 8, 10, 12, 14);
+                std::memcpy(out + lane, &bytes, Part);
+            }
+        }
+        return channels;
+    }
+
+    template<class Vector>
+    static void StoreHalves(const Vector& channels, P* out) noexcept
+    {
+        if constexpr (Half == Count) {
+            std::memcpy(static_cast<void*>(out), &channels, sizeof(channels));
+        } else {
+            const auto* bytes = reinterpret_cast<const unsigned char*>(&channels);
+            std::memcpy(static_cast<void*>(out), bytes, sizeof(P));
+            std::memcpy(static_cast<void*>(out + 1), bytes + sizeof(channels) / 2, sizeof(P));
+        }
+    }
+
     /// Interleaving with zeros widens all bytes at once; compilers convert them one by one.
     template<class Channels>
     void Widen(const Channels& channels) noexcept
     {
         if constexpr (sizeof(Channel) == 1 && (Lanes == 4 || Lanes == 8)) {
-            VectorOf<std::uint8_t, 16> bytes{};
-            std::memcpy(&bytes, &channels, sizeof(channels));
+            // Through a number: by way of memory, a load would wait for two stores.
+            using Word = std::conditional_t<Lanes == 8, std::uint64_t, std::uint32_t>;
+            VectorOf<std::uint64_t, 2> word{};
+            word[0] = std::bit_cast<Word>(channels);
+            const auto bytes = std::bit_cast<VectorOf<std::uint8_t, 16>>(word);
             const auto words = std::bit_cast<VectorOf<std::uint16_t, 8>>(__builtin_shufflevector(
                 bytes, decltype(bytes){}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
             if constexpr (Lanes == 8)

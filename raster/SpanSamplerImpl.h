@@ -9,6 +9,7 @@
 #include <raster/CopyLoops.h>
 #include <raster/FilterLoops.h>
 #include <raster/Resample.h>
+#include <raster/UnitStepLoops.h>
 
 namespace Raster {
 
