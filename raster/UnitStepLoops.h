@@ -65,16 +65,15 @@ private:
     /// Runs from here on are worth the loops over channels.
     static constexpr unsigned LongRun = 24;
 
-    /// How many pixels, at least the first, are as that beside the picture.
+    /// How many pixels, at least the first, read the same columns beside the picture.
     static unsigned CountAlike(std::int64_t position, std::int64_t width, ExtendType extend,
                                unsigned length) noexcept
     {
-        if (extend != ExtendType::Clamp && extend != ExtendType::Transparent)
+        if (extend != ExtendType::Clamp)
             return 1;
-        // The last pixel on the left side reads the picture's first column, too.
-        const std::int64_t alike = position < 0 ? -1 - position : length;
-        const bool isBeside = position < -1 || position >= width;
-        return isBeside ? unsigned(std::min<std::int64_t>(alike, length)) : 1;
+        return position < 0            ? unsigned(std::min<std::int64_t>(-position, length))
+               : position >= width - 1 ? length
+                                       : 1;
     }
 
     /// Reads \p count + 1 columns that follow each other.
@@ -141,10 +140,10 @@ private:
     {
         Pair columns = Blend(top, bottom, weights);
         columns.Scale(weights.left, weights.right);
-        Real sum[P::ChannelCount];
-        columns.StoreSum(sum);
-        for (std::size_t c = 0; c < P::ChannelCount; ++c)
-            (*out)[c] = RoundChannel<typename P::ChannelType>(sum[c]);
+        columns.Add(Pair::Between(columns, columns));
+        P both[2];
+        columns.StoreRounded(both);
+        *out = both[0];
         ClampAlpha(out, 1);
     }
 
