@@ -41,6 +41,10 @@ public:
                           FillBlendMode::BlendMode mode, const BlendOptions& options,
                           const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
                           const LineStyleDescriptorConst& lineStyle) override;
+    void DrawBitmap(const Kernel::RectT<double>& dest,
+                    Kernel::Counted<const Raster::DynamicBitmap> bitmap, float opacity,
+                    FillBlendMode::BlendMode mode, const BlendOptions& options,
+                    bool antialiasUnderClip) override;
     void DrawBuffer(const Kernel::RectT<double>& dest,
                     Kernel::Counted<const Raster::DynamicBuffer> buffer, float opacity,
                     FillBlendMode::BlendMode mode, const BlendOptions& options,
@@ -187,10 +191,16 @@ private:
     double GetFlatteningTolerance() const;
     /// The fill's populators in the given role.
     bool AddPopulator(const FillDescriptorConst& paint, PopulatorRole role);
+    /// The populator of a fill that is no stack.
+    bool AddFill(const Fill& fill, const Transform& fillToDevice, PopulatorRole role);
     void AddOpacityPopulator(float opacity);
-    /// Gamma, blend function, paint and opacity of a call. \return false when nothing can be drawn.
-    bool PrepareCall(const Composition& composition, const FillDescriptorConst& fill,
-                     const FillDescriptorConst& transparency, const Kernel::RectT<int>& bounds);
+    /// Draws polygons with the gamma, blend function, paint and opacity of a call.
+    /// \param addPaint adds the colour populators, given the bounds. \return false when nothing can
+    ///        be drawn.
+    template<class AddPaint>
+    void DrawPainted(const PolyPolygon& polygons, const Transform& transform,
+                     const Composition& composition, const AddPaint& addPaint,
+                     const FillDescriptorConst& transparency, const PathRule& rule);
     void DrawPolygons(const PolyPolygon& polygons, const Transform& transform,
                       const Composition& composition, const FillDescriptorConst& fill,
                       const FillDescriptorConst& transparency, const PathRule& rule);

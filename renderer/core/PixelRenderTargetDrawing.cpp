@@ -6,6 +6,7 @@
 #include <renderer/core/CallScope.h>
 #include <renderer/core/DevicePixels.h>
 #include <renderer/core/PixelRenderTarget.h>
+#include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillBuffer.h>
 #include <renderer/paint/FillMulti.h>
 
@@ -51,10 +52,14 @@ bool PixelRenderTarget::AddPopulator(const FillDescriptorConst& paint, Populator
         }
         return true;
     }
+    return AddFill(fill, AffineTransform::Concatenate(paint.GetTransform(), GetCurrentTransform()),
+                   role);
+}
+
+bool PixelRenderTarget::AddFill(const Fill& fill, const Transform& fillToDevice, PopulatorRole role)
+{
     SpanPopulator populator;
-    if (!MakeFillPopulator(
-            fill, AffineTransform::Concatenate(paint.GetTransform(), GetCurrentTransform()), role,
-            populator))
+    if (!MakeFillPopulator(fill, fillToDevice, role, populator))
         return false;
     if (role == PopulatorRole::Transparency)
         m_rasterizer.AddTransparencySpanPopulator(populator);
@@ -105,28 +110,14 @@ const ClipState& PixelRenderTarget::UpdateClipRasterizer()
     return m_clipPaths.Update(GetVisibleRect());
 }
 
-bool PixelRenderTarget::PrepareCall(const Composition& composition, const FillDescriptorConst& fill,
-                                    const FillDescriptorConst& transparency,
-                                    const RectT<int>& bounds)
-{
-    m_rasterizer.SelectBlend(composition.mode, composition.options.GetBlendGamma());
-    if (!AddFillPopulator(fill, bounds))
-        return false;
-    AddColourTransformPopulators();
-    if (!AddTransPopulator(transparency, bounds))
-        return false;
-    AddOpacityPopulator(composition.opacity);
-    return !IsAborting();
-}
-
-void PixelRenderTarget::DrawPolygons(const PolyPolygon& polygons, const Transform& transform,
-                                     const Composition& composition,
-                                     const FillDescriptorConst& fill,
-                                     const FillDescriptorConst& transparency, const PathRule& rule)
+template<class AddPaint>
+void PixelRenderTarget::DrawPainted(const PolyPolygon& polygons, const Transform& transform,
+                                    const Composition& composition, const AddPaint& addPaint,
+                                    const FillDescriptorConst& transparency, const PathRule& rule)
 {
     const RectT<int> visible = GetVisibleRect();
     const auto box = polygons.GetBoundingBox();
-    if (fill.IsFillNone() || visible.IsEmpty() || !box.IsValid())
+    if (visible.IsEmpty() || !box.IsValid())
         return;
     // A page that is drawn in tiles is mostly shapes that miss the tile: they cost no paint. The
     // pixel of margin is beyond all rounding.
@@ -137,8 +128,26 @@ void PixelRenderTarget::DrawPolygons(const PolyPolygon& polygons, const Transfor
     const RectT<int> bounds = TruncateToPixels(device).Intersect(visible);
     CallScope scope(*this);
     scope.SetGammaCurve(composition.options.GetAntialiasingGamma());
-    if (PrepareCall(composition, fill, transparency, bounds))
-        RasterizePolyPolygon(polygons, transform, rule);
+    m_rasterizer.SelectBlend(composition.mode, composition.options.GetBlendGamma());
+    if (!addPaint(bounds))
+        return;
+    AddColourTransformPopulators();
+    if (!AddTransPopulator(transparency, bounds))
+        return;
+    AddOpacityPopulator(composition.opacity);
+    RasterizePolyPolygon(polygons, transform, rule);
+}
+
+void PixelRenderTarget::DrawPolygons(const PolyPolygon& polygons, const Transform& transform,
+                                     const Composition& composition,
+                                     const FillDescriptorConst& fill,
+                                     const FillDescriptorConst& transparency, const PathRule& rule)
+{
+    if (!fill.IsFillNone())
+        DrawPainted(
+            polygons, transform, composition,
+            [&](const RectT<int>& bounds) { return AddFillPopulator(fill, bounds); }, transparency,
+            rule);
 }
 
 void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
@@ -306,6 +315,32 @@ void PixelRenderTarget::DrawStroke(const Path& path, const Composition& composit
         StrokeRuns(path, [&](auto&&... run) { m_stroker.Stroke(run..., m_outline); });
     DrawPolygons(m_outline, onDevice ? Transform{} : current, composition, lineFill, transparency,
                  {WindingOrderMode::NonZero, rule.antialias, rule.antialiasUnderClip});
+}
+
+void PixelRenderTarget::DrawBitmap(const RectT<double>& dest,
+                                   Counted<const Raster::DynamicBitmap> bitmap, float opacity,
+                                   FillBlendMode::BlendMode mode, const BlendOptions& options,
+                                   bool antialiasUnderClip)
+{
+    if (!CanDraw(opacity) || !bitmap)
+        return;
+    m_polygons.Clear();
+    m_polygons.BeginPolygon();
+    m_polygons.AddPoint({dest.left, dest.top});
+    m_polygons.AddPoint({dest.right, dest.top});
+    m_polygons.AddPoint({dest.right, dest.bottom});
+    m_polygons.AddPoint({dest.left, dest.bottom});
+    // Only this call reads the fill: looking for an equal one to share would cost more.
+    const FillBitmap fill(bitmap, Raster::ExtendType::Clamp, GetUpResamplerType());
+    const Transform current = GetCurrentTransform();
+    DrawPainted(m_polygons, current, {opacity, mode, options},
+                [&](const RectT<int>&) {
+                    return AddFill(
+                        fill,
+                        AffineTransform::Concatenate(AffineTransform::FromRect(dest), current),
+                        PopulatorRole::Colour);
+                },
+                {}, {WindingOrderMode::EvenOdd, true, antialiasUnderClip});
 }
 
 void PixelRenderTarget::DrawBuffer(const RectT<double>& dest,

@@ -111,6 +111,20 @@ TEST_F(AllocationTest, FillsAndStrokesAskForNoMemory)
     }
 }
 
+TEST_F(AllocationTest, BitmapsAskForNoMemory)
+{
+    const auto buffer = Raster::DynamicBuffer::Create(Raster::Format::RGBA8, 24, 24);
+    const auto bitmap = Kernel::MakeCounted<Raster::DynamicBitmap>(buffer);
+    for (const double side : {24.0, 37.0, 9.0}) {
+        SCOPED_TRACE(side);
+        EXPECT_EQ(Count([&] {
+                      target->DrawBitmap({1.25, 2, 1.25 + side, 2 + side}, bitmap, 0.5F,
+                                         FillBlendMode::Normal, BlendOptions::Identity());
+                  }),
+                  0U);
+    }
+}
+
 TEST_F(AllocationTest, ShapesUnderClipsAskForNoMemory)
 {
     const auto shape = Shape();
