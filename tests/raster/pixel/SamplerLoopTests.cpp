@@ -81,7 +81,8 @@ std::vector<P> ReadPieces(SpanSampler<P>& sampler, int x, int y, unsigned length
 {
     std::vector<P> row(length);
     for (unsigned begin = 0, end = 0; end < length; begin = end - unsigned(random.Int(0, 1))) {
-        end = std::min(length, begin + unsigned(random.Int(2, 300)));
+        // Short ones are not worked on as long ones are.
+        end = std::min(length, begin + unsigned(random.Int(1, random.Int(0, 1) ? 30 : 300)));
         sampler.Sample(x + int(begin), y, end - begin, &row[begin]);
     }
     return row;
