@@ -127,12 +127,14 @@ private:
     }
 
     /// Two pixels, from their left columns and their right ones.
-    static void SumTwo(Pair left, Pair right, const Weights& weights, P* out) noexcept
+    static void SumTwo(const Pair& left, const Pair& right, const Weights& weights, P* out) noexcept
     {
-        left.Scale(weights.left);
-        right.Scale(weights.right);
-        left.Add(right);
-        left.StoreRounded(out);
+        Pair sum = left;
+        sum.Scale(weights.left);
+        Pair behind = right;
+        behind.Scale(weights.right);
+        sum.Add(behind);
+        sum.StoreRounded(out);
         ClampAlpha(out, 2);
     }
 
