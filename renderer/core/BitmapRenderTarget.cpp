@@ -15,6 +15,18 @@ BitmapRenderTarget* BitmapRenderTarget::Create(Raster::Format format,
     switch (format) {
     case Raster::Format::RGBA8:
         return RenderTargetFactory::CreateRGBA8RenderTarget(profiles);
+    case Raster::Format::RGBA16:
+        return RenderTargetFactory::CreateRGBA16RenderTarget(profiles);
+    case Raster::Format::IA8:
+        return RenderTargetFactory::CreateIA8RenderTarget(profiles);
+    case Raster::Format::IA16:
+        return RenderTargetFactory::CreateIA16RenderTarget(profiles);
+    case Raster::Format::CMYKA8:
+        return RenderTargetFactory::CreateCMYKA8RenderTarget(profiles);
+    case Raster::Format::LABA16:
+        return RenderTargetFactory::CreateLABA16RenderTarget(profiles);
+    case Raster::Format::RGBAUF:
+        return RenderTargetFactory::CreateRGBAUFRenderTarget(profiles);
     default:
         return nullptr;
     }

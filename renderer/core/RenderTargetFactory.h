@@ -11,8 +11,15 @@ class BitmapRenderTarget;
 /// into a Counted.
 struct RENDERER_EXPORT RenderTargetFactory
 {
-    static BitmapRenderTarget*
-    CreateRGBA8RenderTarget(const Raster::ICCManager::ICCProfileSet& profiles);
+    using Profiles = Raster::ICCManager::ICCProfileSet;
+
+    static BitmapRenderTarget* CreateRGBA8RenderTarget(const Profiles& profiles);
+    static BitmapRenderTarget* CreateRGBA16RenderTarget(const Profiles& profiles);
+    static BitmapRenderTarget* CreateIA8RenderTarget(const Profiles& profiles);
+    static BitmapRenderTarget* CreateIA16RenderTarget(const Profiles& profiles);
+    static BitmapRenderTarget* CreateCMYKA8RenderTarget(const Profiles& profiles);
+    static BitmapRenderTarget* CreateLABA16RenderTarget(const Profiles& profiles);
+    static BitmapRenderTarget* CreateRGBAUFRenderTarget(const Profiles& profiles);
 };
 
 } // namespace Renderer

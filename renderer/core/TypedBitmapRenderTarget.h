@@ -3,6 +3,7 @@
 #include <utility>
 
 #include <raster/Buffer.h>
+#include <renderer/core/blend/BlendTable.h>
 #include <renderer/core/PixelRenderTarget.h>
 #include <renderer/core/span/SolidPopulator.h>
 
@@ -62,5 +63,20 @@ protected:
             GetActiveColourTransforms(), GetProfiles(), GetPopulators(), out);
     }
 };
+
+/// The bitmap target of a pixel type.
+template<class PixelT>
+struct TargetOfPixel;
+
+template<class C1, class C2, class C3, class C4, class C5>
+struct TargetOfPixel<Raster::Pixel<C1, C2, C3, C4, C5>>
+{
+    using Pixel = Raster::Pixel<C1, C2, C3, C4, C5>;
+    using Type = TypedBitmapRenderTarget<C1, C2, C3, C4, C5, PixProcessor<Pixel, false>,
+                                         PixProcessor<Pixel, true>, RenderTargetBlender<Pixel>>;
+};
+
+template<class PixelT>
+using TargetOf = typename TargetOfPixel<PixelT>::Type;
 
 } // namespace Renderer

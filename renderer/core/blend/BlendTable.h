@@ -5,7 +5,8 @@
 
 namespace Renderer {
 
-/// The blend functions of a pixel type, one entry per FillBlendMode::BlendMode, in order.
+/// The blending policy of a bitmap target: the blend functions of its pixel type, one entry per
+/// FillBlendMode::BlendMode, in order. The tables live as long as the process.
 ///
 /// All of them take premultiplied pixels and leave a destination pixel's bytes as they are where
 /// the coverage or the mask is 0. Integer colour above its alpha counts as equal to it. In float
@@ -14,23 +15,39 @@ namespace Renderer {
 /// ratio that is negative or not finite counts as 1.
 ///
 /// The bytes written depend on the pixels alone: not on the form used (run or mask), the place in
-/// the span, or the processor. A mask of 255 equals no mask. \tparam PixelT a pixel type with
-/// alpha; instantiated in BlendTable<format>.cpp.
+/// the span, or the processor. A mask of 255 equals no mask.
+/// \tparam PixelT a pixel type with alpha; instantiated in BlendTable<format>.cpp.
 template<class PixelT>
-const SpanBlendTable& GetSpanBlendTable();
-
-/// The blending policy of a bitmap target: its pixel type and the blend functions for it.
-template<class PixelT>
-struct RenderTargetBlender
+class RenderTargetBlender
 {
+public:
     using Pixel = PixelT;
 
-    /// The blend functions of the pixel type; lives as long as the process.
-    static const SpanBlendTable& GetTable() { return GetSpanBlendTable<PixelT>(); }
+    /// The functions that suit this processor.
+    static const SpanBlendTable& GetTable();
+
+    /// \name The builds that GetTable chooses from
+    /// @{
+    static const SpanBlendTable& GetBaselineTable();
+    /// Null where the processor cannot run it.
+    static const SpanBlendTable* GetWideTable();
+    /// @}
 };
 
 using RenderTargetBlenderRGBA = RenderTargetBlender<Raster::PixelRGBA8>;
+using RenderTargetBlenderRGBA16 = RenderTargetBlender<Raster::PixelRGBA16>;
+using RenderTargetBlenderIA = RenderTargetBlender<Raster::PixelIA8>;
+using RenderTargetBlenderIA16 = RenderTargetBlender<Raster::PixelIA16>;
+using RenderTargetBlenderCMYKA = RenderTargetBlender<Raster::PixelCMYKA8>;
+using RenderTargetBlenderLABA16 = RenderTargetBlender<Raster::PixelLABA16>;
+using RenderTargetBlenderRGBAUF = RenderTargetBlender<Raster::PixelRGBAUF>;
 
-extern template const SpanBlendTable& GetSpanBlendTable<Raster::PixelRGBA8>();
+extern template class RenderTargetBlender<Raster::PixelRGBA8>;
+extern template class RenderTargetBlender<Raster::PixelRGBA16>;
+extern template class RenderTargetBlender<Raster::PixelIA8>;
+extern template class RenderTargetBlender<Raster::PixelIA16>;
+extern template class RenderTargetBlender<Raster::PixelCMYKA8>;
+extern template class RenderTargetBlender<Raster::PixelLABA16>;
+extern template class RenderTargetBlender<Raster::PixelRGBAUF>;
 
 } // namespace Renderer

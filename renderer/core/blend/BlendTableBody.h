@@ -139,10 +139,21 @@ static_assert(std::tuple_size_v<SpanBlendTable> == FillBlendMode::Nameless + 1,
 } // namespace Renderer::Blending
 
 template<class PixelT>
-const Renderer::SpanBlendTable& Renderer::GetSpanBlendTable()
+const Renderer::SpanBlendTable& Renderer::RenderTargetBlender<PixelT>::GetBaselineTable()
 {
-    using namespace Blending;
-    static const SpanBlendTable& table =
-        HasWideCode() ? SpanBlendTableOf<PixelT, WideCode> : SpanBlendTableOf<PixelT, BaselineCode>;
+    return Blending::SpanBlendTableOf<PixelT, Blending::BaselineCode>;
+}
+
+template<class PixelT>
+const Renderer::SpanBlendTable* Renderer::RenderTargetBlender<PixelT>::GetWideTable()
+{
+    return Blending::HasWideCode() ? &Blending::SpanBlendTableOf<PixelT, Blending::WideCode>
+                                   : nullptr;
+}
+
+template<class PixelT>
+const Renderer::SpanBlendTable& Renderer::RenderTargetBlender<PixelT>::GetTable()
+{
+    static const SpanBlendTable& table = GetWideTable() ? *GetWideTable() : GetBaselineTable();
     return table;
 }

@@ -1,3 +1,3 @@
 #include <renderer/core/blend/BlendTableBody.h>
 
-template const Renderer::SpanBlendTable& Renderer::GetSpanBlendTable<Raster::PixelRGBA8>();
+template class Renderer::RenderTargetBlender<Raster::PixelRGBA8>;

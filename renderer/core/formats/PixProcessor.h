@@ -184,5 +184,17 @@ private:
 
 using PixProcessor_RGBA = PixProcessor<Raster::PixelRGBA8, false>;
 using PixProcessor_RGBA_Alpha = PixProcessor<Raster::PixelRGBA8, true>;
+using PixProcessor_RGBA16 = PixProcessor<Raster::PixelRGBA16, false>;
+using PixProcessor_RGBA16_Alpha = PixProcessor<Raster::PixelRGBA16, true>;
+using PixProcessor_IA = PixProcessor<Raster::PixelIA8, false>;
+using PixProcessor_IA_Alpha = PixProcessor<Raster::PixelIA8, true>;
+using PixProcessor_IA16 = PixProcessor<Raster::PixelIA16, false>;
+using PixProcessor_IA16_Alpha = PixProcessor<Raster::PixelIA16, true>;
+using PixProcessor_CMYKA = PixProcessor<Raster::PixelCMYKA8, false>;
+using PixProcessor_CMYKA_Alpha = PixProcessor<Raster::PixelCMYKA8, true>;
+using PixProcessor_LABA16 = PixProcessor<Raster::PixelLABA16, false>;
+using PixProcessor_LABA16_Alpha = PixProcessor<Raster::PixelLABA16, true>;
+using PixProcessor_RGBAUF = PixProcessor<Raster::PixelRGBAUF, false>;
+using PixProcessor_RGBAUF_Alpha = PixProcessor<Raster::PixelRGBAUF, true>;
 
 } // namespace Renderer

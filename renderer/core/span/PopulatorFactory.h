@@ -120,6 +120,18 @@ bool MakeColourTransformPopulator(
 /// @{
 extern template class PopulatorFactory<PixProcessor_RGBA>;
 extern template class PopulatorFactory<PixProcessor_RGBA_Alpha>;
+extern template class PopulatorFactory<PixProcessor_RGBA16>;
+extern template class PopulatorFactory<PixProcessor_RGBA16_Alpha>;
+extern template class PopulatorFactory<PixProcessor_IA>;
+extern template class PopulatorFactory<PixProcessor_IA_Alpha>;
+extern template class PopulatorFactory<PixProcessor_IA16>;
+extern template class PopulatorFactory<PixProcessor_IA16_Alpha>;
+extern template class PopulatorFactory<PixProcessor_CMYKA>;
+extern template class PopulatorFactory<PixProcessor_CMYKA_Alpha>;
+extern template class PopulatorFactory<PixProcessor_LABA16>;
+extern template class PopulatorFactory<PixProcessor_LABA16_Alpha>;
+extern template class PopulatorFactory<PixProcessor_RGBAUF>;
+extern template class PopulatorFactory<PixProcessor_RGBAUF_Alpha>;
 /// @}
 
 } // namespace Renderer

@@ -77,9 +77,6 @@ template<class P>
 class BlendBehaviour : public testing::Test
 {};
 
-using AllPixels =
-    testing::Types<Raster::PixelRGBA8, Raster::PixelRGBA16, Raster::PixelIA8, Raster::PixelIA16,
-                   Raster::PixelCMYKA8, Raster::PixelLABA16, Raster::PixelRGBAUF>;
 TYPED_TEST_SUITE(BlendBehaviour, AllPixels);
 
 TYPED_TEST(BlendBehaviour, BytesDependOnThePixelAlone)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <renderer/core/blend/BlendTable.h>
 
 namespace BlendTests {
@@ -14,6 +16,15 @@ struct Tables
 };
 
 template<class PixelT>
-Tables GetTables();
+Tables GetTables()
+{
+    using Blender = Renderer::RenderTargetBlender<PixelT>;
+    return {&Blender::GetTable(), &Blender::GetBaselineTable(), Blender::GetWideTable()};
+}
+
+/// The pixels of all bitmap targets.
+using AllPixels =
+    testing::Types<Raster::PixelRGBA8, Raster::PixelRGBA16, Raster::PixelIA8, Raster::PixelIA16,
+                   Raster::PixelCMYKA8, Raster::PixelLABA16, Raster::PixelRGBAUF>;
 
 } // namespace BlendTests

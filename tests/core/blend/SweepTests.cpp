@@ -294,9 +294,6 @@ protected:
     long m_nearby = 0;
 };
 
-using AllPixels =
-    testing::Types<Raster::PixelRGBA8, Raster::PixelRGBA16, Raster::PixelIA8, Raster::PixelIA16,
-                   Raster::PixelCMYKA8, Raster::PixelLABA16, Raster::PixelRGBAUF>;
 TYPED_TEST_SUITE(BlendSweep, AllPixels);
 
 TYPED_TEST(BlendSweep, AgreesWithDoublePrecision)

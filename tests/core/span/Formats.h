@@ -7,17 +7,8 @@
 
 namespace Renderer {
 
-// Formats that the library may not instantiate itself; Formats.cpp does.
-extern template class PopulatorFactory<PixProcessor<Raster::PixelRGBA16, false>>;
-extern template class PopulatorFactory<PixProcessor<Raster::PixelRGBA16, true>>;
-extern template class PopulatorFactory<PixProcessor<Raster::PixelRGBAUF, false>>;
-extern template class PopulatorFactory<PixProcessor<Raster::PixelRGBAUF, true>>;
-extern template class PopulatorFactory<PixProcessor<Raster::PixelCMYKA8, false>>;
-extern template class PopulatorFactory<PixProcessor<Raster::PixelCMYKA8, true>>;
-extern template class PopulatorFactory<PixProcessor<Raster::PixelIA8, false>>;
-extern template class PopulatorFactory<PixProcessor<Raster::PixelIA8, true>>;
-
-using TestedPixels = testing::Types<Raster::PixelRGBA8, Raster::PixelRGBA16, Raster::PixelRGBAUF,
-                                    Raster::PixelCMYKA8, Raster::PixelIA8>;
+using TestedPixels =
+    testing::Types<Raster::PixelRGBA8, Raster::PixelRGBA16, Raster::PixelIA8, Raster::PixelIA16,
+                   Raster::PixelCMYKA8, Raster::PixelLABA16, Raster::PixelRGBAUF>;
 
 } // namespace Renderer

@@ -1,0 +1,3 @@
+#include <renderer/core/blend/BlendTableBody.h>
+
+template class Renderer::RenderTargetBlender<Raster::PixelIA16>;

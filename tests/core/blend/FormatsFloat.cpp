@@ -1,3 +1,0 @@
-#include "FormatsBody.h"
-
-template BlendTests::Tables BlendTests::GetTables<Raster::PixelRGBAUF>();
