@@ -169,9 +169,12 @@ TYPED_TEST(BitmapTest, TransparencyReadsTheAlphaOfTheBitmap)
 TYPED_TEST(BitmapTest, BitmapsOfOtherFormatsAreConvertedOnce)
 {
     using P = TypeParam;
-    const auto grey = DynamicBuffer::Create(Raster::Format::IA16, 2, 1);
-    auto* pixels = reinterpret_cast<Raster::PixelIA16*>(grey->GetRow(0));
-    pixels[0] = {{32896, 65535}}; // 128/255
+    // 128/255, in another format than the target's.
+    using Grey = std::conditional_t<std::is_same_v<P, Raster::PixelIA16>, Raster::PixelIA8,
+                                    Raster::PixelIA16>;
+    const auto grey = DynamicBuffer::Create(Raster::FormatOfPixel<Grey>, 2, 1);
+    auto* pixels = reinterpret_cast<Grey*>(grey->GetRow(0));
+    pixels[0] = {{Grey::Max / 255 * 128, Grey::Max}};
     const auto bitmap = Kernel::MakeCounted<DynamicBitmap>(grey);
     const auto fill = FillBitmap::Create(bitmap, ExtendType::Clamp, ResamplerType::Bilinear);
     const auto row = this->m_painter.Paint(*fill, {2, 0, 0, 0, 1, 0}, {0, 0, 2, 1});

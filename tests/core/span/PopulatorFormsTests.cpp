@@ -160,7 +160,9 @@ TYPED_TEST(FormsTest, GradientNoiseFollowsTheStops)
     const auto row = this->m_painter.Paint(*fill, {1000, 0, 0, 0, 1, 0}, {-100, 7, 1100, 8});
     P plain;
     ASSERT_TRUE(GetSolidPixel(*MakeSolid(0.5F, 0.5F, 0.5F, 1), this->m_painter.m_profiles, plain));
-    const std::size_t c = P::ColourCount - 1; // not an ink that the colour lacks
+    std::size_t c = P::ColourCount - 1; // not an ink that the colour lacks
+    while (P::Roles[c] == Raster::ChannelRole::Opponent)
+        --c;
     for (std::size_t i = 0; i < row.size(); ++i) {
         const double t = std::clamp((double(i) - 99.5) / 1000.0, 0.0, 1.0);
         const double direction = P::Roles[c] == Raster::ChannelRole::Subtractive ? -1 : 1;
