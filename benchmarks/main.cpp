@@ -12,6 +12,7 @@
 
 #include "Cases.h"
 #include "Check.h"
+#include "FormatCases.h"
 #include "Peer.h"
 
 namespace {
@@ -63,7 +64,30 @@ bool DrawOnly(const std::vector<Case>& cases, std::string_view name, int count)
             return true;
         }
     }
+    for (const FormatCase& item : MakeFormatCases()) {
+        if (name != item.name + "/renderer")
+            continue;
+        FormatPage page(item);
+        for (int i = 0; i < count; ++i)
+            page.Draw();
+        return true;
+    }
     return false;
+}
+
+/// The library alone: other rasterisers have neither these formats nor modes.
+void RegisterFormats()
+{
+    for (const FormatCase& item : MakeFormatCases())
+        benchmark::RegisterBenchmark((item.name + "/renderer").c_str(), [item](benchmark::State&
+                                                                                   state) {
+            FormatPage page(item);
+            page.Draw();
+            for (auto _ : state)
+                page.Draw();
+            state.counters["pixels_per_ns"] = benchmark::Counter(
+                FormatPage::Pixels * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
+        })->Unit(benchmark::kMicrosecond);
 }
 
 void Register(const std::vector<Case>& cases)
@@ -88,6 +112,7 @@ int main(int argc, char** argv)
     if (argc == 4 && argv[1] == std::string_view("--draw"))
         return DrawOnly(cases, argv[2], std::atoi(argv[3])) ? 0 : 1;
     Register(cases);
+    RegisterFormats();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

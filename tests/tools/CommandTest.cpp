@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <raster/Codecs.h>
+#include <raster/Convert.h>
 #include <raster/ICCManager.h>
 
 #include "TestDrawing.h"
@@ -145,6 +146,68 @@ TEST_F(Command, WritesEveryKindOfFileInTheProfileAskedFor)
     EXPECT_FALSE(fs::exists(Path("c.webp")));
 }
 
+TEST_F(Command, DrawsInEveryFormatAndKeepsWhatTheFileHolds)
+{
+    using Raster::Format;
+    const std::string in =
+        WriteFile("in.svg", MakeDocument("<rect width='10' height='10' fill='#c86432'/>"
+                                         "<rect x='10' width='9' height='10' fill='#808080'/>",
+                                         "width='20' height='10'"));
+    struct Kept
+    {
+        const char* name;
+        Format png, tif, jpg;
+    };
+    for (const Kept& kept : {Kept{"rgba8", Format::RGBA8, Format::RGBA8, Format::RGBA8},
+                             Kept{"rgba16", Format::RGBA16, Format::RGBA16, Format::RGBA8},
+                             Kept{"ia8", Format::IA8, Format::IA8, Format::IA8},
+                             Kept{"ia16", Format::IA16, Format::IA16, Format::IA8},
+                             Kept{"cmyka8", Format::RGBA8, Format::CMYKA8, Format::CMYKA8},
+                             Kept{"laba16", Format::RGBA16, Format::LABA16, Format::RGBA8},
+                             Kept{"rgbauf", Format::RGBA16, Format::RGBA16, Format::RGBA8}}) {
+        SCOPED_TRACE(kept.name);
+        const bool grey = kept.png == Format::IA8 || kept.png == Format::IA16;
+        for (const auto& [ending, format] : {std::pair{".png", kept.png},
+                                             {".tif", kept.tif},
+                                             {".jpg", kept.jpg},
+                                             {".webp", Format::RGBA8},
+                                             {".exr", Format::RGBAUF}}) {
+            SCOPED_TRACE(ending);
+            const std::string out = Path(std::string("a") + ending);
+            ASSERT_EQ(Run("draw " + in + " " + out + " --format " + kept.name), 0) << m_errors;
+            const std::string bytes = ReadFile(out);
+            const auto bitmap = Raster::ReadImage(
+                {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+            EXPECT_EQ(bitmap->GetFormat(), format);
+            const auto shown =
+                Raster::ConvertBuffer(bitmap->GetBuffer(), bitmap->GetProfile(), Format::RGBA8, {});
+            const int tolerance = ending == std::string(".jpg") ? 8 : 1;
+            const unsigned char* pixel = shown->GetRow(5) + 15 * 4;
+            EXPECT_NEAR(pixel[0], 128, tolerance);
+            EXPECT_NEAR(pixel[2], 128, tolerance);
+            pixel = shown->GetRow(5) + 3 * 4;
+            if (!grey) {
+                EXPECT_NEAR(pixel[0], 200, tolerance);
+                EXPECT_NEAR(pixel[1], 100, tolerance);
+                EXPECT_NEAR(pixel[2], 50, tolerance);
+            }
+        }
+    }
+    // A profile of the format's own space is what the picture is drawn in.
+    const auto grey = Raster::ICCManager::GetInstance().GetDefaultProfileForFormat(Format::IA8);
+    WriteFile("grey.icc", {grey->GetBytes().begin(), grey->GetBytes().end()});
+    for (const char* ending : {".tif", ".webp"})
+        EXPECT_EQ(Run("draw " + in + " " + Path(std::string("b") + ending) +
+                      " --format ia16 --profile " + Path("grey.icc")),
+                  0)
+            << m_errors;
+    EXPECT_EQ(GetPixel(Path("b.webp"), 15, 5, 20, 10)[1], 128);
+    EXPECT_EQ(
+        Run("draw " + in + " " + Path("c.tif") + " --format cmyka8 --profile " + Path("grey.icc")),
+        1);
+    EXPECT_FALSE(fs::exists(Path("c.tif")));
+}
+
 TEST_F(Command, RefusesWrongUsage)
 {
     const std::string in = WriteFile("in.svg", Red);
@@ -152,7 +215,7 @@ TEST_F(Command, RefusesWrongUsage)
     for (const std::string& arguments : std::vector<std::string>{
              "", "paint", "draw", "draw " + in, draw + "--width 0", draw + "--width -5",
              draw + "--width 1.5", draw + "--scale 0", draw + "--scale nan", draw + "--scale inf",
-             draw + "--width 5 --scale 2", draw + "--format rgba16", draw + "--target wireframe",
+             draw + "--width 5 --scale 2", draw + "--format m8", draw + "--target wireframe",
              draw + "--background mud", draw + "--shiny", "draw " + in + " " + Path("a.gif"),
              "draw " + in + " " + Path("a")}) {
         EXPECT_EQ(Run(arguments), 2) << arguments;

@@ -5,13 +5,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <limits>
-#include <new>
 
 #include <kernel/BasicProgressReporter.h>
 #include <kernel/FileOutStream.h>
 #include <kernel/FormatException.h>
-#include <raster/Codecs.h>
-#include <raster/Convert.h>
 #include <raster/ICCManager.h>
 #include <renderer/core/BitmapRenderTarget.h>
 
@@ -20,6 +17,7 @@
 #include <svg/PaintServers.h>
 #include <svg/Scanner.h>
 
+#include "PictureFile.h"
 #include "ReadFile.h"
 
 namespace Command {
@@ -30,46 +28,38 @@ using Profile = Kernel::Counted<const Raster::ICCProfile>;
 
 /// Flattened curves stay this close to the true ones, in pixels: what the eye can't see.
 constexpr double ExpansionTolerance = 0.05;
-/// Pictures of more pixels than this are refused: a gigabyte of memory, and what decoders accept.
+/// Pictures of more pixels than this are refused: a gigabyte in RGBA8, and what decoders accept.
 constexpr double MaxPixels = 268435456.0;
 constexpr double MaxSide = 1 << 20;
 
-using Writer = void (*)(Kernel::OutStream&, const Raster::DynamicBitmap&);
-
-struct PictureType
+struct NamedFormat
 {
-    const char* ending;
-    Writer write;
+    const char* name;
+    Raster::Format format;
 };
 
-constexpr Writer WriteJPEG = [](Kernel::OutStream& out, const Raster::DynamicBitmap& bitmap) {
-    Raster::WriteJPEG(out, bitmap);
-};
-constexpr PictureType PictureTypes[] = {
-    {".png", [](Kernel::OutStream& out,
-                const Raster::DynamicBitmap& bitmap) { Raster::WritePNG(out, bitmap); }},
-    {".jpg", WriteJPEG},
-    {".jpeg", WriteJPEG},
-    {".webp", [](Kernel::OutStream& out,
-                 const Raster::DynamicBitmap& bitmap) { Raster::WriteWebP(out, bitmap); }},
-    {".tif", Raster::WriteTIFF},
-    {".tiff", Raster::WriteTIFF},
+constexpr NamedFormat Formats[] = {
+    {"rgba8", Raster::Format::RGBA8},   {"rgba16", Raster::Format::RGBA16},
+    {"ia8", Raster::Format::IA8},       {"ia16", Raster::Format::IA16},
+    {"cmyka8", Raster::Format::CMYKA8}, {"laba16", Raster::Format::LABA16},
+    {"rgbauf", Raster::Format::RGBAUF},
 };
 
-Writer FindWriter(const std::string& path)
+Raster::Format FindFormat(const std::string& name)
 {
-    const std::string ending = std::filesystem::path(path).extension().string();
-    for (const PictureType& type : PictureTypes) {
-        if (Svg::EqualsIgnoringCase(ending, type.ending))
-            return type.write;
+    std::string known;
+    for (const NamedFormat& item : Formats) {
+        if (name == item.name)
+            return item.format;
+        known += std::string(known.empty() ? "" : ", ") + item.name;
     }
-    throw UsageException(path + ": the output must end in .png, .jpg, .webp or .tif");
+    throw UsageException("--format " + name + " is not one of " + known);
 }
 
 void CheckOptions(const DrawOptions& options)
 {
-    if (options.format != "rgba8")
-        throw UsageException("--format " + options.format + " is not available; rgba8 is");
+    FindFormat(options.format);
+    FindPictureKind(options.output);
     if (options.target != "bitmap")
         throw UsageException("--target " + options.target + " is not available; bitmap is");
     if (options.width && *options.width <= 0)
@@ -105,11 +95,17 @@ Extent FindExtent(const Svg::Drawing& drawing, const DrawOptions& options)
     return {static_cast<unsigned>(width), static_cast<unsigned>(height), scale};
 }
 
-Kernel::Counted<Renderer::BitmapRenderTarget> MakeTarget(const Extent& extent,
-                                                         const DrawOptions& options)
+/// \param profile the colours asked for, or none. Drawings are in sRGB and RGB is composited in it:
+///        only other spaces are drawn in a profile of their own.
+Kernel::Counted<Renderer::BitmapRenderTarget>
+MakeTarget(const Extent& extent, const DrawOptions& options, const Profile& profile)
 {
+    const Raster::Format format = FindFormat(options.format);
+    Raster::ICCManager::ICCProfileSet profiles;
+    if (profile && profile->GetColourSpace() != Raster::ColourSpace::RGB)
+        profiles.SetProfile(format, profile);
     const Kernel::Counted<Renderer::BitmapRenderTarget> target(
-        Renderer::BitmapRenderTarget::Create(Raster::Format::RGBA8, {}));
+        Renderer::BitmapRenderTarget::Create(format, profiles));
     if (!target || !target->CreateBuffer(extent.width, extent.height))
         throw FileException(options.input, "there is not enough memory for the picture");
     target->SetDeviceExpansionTolerance(ExpansionTolerance);
@@ -121,7 +117,8 @@ Kernel::Counted<Renderer::BitmapRenderTarget> MakeTarget(const Extent& extent,
     return target;
 }
 
-/// The profile that the picture is to be in; none means sRGB.
+/// The profile that the picture is to be in; none means sRGB, or the fixed formulas for other
+/// spaces.
 Profile ReadProfile(const DrawOptions& options)
 {
     if (options.profile.empty())
@@ -130,36 +127,26 @@ Profile ReadProfile(const DrawOptions& options)
     try {
         auto profile = Raster::ICCProfile::Create(
             {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
-        if (profile->GetColourSpace() != Raster::ColourSpace::RGB)
-            throw FileException(options.profile, "the profile is not one of RGB colours");
+        Raster::ICCManager::ICCProfileSet profiles;
+        profiles.SetProfile(FindFormat(options.format), profile); // refuses those of other spaces
+        if (!profiles.GetProfile(FindFormat(options.format)))
+            throw FileException(options.profile,
+                                "the profile is not for the colours of " + options.format);
         return profile;
     } catch (const Kernel::FormatException& error) {
         throw FileException(options.profile, error.what());
     }
 }
 
-/// Drawings are in sRGB, and are composited in it; the finished picture goes into the profile.
-Raster::DynamicBitmap MakeBitmap(const Renderer::BitmapRenderTarget& target, const Profile& profile)
+void WritePicture(const Kernel::Counted<Raster::DynamicBuffer>& picture, const Profile& profile,
+                  const DrawOptions& options)
 {
-    Kernel::Counted<const Raster::DynamicBuffer> buffer = target.GetBuffer();
-    if (profile) {
-        const Raster::Format format = buffer->GetFormat();
-        Raster::ICCManager::ICCProfileSet profiles;
-        profiles.SetProfile(format, profile);
-        buffer = Raster::ConvertBuffer(
-            buffer, Raster::ICCManager::GetInstance().GetDefaultProfileForFormat(format), format,
-            profiles);
-        if (!buffer)
-            throw std::bad_alloc();
-    }
-    return Raster::DynamicBitmap(buffer, profile);
-}
-
-void WritePicture(const Raster::DynamicBitmap& bitmap, const DrawOptions& options)
-{
+    const PictureKind& kind = FindPictureKind(options.output);
+    const Raster::DynamicBitmap bitmap =
+        ConvertPicture(picture, FindHeldFormat(kind, picture->GetFormat()), profile);
     try {
         Kernel::FileOutStream out(options.output);
-        FindWriter(options.output)(out, bitmap);
+        kind.write(out, bitmap);
         out.Close();
     } catch (const Kernel::OutStream::WriteException& error) {
         throw FileException(options.output, error.what());
@@ -187,15 +174,14 @@ void DrawOnto(Svg::Drawing& drawing, Renderer::BitmapRenderTarget& target)
 void Draw(const DrawOptions& options)
 {
     CheckOptions(options);
-    FindWriter(options.output);
     const Profile profile = ReadProfile(options);
     try {
         Svg::Drawing drawing(ReadFile(options.input), FindFolder(options.input));
-        const auto target = MakeTarget(FindExtent(drawing, options), options);
+        const auto target = MakeTarget(FindExtent(drawing, options), options, profile);
         DrawOnto(drawing, *target);
         for (const std::string& notice : drawing.GetNotices())
             std::fprintf(stderr, "renderer: %s: %s\n", options.input.c_str(), notice.c_str());
-        WritePicture(MakeBitmap(*target, profile), options);
+        WritePicture(target->GetBuffer(), profile, options);
     } catch (const Kernel::FormatException& error) {
         throw FileException(options.input, error.what());
     }

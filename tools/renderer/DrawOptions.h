@@ -12,9 +12,9 @@ struct DrawOptions
     std::string output;
     std::optional<long long> width; ///< pixels; the height follows
     std::optional<double> scale;    ///< pixels per pixel of the drawing
-    std::string format = "rgba8";
-    std::string profile;    ///< a file with the RGB profile of the picture; empty: sRGB
-    std::string background; ///< a CSS colour; empty: transparent
+    std::string format = "rgba8";   ///< a name that `renderer draw --help` lists
+    std::string profile;            ///< a file with the picture's profile; empty: sRGB
+    std::string background;         ///< a CSS colour; empty: transparent
     std::string target = "bitmap";
 };
 

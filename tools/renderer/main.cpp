@@ -15,15 +15,18 @@ void AddDraw(CLI::App& app, Command::DrawOptions& options)
 {
     CLI::App* draw = app.add_subcommand("draw", "Draw an SVG file into a picture");
     draw->add_option("IN", options.input, "The drawing: .svg or .svgz")->required();
-    draw->add_option("OUT", options.output, "The picture: .png, .jpg, .webp or .tif")->required();
+    draw->add_option("OUT", options.output, "The picture: .png, .jpg, .webp, .tif or .exr")
+        ->required();
     CLI::Option* width = draw->add_option("--width", options.width,
                                           "Width of the picture in pixels; its height follows");
     draw->add_option("--scale", options.scale, "Pixels of the picture per pixel of the drawing")
         ->excludes(width);
-    draw->add_option("--format", options.format, "Pixel format that is drawn in")
+    draw->add_option("--format", options.format,
+                     "Pixel format that is drawn in: rgba8, rgba16, ia8, ia16, cmyka8, laba16 or "
+                     "rgbauf; the file gets what it can hold of it")
         ->capture_default_str();
     draw->add_option("--profile", options.profile,
-                     "ICC profile (RGB) that the picture is brought into; sRGB without it");
+                     "ICC profile of the picture, of the format's colours; sRGB without it");
     draw->add_option("--background", options.background,
                      "Colour below the drawing, as in CSS; transparent without it");
     draw->add_option("--target", options.target, "What is drawn on")->capture_default_str();
