@@ -7,6 +7,7 @@
 #include <renderer/core/blend/BlendTable.h>
 #include <renderer/core/blend/FlatKernel.h>
 #include <renderer/core/blend/Processor.h>
+#include <renderer/core/blend/SolidNormal.h>
 #include <renderer/core/blend/SpanLoop.h>
 #include <renderer/core/blend/WordNormal.h>
 
@@ -116,8 +117,14 @@ constexpr SpanBlend MakeEntry()
     if constexpr (mode == FillBlendMode::Normal && HasWordNormal<PixelT>) {
         return WordFunctions<PixelT, Code>::Entry;
     } else {
-        SpanBlend entry = SpanFunctions<KernelOf<PixelT, mode, Code>>::Entry;
-        entry.opaqueReplaces = mode == FillBlendMode::Normal;
+        using Functions = SpanFunctions<KernelOf<PixelT, mode, Code>>;
+        SpanBlend entry = Functions::Entry;
+        if constexpr (mode == FillBlendMode::Normal) {
+            using Solid = SolidFlatFunctions<Functions, Code>;
+            entry.solidRun = &Solid::Run;
+            entry.solidMask = &Solid::Mask;
+            entry.opaqueReplaces = true;
+        }
         return entry;
     }
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 #include <renderer/core/blend/BlendAlgebra.h>
 
@@ -63,6 +66,63 @@ FloatPixel<PixelT> Sanitise(FloatPixel<PixelT> pixel)
     return pixel;
 }
 
+/// Whether pixels have an odd size just below a word's. No vector code reads such strides: their
+/// blocks become words first.
+template<class PixelT>
+inline constexpr bool NeedsPadding =
+    std::is_integral_v<typename PixelT::ChannelType> && sizeof(PixelT) % 2 != 0 &&
+    sizeof(PixelT) > 4 &&
+    sizeof(PixelT) < sizeof(std::uint64_t) && std::endian::native == std::endian::little;
+
+/// A block of pixels as words with the first channel in the low bits; above the last one lies what
+/// does not count.
+template<class PixelT>
+struct PaddedPixels
+{
+    static constexpr unsigned ChannelBits = 8 * sizeof(typename PixelT::ChannelType);
+
+    alignas(32) std::uint64_t words[BlockLength];
+
+    void Load(const PixelT* __restrict pixels, unsigned count)
+    {
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(pixels);
+        const std::size_t last = WholeGroups(count) - 1;
+        for (std::size_t i = 0; i < last; ++i) // reads into the next one
+            std::memcpy(&words[i], bytes + i * sizeof(PixelT), sizeof(words[i]));
+        words[last] = 0;
+        std::memcpy(&words[last], bytes + last * sizeof(PixelT), sizeof(PixelT));
+    }
+
+    void Store(PixelT* __restrict pixels, unsigned count) const
+    {
+        auto* const bytes = reinterpret_cast<unsigned char*>(pixels);
+        const std::size_t last = WholeGroups(count) - 1;
+        for (std::size_t i = 0; i < last; ++i) // the next one mends what this overwrites
+            std::memcpy(bytes + i * sizeof(PixelT), &words[i], sizeof(words[i]));
+        std::memcpy(bytes + last * sizeof(PixelT), &words[last], sizeof(PixelT));
+    }
+
+    float Get(std::size_t index, std::size_t channel) const
+    {
+        constexpr std::uint64_t mask = (std::uint64_t{1} << ChannelBits) - 1;
+        return static_cast<float>(
+            static_cast<std::int32_t>((words[index] >> (ChannelBits * channel)) & mask));
+    }
+};
+
+/// The same reading for pixels that need no padding: their own memory.
+template<class PixelT>
+struct PlainPixels
+{
+    const PixelT* __restrict pixels;
+
+    void Load(const PixelT* source, unsigned) { pixels = source; }
+    float Get(std::size_t index, std::size_t channel) const
+    {
+        return static_cast<float>(pixels[index].channels[channel]);
+    }
+};
+
 /// Pixels to planes.
 template<class PixelT>
 struct LoadPlanes
@@ -70,11 +130,13 @@ struct LoadPlanes
     static void Apply(PixelPlanes<PixelT>* __restrict planes, const PixelT* __restrict pixels,
                       unsigned count)
     {
+        std::conditional_t<NeedsPadding<PixelT>, PaddedPixels<PixelT>, PlainPixels<PixelT>> source;
+        source.Load(pixels, count);
         for (std::size_t i = 0; i < WholeGroups(count); ++i) {
             FloatPixel<PixelT> pixel;
             for (std::size_t c = 0; c < PixelT::ColourCount; ++c)
-                pixel.colour[c] = static_cast<float>(pixels[i].channels[c]);
-            pixel.alpha = static_cast<float>(pixels[i].channels[PixelT::AlphaIndex]);
+                pixel.colour[c] = source.Get(i, c);
+            pixel.alpha = source.Get(i, PixelT::AlphaIndex);
             planes->Set(i, Sanitise(pixel));
         }
     }
@@ -90,6 +152,8 @@ struct StorePlanes
     static void Apply(PixelT* __restrict pixels, const PixelPlanes<PixelT>* __restrict planes,
                       const float* __restrict weights, unsigned count)
     {
+        if constexpr (NeedsPadding<PixelT>)
+            return ApplyPadded(pixels, planes, weights, count);
         for (std::size_t i = 0; i < WholeGroups(count); ++i) {
             const float alpha = planes->planes[PixelT::AlphaIndex][i];
             const bool touched = weights[i] > 0.0f;
@@ -101,6 +165,23 @@ struct StorePlanes
     }
 
 private:
+    static void ApplyPadded(PixelT* __restrict pixels, const PixelPlanes<PixelT>* __restrict planes,
+                            const float* __restrict weights, unsigned count)
+    {
+        PaddedPixels<PixelT> padded;
+        padded.Load(pixels, count);
+        for (std::size_t i = 0; i < WholeGroups(count); ++i) {
+            const float alpha = planes->planes[PixelT::AlphaIndex][i];
+            std::uint64_t word = 0;
+            for (std::size_t c = 0; c < PixelT::ChannelCount; ++c)
+                word |= std::uint64_t{static_cast<std::uint32_t>(
+                            GetStored(planes->planes[c][i], alpha))}
+                        << (padded.ChannelBits * c);
+            padded.words[i] = weights[i] > 0.0f ? word : padded.words[i];
+        }
+        padded.Store(pixels, count);
+    }
+
     static ChannelType GetStored(float value, float alpha)
     {
         if constexpr (IsUnbounded<PixelT>) {

@@ -161,9 +161,7 @@ TYPED_TEST(BlendBehaviour, SolidFormsEqualTheGeneralOnes)
             }
         }
     }
-    using Channel = typename TypeParam::ChannelType;
-    EXPECT_EQ((*tables.used)[FillBlendMode::Normal].solidRun != nullptr,
-              std::is_integral_v<Channel> && TypeParam::ChannelCount % 2 == 0);
+    EXPECT_TRUE((*tables.used)[FillBlendMode::Normal].solidRun);
 }
 
 TYPED_TEST(BlendBehaviour, WritesNothingOutsideTheSpanOrWithoutCoverage)
