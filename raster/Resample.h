@@ -42,7 +42,7 @@ enum class SamplerCode
 };
 
 /// Reads a buffer through an affine map, span by span. Holds everything that is the same for all
-/// pixels, and remembers what is the same for a column; serves one thread.
+/// pixels, and remembers what is the same for a column; serves one thread unless IsConcurrent.
 ///
 /// The map takes device pixel centres (x + ½, y + ½) into the unit square that the buffer occupies.
 /// Where it minifies and \p down is not NearestNeighbour, the buffer is first reduced by area so
@@ -72,6 +72,8 @@ public:
 
     /// Whether the map only moves by whole pixels and reads each source pixel as it is.
     bool IsWholePixelTranslation() const noexcept { return m_isCopy; }
+    /// Whether several threads may call Sample at once: it remembers nothing then.
+    bool IsConcurrent() const noexcept { return m_isConcurrent; }
     /// Whether all pixels have full alpha if the source's have.
     bool KeepsOpacity() const noexcept { return m_keepsOpacity; }
 
@@ -84,6 +86,7 @@ private:
     Resampling::ColumnTable<Resampling::RealOf<P>> m_columns;
     bool m_isCopy = false;
     bool m_keepsOpacity = false;
+    bool m_isConcurrent = true;
 };
 
 } // namespace Raster

@@ -102,6 +102,9 @@ void SpanSampler<P>::ChooseLoop(ResamplerType up, SamplerCode code) noexcept
     }
     if (code == SamplerCode::General)
         kind = MapKind::Any;
+    // The other loops read a ColumnTable.
+    m_isConcurrent = kind == MapKind::Any ||
+                     (kind == MapKind::UnitSteps && (isNearest || up == ResamplerType::Bilinear));
     static const bool hasWideCode = Kernel::HasWideCode();
     m_sample = hasWideCode && code != SamplerCode::Baseline
                    ? GetLoop<P, Kernel::WideCode>(up, kind)

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <vector>
 
 #include <renderer/core/coverage/ClipCoverage.h>
 #include <renderer/core/coverage/MultiplyCovers.h>
@@ -13,8 +12,8 @@ template<class Writer>
 class ClippedSpanWriter
 {
 public:
-    ClippedSpanWriter(Writer& writer, const Coverage::ClipCoverage& clip,
-                      std::vector<unsigned char>& covers)
+    /// \param covers room for a byte per pixel of the longest span.
+    ClippedSpanWriter(Writer& writer, const Coverage::ClipCoverage& clip, unsigned char* covers)
         : m_writer(writer), m_clip(clip), m_covers(covers)
     {}
 
@@ -36,9 +35,8 @@ public:
                         } else if (cover == 255) {
                             m_writer.Mask(from, count, clip);
                         } else {
-                            unsigned char* const out = Room(count);
-                            Coverage::MultiplyCovers(out, clip, cover, count);
-                            m_writer.Mask(from, count, out);
+                            Coverage::MultiplyCovers(m_covers, clip, cover, count);
+                            m_writer.Mask(from, count, m_covers);
                         }
                     });
     }
@@ -52,12 +50,11 @@ public:
                             m_writer.Mask(from, count, in);
                             return;
                         }
-                        unsigned char* const out = Room(count);
                         if (clip)
-                            Coverage::MultiplyCovers(out, in, clip, count);
+                            Coverage::MultiplyCovers(m_covers, in, clip, count);
                         else
-                            Coverage::MultiplyCovers(out, in, solid, count);
-                        m_writer.Mask(from, count, out);
+                            Coverage::MultiplyCovers(m_covers, in, solid, count);
+                        m_writer.Mask(from, count, m_covers);
                     });
     }
 
@@ -79,16 +76,9 @@ private:
         }
     }
 
-    unsigned char* Room(unsigned count)
-    {
-        if (m_covers.size() < count)
-            m_covers.resize(count);
-        return m_covers.data();
-    }
-
     Writer& m_writer;
     const Coverage::ClipCoverage& m_clip;
-    std::vector<unsigned char>& m_covers;
+    unsigned char* m_covers;
     const Coverage::ClipCoverage::Run* m_run = nullptr;
     const Coverage::ClipCoverage::Run* m_end = nullptr;
 };

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include <kernel/Tiles.h>
+
 namespace Renderer {
 
 using Kernel::Counted;
@@ -44,9 +46,11 @@ void SpareBuffers::Give(Counted<DynamicBuffer> buffer, const Kernel::RectT<int>&
     if (!buffer || buffer->GetReferenceCount() != 1)
         return;
     const std::size_t pixelSize = buffer->GetPixelSize();
-    for (int y = used.top; y < used.bottom; ++y)
-        std::memset(buffer->GetRow(unsigned(y)) + std::size_t(used.left) * pixelSize, 0,
-                    std::size_t(used.Width()) * pixelSize);
+    Kernel::ForEachTile(used, [&](const Kernel::RectT<int>& tile) {
+        for (int y = tile.top; y < tile.bottom; ++y)
+            std::memset(buffer->GetRow(unsigned(y)) + std::size_t(tile.left) * pixelSize, 0,
+                        std::size_t(tile.Width()) * pixelSize);
+    });
     m_buffers.push_back(std::move(buffer));
 }
 

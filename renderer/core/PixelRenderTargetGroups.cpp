@@ -6,7 +6,9 @@
 // the rest of the buffer, transparent throughout, costs nothing.
 
 #include <algorithm>
+#include <cstring>
 
+#include <kernel/Tiles.h>
 #include <raster/Pixel.h>
 #include <renderer/core/CallScope.h>
 #include <renderer/core/DevicePixels.h>
@@ -73,14 +75,18 @@ void ClearAlpha(Raster::Format format, void* pixels, unsigned count)
 void PixelRenderTarget::CopyBackdrop(const CompositeGroup& group, bool colourOnly)
 {
     const std::size_t pixelSize = group.buffer->GetPixelSize();
-    for (int y = group.rect.top; y < group.rect.bottom; ++y) {
-        const unsigned char* const from =
-            m_rasterizer.GetRow(y) + std::size_t(group.rect.left - m_currentOrigin.x) * pixelSize;
-        unsigned char* const to = group.buffer->GetRow(unsigned(y - group.rect.top));
-        std::copy_n(from, std::size_t(group.rect.Width()) * pixelSize, to);
-        if (colourOnly)
-            ClearAlpha(GetColourFormat(), to, unsigned(group.rect.Width()));
-    }
+    Kernel::ForEachTile(group.rect, [&](const RectT<int>& tile) {
+        const auto width = unsigned(tile.Width());
+        for (int y = tile.top; y < tile.bottom && !IsAborting(); ++y) {
+            const unsigned char* const from =
+                m_rasterizer.GetRow(y) + std::size_t(tile.left - m_currentOrigin.x) * pixelSize;
+            unsigned char* const to = group.buffer->GetRow(unsigned(y - group.rect.top)) +
+                                      std::size_t(tile.left - group.rect.left) * pixelSize;
+            std::memcpy(to, from, width * pixelSize);
+            if (colourOnly)
+                ClearAlpha(GetColourFormat(), to, width);
+        }
+    });
 }
 
 CompositeGroup PixelRenderTarget::CloseComposite()
@@ -196,25 +202,19 @@ bool PixelRenderTarget::AddGroupPopulator(const CompositeGroup& group, Populator
 
 void PixelRenderTarget::Matte(Kernel::Consolidated<Colour> colour)
 {
-    CompositeGroup drawn{
-        FillBlendMode::Normal, BlendOptions::Identity(), 1.0F, {}, {}, {}, {}, {}, 0, {}};
-    drawn.rect = drawn.touched = GetVisibleRect();
-    if (!m_current || !colour || drawn.rect.IsEmpty() || IsAborting())
+    const RectT<int> area = GetVisibleRect();
+    if (!m_current || !colour || area.IsEmpty() || IsAborting())
         return;
-    drawn.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(drawn.rect.Width()),
-                                       unsigned(drawn.rect.Height()));
-    if (!drawn.buffer)
+    CallScope scope(*this);
+    m_rasterizer.SelectBlend(FillBlendMode::Normal, BlendOptions::Identity().GetBlendGamma());
+    if (!AddFillPopulator(FillDescriptorConst(FillSolid::Create(std::move(colour))), area))
         return;
-    CopyBackdrop(drawn, false);
-    Clear();
-    const ClipPathStack::Sealing noClipPaths(m_clipPaths);
-    const RectT<double> area{double(drawn.rect.left), double(drawn.rect.top),
-                             double(drawn.rect.right), double(drawn.rect.bottom)};
-    DrawPolygons(PolyPolygon(area), {}, {1.0F, FillBlendMode::Normal, drawn.options},
-                 FillDescriptorConst(FillSolid::Create(std::move(colour))), {},
-                 {Geometry::WindingOrderMode::EvenOdd, true, true});
-    PaintGroup(drawn, {}, {}, PopulatorRole::Colour);
-    Recycle(drawn);
+    AddColourTransformPopulators();
+    Touch(area);
+    m_current->SyncHostCache();
+    m_rasterizer.SetClipBox(area);
+    m_rasterizer.RenderBelow(area, GetAbortingPointer());
+    m_current->InvalidateHardwareCache(area);
 }
 
 // Interpolation is not offered yet: the group is closed and what it holds is dropped.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include <kernel/Tiles.h>
 #include <renderer/core/DevicePixels.h>
 #include <renderer/core/MakeRoom.h>
 #include <renderer/core/PixelRenderTarget.h>
@@ -262,16 +263,18 @@ bool PixelRenderTarget::SetBufferState(BufferState state)
 
 void PixelRenderTarget::Clear()
 {
-    if (!m_current)
+    if (!m_current || IsAborting())
         return;
     const RectT<int> part = GetVisibleRect();
     if (part.IsEmpty())
         return;
     m_current->SyncHostCache();
-    for (int y = part.top; y < part.bottom; ++y)
-        std::memset(m_rasterizer.GetRow(y) +
-                        std::size_t(part.left - m_currentOrigin.x) * m_pixelSize,
-                    0, std::size_t(part.Width()) * m_pixelSize);
+    Kernel::ForEachTile(part, [&](const RectT<int>& tile) {
+        for (int y = tile.top; y < tile.bottom && !IsAborting(); ++y)
+            std::memset(m_rasterizer.GetRow(y) +
+                            std::size_t(tile.left - m_currentOrigin.x) * m_pixelSize,
+                        0, std::size_t(tile.Width()) * m_pixelSize);
+    });
     m_current->InvalidateHardwareCache(part);
 }
 

@@ -1,27 +1,17 @@
 #include <renderer/core/RenderTargetRasterizer.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <limits>
 
-#include <renderer/core/ClippedSpanWriter.h>
-#include <renderer/core/ContentSpans.h>
 #include <renderer/core/coverage/AddPolygons.h>
-#include <renderer/core/SolidSpanWriter.h>
-#include <renderer/core/SpanWriter.h>
+#include <renderer/core/RenderTargetRasterizerImpl.h>
 
 namespace Renderer {
 
 using Kernel::RectT;
 
 namespace {
-
-bool IsSet(const bool* abort)
-{
-    return abort &&
-           std::atomic_ref<bool>(*const_cast<bool*>(abort)).load(std::memory_order_relaxed);
-}
 
 /// \param value what is not a number counts as 0.
 unsigned char ToCoverage(double value)
@@ -239,29 +229,6 @@ void RenderTargetRasterizer::Populate(unsigned char* scratch, int x, int y, unsi
         populator.function(populator.context, scratch, x, y, length);
 }
 
-template<class Work>
-void RenderTargetRasterizer::WithWriter(unsigned widest, const Coverage::ClipCoverage* clip,
-                                        const Work& work)
-{
-    const auto withClip = [&](auto& writer) {
-        if (clip) {
-            ClippedSpanWriter clipped(writer, *clip, m_covers);
-            work(clipped);
-        } else {
-            work(writer);
-        }
-    };
-    if (m_blend.solidRun && !m_maskData && GetGammaRatio() == 1.0 && HasUniformPaint()) {
-        alignas(16) unsigned char pixel[SpanBlend::LargestPixel]{};
-        Populate(pixel, 0, 0, 1);
-        SolidSpanWriter writer(*this, m_blend, pixel, m_pixelSize);
-        withClip(writer);
-    } else {
-        SpanWriter writer(*this, widest);
-        withClip(writer);
-    }
-}
-
 void RenderTargetRasterizer::ClipX(int& x, int& length, const unsigned char*& covers,
                                    const RectT<int>& clip)
 {
@@ -285,7 +252,7 @@ void RenderTargetRasterizer::RenderCoverage(Writer& writer, const bool* abort)
     m_store.Sweep(
         m_rule,
         [&](int y) {
-            if (IsSet(abort))
+            if (IsAbortSet(abort))
                 return false;
             writer.BeginRow(y);
             return true;
@@ -314,7 +281,7 @@ void RenderTargetRasterizer::RenderAliased(Writer& writer, const bool* abort)
     const Coverage::Cell* const end = m_cells.End();
     while (cell != end) {
         const int y = cell->y;
-        if (IsSet(abort))
+        if (IsAbortSet(abort))
             return;
         writer.BeginRow(y);
         int cover = 0;
@@ -345,7 +312,8 @@ void RenderTargetRasterizer::Render(bool antialias, const Coverage::ClipCoverage
     if (bounds.IsEmpty() || !m_blend.run)
         return;
     // Aliased spans may end a pixel later than the path.
-    WithWriter(unsigned(antialias ? bounds.Width() : m_clipBox.Width()), clip, [&](auto& writer) {
+    const auto widest = unsigned(antialias ? bounds.Width() : m_clipBox.Width());
+    WithWriter(MakeRoom(widest), widest, clip, [&](auto& writer) {
         if (antialias)
             RenderCoverage(writer, abort);
         else
@@ -353,40 +321,14 @@ void RenderTargetRasterizer::Render(bool antialias, const Coverage::ClipCoverage
     });
 }
 
-void RenderTargetRasterizer::RenderRect(const RectT<int>& rect, const Coverage::ClipCoverage* clip,
-                                        const bool* abort)
+SpanRoom RenderTargetRasterizer::MakeRoom(unsigned widest)
 {
-    const RectT<int> part = rect.Intersect(m_clipBox);
-    if (part.IsEmpty() || !m_blend.run)
-        return;
-    WithWriter(unsigned(part.Width()), clip, [&](auto& writer) {
-        for (int y = part.top; y < part.bottom && !IsSet(abort); ++y) {
-            writer.BeginRow(y);
-            writer.Run(part.left, unsigned(part.Width()), 255);
-        }
-    });
-}
-
-void RenderTargetRasterizer::RenderContent(const RectT<int>& rect,
-                                           const Raster::DynamicBuffer& buffer,
-                                           Kernel::PointT<int> origin,
-                                           const Coverage::ClipCoverage* clip, const bool* abort)
-{
-    const RectT<int> part = rect.Intersect(m_clipBox);
-    if (part.IsEmpty() || !m_blend.run)
-        return;
-    WithWriter(unsigned(part.Width()), clip, [&](auto& writer) {
-        for (int y = part.top; y < part.bottom && !IsSet(abort); ++y) {
-            const unsigned char* const row =
-                buffer.GetRow(unsigned(y - origin.y)) +
-                std::size_t(part.left - origin.x) * buffer.GetPixelSize();
-            writer.BeginRow(y);
-            ForEachContentSpan(row, buffer.GetPixelSize(), unsigned(part.Width()),
-                               [&](unsigned begin, unsigned end) {
-                                   writer.Run(part.left + int(begin), end - begin, 255);
-                               });
-        }
-    });
+    const std::size_t bytes = std::size_t{widest} * m_pixelSize;
+    if (m_scratch.size() < bytes)
+        m_scratch.resize(bytes);
+    if (m_covers.size() < widest)
+        m_covers.resize(widest);
+    return {m_scratch.data(), m_covers.data()};
 }
 
 } // namespace Renderer

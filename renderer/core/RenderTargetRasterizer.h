@@ -20,6 +20,7 @@
 namespace Renderer {
 
 struct AggEngine;
+struct SpanRoom;
 
 namespace Coverage {
 class ClipCoverage;
@@ -125,6 +126,10 @@ public:
     /// \param clip scales coverage; null lets everything through.
     /// \param abort tested once per row, or per few rows that are alike.
     void Render(bool antialias, const Coverage::ClipCoverage* clip, const bool* abort);
+
+    // The following go tile by tile, on several threads where the populators serve them. The abort
+    // flag is tested before each row.
+
     /// Runs the span loop over whole pixels: every pixel of \p rect within the clip box is covered.
     void RenderRect(const Kernel::RectT<int>& rect, const Coverage::ClipCoverage* clip,
                     const bool* abort);
@@ -134,6 +139,9 @@ public:
     void RenderContent(const Kernel::RectT<int>& rect, const Raster::DynamicBuffer& buffer,
                        Kernel::PointT<int> origin, const Coverage::ClipCoverage* clip,
                        const bool* abort);
+
+    /// Puts the paint below the pixels of \p rect: what they hold is composited Normal over it.
+    void RenderBelow(const Kernel::RectT<int>& rect, const bool* abort);
 
     /// Trims a span to [clip.left, clip.right): x and length, and covers unless null. A span
     /// outside gets length 0.
@@ -146,14 +154,31 @@ private:
 
     double GetGammaRatio() const { return m_referenceGamma / m_callGamma; }
     bool HasUniformPaint() const;
+    /// Whether several threads may run the populators at once.
+    bool HasConcurrentPaint() const;
     /// Whether spans of full coverage become the paint, whatever lies below.
     bool HasReplacingPaint() const;
     /// Runs the populators over a span.
     void Populate(unsigned char* scratch, int x, int y, unsigned length) const;
+    /// Room for spans of \p widest pixels; valid until the next call.
+    SpanRoom MakeRoom(unsigned widest);
     /// Calls \p work with the writer that suits the present paint, blend function and clip.
-    /// \param widest no span will be longer.
+    /// \param widest no span will be longer; \p room has room for it.
     template<class Work>
-    void WithWriter(unsigned widest, const Coverage::ClipCoverage* clip, const Work& work);
+    void WithWriter(const SpanRoom& room, unsigned widest, const Coverage::ClipCoverage* clip,
+                    const Work& work) const;
+    /// Calls \p work for each tile of \p rect within the clip box, from several threads at once
+    /// where the populators serve them, with the tile's part of the rectangle and room for its
+    /// spans.
+    template<class Work>
+    void ForEachTile(const Kernel::RectT<int>& rect, const bool* abort, const Work& work);
+    /// Calls \p work with each row of a tile until \p abort is set.
+    template<class Work>
+    static void ForEachRow(const Kernel::RectT<int>& tile, const bool* abort, const Work& work);
+    /// Calls \p work for each row of each tile: with a writer that has begun it, the tile and y.
+    template<class Work>
+    void RenderRows(const Kernel::RectT<int>& rect, const Coverage::ClipCoverage* clip,
+                    const bool* abort, const Work& work);
     template<class Writer>
     void RenderCoverage(Writer& writer, const bool* abort);
     template<class Writer>

@@ -2,6 +2,7 @@
 
 #include <renderer/core/coverage/AggEngine.h>
 #include <renderer/core/RenderTargetRasterizer.h>
+#include <renderer/core/SpanRoom.h>
 
 namespace Renderer {
 
@@ -10,16 +11,15 @@ namespace Renderer {
 class SpanWriter
 {
 public:
+    /// \param room the scratch span's; must outlive the writer.
     /// \param widest no span will be longer.
-    SpanWriter(RenderTargetRasterizer& rasterizer, unsigned widest)
+    SpanWriter(const RenderTargetRasterizer& rasterizer, const SpanRoom& room, unsigned widest)
         : m_rasterizer(rasterizer),
+          m_scratch(room.pixels),
           m_ratio(rasterizer.GetGammaRatio()),
           m_isUniform(rasterizer.HasUniformPaint()),
           m_replaces(rasterizer.HasReplacingPaint())
     {
-        const std::size_t bytes = std::size_t{widest} * rasterizer.m_pixelSize;
-        if (rasterizer.m_scratch.size() < bytes)
-            rasterizer.m_scratch.resize(bytes);
         // Paint that is the same everywhere serves all spans at once.
         if (m_isUniform)
             Populate(0, widest);
@@ -55,13 +55,10 @@ private:
     {
         if (!m_isUniform)
             Populate(x, length);
-        return m_rasterizer.m_scratch.data();
+        return m_scratch;
     }
 
-    void Populate(int x, unsigned length)
-    {
-        m_rasterizer.Populate(m_rasterizer.m_scratch.data(), x, m_y, length);
-    }
+    void Populate(int x, unsigned length) { m_rasterizer.Populate(m_scratch, x, m_y, length); }
 
     void* Destination(int x) const
     {
@@ -73,7 +70,8 @@ private:
         return m_maskRow ? m_maskRow + (x - m_rasterizer.m_maskRect.left) : nullptr;
     }
 
-    RenderTargetRasterizer& m_rasterizer;
+    const RenderTargetRasterizer& m_rasterizer;
+    unsigned char* m_scratch;
     double m_ratio;
     bool m_isUniform;
     bool m_replaces; // full coverage can be painted into the destination itself

@@ -152,8 +152,8 @@ Counted<const ClipCoverage> ClipCoverage::FromStore(CoverageStore& store, const 
         return FromRect({});
     Builder builder(bounds);
     if (within) {
-        std::vector<unsigned char> covers;
-        ClippedSpanWriter clipped(builder, *within, covers);
+        std::vector<unsigned char> covers(std::size_t(bounds.Width()));
+        ClippedSpanWriter clipped(builder, *within, covers.data());
         sweep(clipped);
     } else {
         sweep(builder);
@@ -178,8 +178,8 @@ Counted<const ClipCoverage> ClipCoverage::Multiply(const ClipCoverage& a, const 
     if (rect.IsEmpty())
         return FromRect({});
     Builder builder(rect);
-    std::vector<unsigned char> covers;
-    ClippedSpanWriter clipped(builder, a, covers);
+    std::vector<unsigned char> covers(std::size_t(b.m_rect.Width())); // runs of b may reach beyond
+    ClippedSpanWriter clipped(builder, a, covers.data());
     for (int y = rect.top; y < rect.bottom; ++y) {
         if (y > rect.top && a.SharesRow(y, y - 1) && b.SharesRow(y, y - 1)) {
             builder.RepeatRow(y + 1);

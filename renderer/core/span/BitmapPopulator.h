@@ -28,6 +28,7 @@ public:
     {}
 
     bool IsOpaque() const noexcept { return m_isOpaque; }
+    bool IsConcurrent() const noexcept { return m_sampler.IsConcurrent(); }
 
     void Populate(int x, int y, unsigned length, Pixel* out)
     {

@@ -19,7 +19,8 @@ enum class PopulatorRole
 ///
 /// \tparam PopulatorT has `using Processor`, `Populate(x, y, length, Pixel* out)`, and, where its
 ///         paint is the same everywhere, `GetUniformPixel()`; and, where it can be known,
-///         `IsOpaque()`.
+///         `IsOpaque()`. Where Populate is not const, `IsConcurrent()` tells whether several
+///         threads may call it all the same.
 template<class PopulatorT>
 struct PopulatorForms
 {
@@ -36,18 +37,33 @@ struct PopulatorForms
     {
         switch (role) {
         case PopulatorRole::Colour:
-            return {&Write, &populator, {}, IsUniform, IsOpaque(populator)};
+            return Make(&Write, populator, IsOpaque(populator));
         case PopulatorRole::ColourOver:
-            return {&Composite, &populator, {}, IsUniform};
+            return Make(&Composite, populator);
         case PopulatorRole::ColourAtop:
-            return {&PaintAtop, &populator, {}, IsUniform};
+            return Make(&PaintAtop, populator);
         case PopulatorRole::Transparency:
             break;
         }
-        return {&ScaleByAlpha, &populator, {}, IsUniform};
+        return Make(&ScaleByAlpha, populator);
     }
 
 private:
+    static SpanPopulator Make(SpanPopulator::Function function, PopulatorT& populator,
+                              bool isOpaque = false)
+    {
+        return {function, &populator, {}, IsUniform, isOpaque, IsConcurrent(populator)};
+    }
+
+    static bool IsConcurrent(const PopulatorT& populator)
+    {
+        // What is const throughout remembers nothing from span to span.
+        if constexpr (requires(Pixel * out) { populator.Populate(0, 0, 1U, out); })
+            return true;
+        else
+            return populator.IsConcurrent();
+    }
+
     static bool IsOpaque(const PopulatorT& populator)
     {
         if constexpr (requires { populator.IsOpaque(); })

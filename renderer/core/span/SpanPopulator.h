@@ -22,6 +22,8 @@ struct SpanPopulator
     bool isUniform = false;
     /// Whether every pixel that it writes has full alpha. Only for those that write the scratch.
     bool isOpaque = false;
+    /// Whether several threads may call it at once.
+    bool isConcurrent = false;
 };
 
 } // namespace Renderer
