@@ -1,5 +1,6 @@
 #include "Bounds.h"
 
+#include "ElementTransform.h"
 #include "Shapes.h"
 #include "Viewport.h"
 
@@ -72,9 +73,11 @@ void Measurer::AddElement(const Element& element, const Style& parent, const Tra
         return;
     m_context.CountUsedElement();
     const Style style = m_context.GetStyles().Resolve(element, parent);
-    if (style.displayed)
-        AddContent(element, style, AffineTransform::Concatenate(GetTransform(element), map),
-                   lengths);
+    if (!style.displayed)
+        return;
+    const Transform transform = MakeElementTransform(
+        style, lengths, [&] { return MeasureBounds(m_context, element, style, lengths); });
+    AddContent(element, style, AffineTransform::Concatenate(transform, map), lengths);
 }
 
 void Measurer::AddUsed(const Element& use, const Style& style, const Transform& map,

@@ -1,5 +1,7 @@
 #include "ClipPaths.h"
 
+#include "Bounds.h"
+#include "ElementTransform.h"
 #include "Scanner.h"
 #include "Shapes.h"
 
@@ -20,7 +22,8 @@ ClipPaths::Result ClipPaths::Push(std::string_view reference, const LengthContex
     if (!clipPath || clipPath->tag != Tag::ClipPath)
         return {};
     const ActiveReference active(m_active, *clipPath);
-    Transform map = GetTransform(*clipPath);
+    const Style& style = m_context.GetStyles().ResolveInPlace(*clipPath);
+    Transform map = MakeElementTransform(style, lengths, measure);
     LengthContext units = lengths;
     if (Trim(clipPath->Get("clipPathUnits")) == "objectBoundingBox") {
         const auto box = measure();
@@ -30,7 +33,6 @@ ClipPaths::Result ClipPaths::Push(std::string_view reference, const LengthContex
         units.viewportWidth = units.viewportHeight = 1.0;
     }
     Result result;
-    const Style& style = m_context.GetStyles().ResolveInPlace(*clipPath);
     if (!style.clipPath.empty())
         Add(result, Push(style.clipPath, lengths, measure));
     if (!result.hidesAll)
@@ -59,7 +61,9 @@ void ClipPaths::CollectMember(const Element& element, const Style& parent, const
         m_context.GetNotices().Add("text is not drawn yet");
     LengthContext lengths = outer;
     lengths.fontSize = style.fontSize;
-    Transform transform = AffineTransform::Concatenate(GetTransform(element), map);
+    const auto measure = [&] { return MeasureBounds(m_context, element, style, lengths); };
+    Transform transform =
+        AffineTransform::Concatenate(MakeElementTransform(style, lengths, measure), map);
     if (!style.clipPath.empty())
         member.clips.push_back(style.clipPath);
     if (element.tag == Tag::Use) {

@@ -1,18 +1,42 @@
 #include "Context.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 
 #include <kernel/FormatException.h>
 
+#include "Neighbours.h"
 #include "Scanner.h"
 
 namespace Svg {
 
-Context::Context(const Document& document, std::filesystem::path folder)
+namespace {
+
+/// Reads style sheets beside a drawing.
+ReadSheet MakeSheetReader(const Neighbours& neighbours, Notices& notices)
+{
+    return [&](const std::string& address) -> std::optional<std::string> {
+        const auto bytes = neighbours.Read(address);
+        if (!bytes) {
+            notices.Add(neighbours.Allows(address)
+                            ? "a style sheet in another file is missing or cannot be read"
+                            : "style sheets outside the drawing's folder are not read");
+            return std::nullopt;
+        }
+        constexpr std::string_view mark = "\xEF\xBB\xBF"; // of UTF-8
+        std::string text(bytes->begin(), bytes->end());
+        return text.starts_with(mark) ? text.substr(mark.size()) : text;
+    };
+}
+
+} // namespace
+
+Context::Context(const Document& document, const std::filesystem::path& folder)
     : m_document(document),
-      m_styles(document),
+      m_styles(document, MakeSheetReader(Neighbours(folder), m_notices)),
       m_paintServers(m_document, m_styles, m_notices),
-      m_images(std::move(folder), m_notices)
+      m_images(folder, m_notices)
 {}
 
 bool Context::IsActive(const Element& element) const
@@ -22,33 +46,33 @@ bool Context::IsActive(const Element& element) const
 
 void Context::StartPicture(double pixels)
 {
-    m_pixels = MorePixels + PixelsPerPixel * pixels;
+    m_counts.pixels = MorePixels + PixelsPerPixel * pixels;
     m_tiles = {};
-    m_usedElements = 0;
-    m_markers = 0;
+    m_counts.usedElements = 0;
+    m_counts.markers = 0;
 }
 
 bool Context::SpendPixels(double pixels)
 {
-    if (!(pixels <= m_pixels)) {
+    if (!(pixels <= m_counts.pixels)) {
         m_notices.Add("patterns and masks need too many pixels; what is painted with the rest of "
                       "them is left out");
         return false;
     }
-    m_pixels -= pixels;
+    m_counts.pixels -= pixels;
     return true;
 }
 
 bool Context::CountMarker()
 {
-    if (m_markers == MaxMarkers)
+    if (m_counts.markers == MaxMarkers)
         m_notices.Add("there are more than 200,000 markers; the rest is left out");
-    return m_markers++ < MaxMarkers;
+    return m_counts.markers++ < MaxMarkers;
 }
 
 void Context::CountUsedElement()
 {
-    if (++m_usedElements > MaxUsedElements)
+    if (++m_counts.usedElements > MaxUsedElements)
         throw Kernel::FormatException("references show more than a million elements");
 }
 

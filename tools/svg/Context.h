@@ -14,6 +14,27 @@
 
 namespace Svg {
 
+/// The paints of the shape whose marker is drawn, for `context-fill` and `context-stroke`.
+struct ContextPaints
+{
+    Renderer::FillDescriptorConst fill;
+    Renderer::FillDescriptorConst stroke;
+    Transform toDevice; ///< from the coordinates of the shape, which the paints are in
+};
+
+/// What is counted while a picture is drawn, so that hostile drawings end. Drawings that it shows
+/// as images count on.
+struct Counts
+{
+    int depth = 0; ///< of the elements that are being drawn, those of patterns and masks included
+    int offscreenDepth = 0; ///< pictures beside the target that are being drawn, one for another
+    int masks = 0;          ///< in force at once
+    int drawings = 0;       ///< that are being drawn, one as an image in another
+    long usedElements = 0;
+    long markers = 0;
+    double pixels = 0.0; ///< that may still be drawn beside the target
+};
+
 /// What all parts of the reader share while a document is drawn.
 class Context
 {
@@ -26,12 +47,14 @@ public:
 
     /// Masks in force at once, above which what is masked is left out: each may be a whole picture.
     static constexpr int MaxMasks = 32;
+    /// Drawings that are images in one another.
+    static constexpr int MaxDrawings = 8;
     /// Pixels and samples beside the target: so many for each of the picture, and some more.
     static constexpr double PixelsPerPixel = 512.0;
     static constexpr double MorePixels = 1 << 26;
 
     /// \param folder of the drawing, where its images may lie; may be empty.
-    Context(const Document& document, std::filesystem::path folder);
+    Context(const Document& document, const std::filesystem::path& folder);
 
     const Document& GetDocument() const noexcept { return m_document; }
     const StyleResolver& GetStyles() const noexcept { return m_styles; }
@@ -40,6 +63,9 @@ public:
     Notices& GetNotices() noexcept { return m_notices; }
     const Notices& GetNotices() const noexcept { return m_notices; }
 
+    /// Null outside markers.
+    const ContextPaints*& GetContextPaints() noexcept { return m_contextPaints; }
+
     TileCache& GetTiles() noexcept { return m_tiles; }
 
     /// The patterns, masks and markers that are being drawn, outermost first.
@@ -47,11 +73,13 @@ public:
     /// Whether one of them is being drawn, so that drawing it again would not end.
     bool IsActive(const Element& element) const;
     /// How deep the elements that are being drawn nest, those of patterns and masks included.
-    int& GetDepth() noexcept { return m_depth; }
+    int& GetDepth() noexcept { return m_counts.depth; }
     /// How many masks are in force at once.
-    int& GetMaskDepth() noexcept { return m_masks; }
+    int& GetMaskDepth() noexcept { return m_counts.masks; }
     /// How many pictures beside the target are being drawn, one for another.
-    int& GetOffscreenDepth() noexcept { return m_offscreenDepth; }
+    int& GetOffscreenDepth() noexcept { return m_counts.offscreenDepth; }
+
+    Counts& GetCounts() noexcept { return m_counts; }
 
     /// Starts all counts afresh, for a picture of so many pixels, and forgets the tiles of the last
     /// one, which may have been given up half way.
@@ -73,12 +101,8 @@ private:
     Images m_images;
     TileCache m_tiles;
     std::vector<const Element*> m_active;
-    int m_depth = 0;
-    int m_offscreenDepth = 0;
-    long m_usedElements = 0;
-    long m_markers = 0;
-    double m_pixels = MorePixels; ///< that may still be drawn beside the target
-    int m_masks = 0;
+    const ContextPaints* m_contextPaints = nullptr;
+    Counts m_counts{.pixels = MorePixels};
 };
 
 /// An element that is being shown by reference, for as long as the object lives.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <deque>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -13,6 +14,7 @@
 #include "Encoding.h"
 #include "Entities.h"
 #include "Scanner.h"
+#include "StyleSheet.h"
 
 namespace Svg {
 
@@ -123,9 +125,26 @@ std::string CollectText(pugi::xml_node node)
 bool IsCssForScreen(const Element& style)
 {
     const std::string_view type = style.Get("type");
-    const std::string_view media = style.Get("media");
     return (type.empty() || EqualsIgnoringCase(Trim(type), "text/css")) &&
-           (media.empty() || media.find("all") != media.npos || media.find("screen") != media.npos);
+           IsForScreen(style.Get("media"));
+}
+
+/// The sheet that an `xml-stylesheet` instruction names (Associating Style Sheets with XML
+/// documents 1.0); nothing for alternative ones and those for other media.
+std::optional<StyleSource> FindSheet(pugi::xml_node instruction)
+{
+    // What follows the name looks like the attributes of an element.
+    pugi::xml_document parsed;
+    const std::string element = "<a " + std::string(instruction.value()) + "/>";
+    if (!parsed.load_string(element.c_str()))
+        return std::nullopt;
+    const pugi::xml_node node = parsed.first_child();
+    const std::string_view type = node.attribute("type").value();
+    if ((!type.empty() && !EqualsIgnoringCase(type, "text/css")) ||
+        std::string_view(node.attribute("alternate").value()) == "yes" ||
+        !IsForScreen(node.attribute("media").value()))
+        return std::nullopt;
+    return StyleSource{{}, node.attribute("href").value()};
 }
 
 } // namespace
@@ -136,7 +155,7 @@ struct Document::Contents
     pugi::xml_document xml;
     std::deque<Element> elements;
     std::unordered_map<std::string_view, const Element*> ids;
-    std::vector<std::string> styleSheets;
+    std::vector<StyleSource> styleSheets;
     bool namesBlendModes = false;
 
     void Parse();
@@ -146,8 +165,8 @@ struct Document::Contents
 
 void Document::Contents::Parse()
 {
-    const pugi::xml_parse_result result =
-        xml.load_buffer_inplace(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
+    const pugi::xml_parse_result result = xml.load_buffer_inplace(
+        text.data(), text.size(), pugi::parse_default | pugi::parse_pi, pugi::encoding_utf8);
     if (!result) {
         throw Kernel::FormatException(std::string("not well-formed XML: ") + result.description(),
                                       static_cast<std::uint64_t>(result.offset));
@@ -168,17 +187,27 @@ Element* Document::Contents::Add(pugi::xml_node node, std::string_view name, Ele
     if (!element.id.empty())
         ids.try_emplace(element.id, &element);
     if (element.tag == Tag::Style && IsCssForScreen(element))
-        styleSheets.push_back(CollectText(node));
-    if (previous)
+        styleSheets.push_back({CollectText(node), {}});
+    if (previous) {
         previous->nextSibling = &element;
-    else if (parent)
+        element.index = previous->index + 1;
+    } else if (parent) {
         parent->firstChild = &element;
+    }
+    if (parent)
+        parent->childCount = element.index;
     return &element;
 }
 
 /// Walks the XML tree without recursion, since its depth is the file's choice.
 void Document::Contents::BuildTree()
 {
+    for (const pugi::xml_node node : xml.children()) {
+        if (node.type() != pugi::node_pi || std::string_view(node.name()) != "xml-stylesheet")
+            continue;
+        if (auto sheet = FindSheet(node); sheet && !sheet->address.empty())
+            styleSheets.push_back(std::move(*sheet));
+    }
     struct Level
     {
         pugi::xml_node next; ///< the node of this level that comes next
@@ -246,7 +275,7 @@ bool Document::NamesBlendModes() const noexcept
     return m_contents->namesBlendModes;
 }
 
-std::span<const std::string> Document::GetStyleSheets() const noexcept
+std::span<const StyleSource> Document::GetStyleSheets() const noexcept
 {
     return m_contents->styleSheets;
 }

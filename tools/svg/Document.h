@@ -10,6 +10,13 @@
 
 namespace Svg {
 
+/// A style sheet of a document: in a style element, or in a file that the document names.
+struct StyleSource
+{
+    std::string text;
+    std::string address; ///< empty for the former
+};
+
 /// An SVG file as a tree of elements.
 class Document
 {
@@ -31,8 +38,8 @@ public:
     const Element* FindByReference(std::string_view reference) const noexcept;
     /// Whether blend modes are named anywhere, so that groups must keep theirs to themselves.
     bool NamesBlendModes() const noexcept;
-    /// The texts of the style sheets, in document order.
-    std::span<const std::string> GetStyleSheets() const noexcept;
+    /// The style sheets for screens, in document order.
+    std::span<const StyleSource> GetStyleSheets() const noexcept;
 
 private:
     struct Contents;

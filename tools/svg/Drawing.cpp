@@ -8,6 +8,7 @@
 #include "Context.h"
 #include "Document.h"
 #include "Scanner.h"
+#include "Scopes.h"
 #include "ViewBox.h"
 #include "Walker.h"
 
@@ -40,8 +41,8 @@ std::optional<double> FindAbsolute(const Element& root, std::string_view name)
 
 struct Drawing::Contents
 {
-    Contents(std::string bytes, std::filesystem::path folder)
-        : document(std::move(bytes)), context(document, std::move(folder))
+    Contents(std::string bytes, const std::filesystem::path& folder)
+        : document(std::move(bytes)), context(document, folder)
     {}
 
     Document document;
@@ -49,7 +50,7 @@ struct Drawing::Contents
 };
 
 Drawing::Drawing(std::string bytes, std::filesystem::path folder)
-    : m_contents(std::make_unique<Contents>(std::move(bytes), std::move(folder)))
+    : m_contents(std::make_unique<Contents>(std::move(bytes), folder))
 {
     FindExtent();
 }
@@ -81,6 +82,33 @@ void Drawing::FindExtent()
 void Drawing::Draw(Renderer::RenderTarget& target, Kernel::Progress* progress)
 {
     Walker(m_contents->context, target, progress).DrawDocument(m_width, m_height);
+}
+
+void Drawing::DrawWithin(Renderer::RenderTarget& target, Context& outer)
+{
+    Context& inner = m_contents->context;
+    const ValueScope<Counts> counts(inner.GetCounts(), outer.GetCounts());
+    const CountedDepth depth(inner.GetCounts().drawings, Context::MaxDrawings);
+    /// Hands over what the image cost, however its drawing ends.
+    struct Settlement
+    {
+        Context& inner;
+        Context& outer;
+        ~Settlement()
+        {
+            outer.GetCounts().usedElements = inner.GetCounts().usedElements;
+            outer.GetCounts().markers = inner.GetCounts().markers;
+            outer.GetCounts().pixels = inner.GetCounts().pixels;
+            for (const std::string& notice : inner.GetNotices().Get())
+                outer.GetNotices().Add(notice);
+        }
+    } const settlement{inner, outer};
+    Walker(inner, target, nullptr).DrawWithin(m_width, m_height);
+}
+
+bool Drawing::NamesBlendModes() const noexcept
+{
+    return m_contents->document.NamesBlendModes();
 }
 
 const std::vector<std::string>& Drawing::GetNotices() const noexcept

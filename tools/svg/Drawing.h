@@ -10,6 +10,8 @@
 
 namespace Svg {
 
+class Context;
+
 /// An SVG drawing that was read from a file and can be drawn on any target.
 class Drawing
 {
@@ -36,6 +38,12 @@ public:
     /// without
     ///         end; what came before is drawn then.
     void Draw(Renderer::RenderTarget& target, Kernel::Progress* progress = nullptr);
+
+    /// Draws as an image within another drawing, whose counts go on and whose notices take in its
+    /// own. \throws Kernel::FormatException as Draw.
+    void DrawWithin(Renderer::RenderTarget& target, Context& outer);
+    /// Whether blend modes are named anywhere, so that they must be kept from what is below.
+    bool NamesBlendModes() const noexcept;
 
     /// What was left out so far, as texts for the user, each once.
     const std::vector<std::string>& GetNotices() const noexcept;

@@ -60,6 +60,8 @@ struct Element
     Element* firstChild = nullptr;
     Element* nextSibling = nullptr;
     const Element* previousSibling = nullptr;
+    int index = 1;      ///< among the parent's children, from 1
+    int childCount = 0; ///< of its own children
 
     /// The value of an attribute, or an empty text.
     std::string_view Get(std::string_view attribute) const noexcept;

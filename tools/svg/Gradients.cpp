@@ -30,6 +30,18 @@ FillGradient::Spread ParseSpread(std::string_view text)
                               : FillGradient::Pad;
 }
 
+/// The stops of a gradient that begins at a part of the way. The circles between a focal circle of
+/// radius fr around f and the end circle of radius r around c are those of a gradient that begins
+/// at a point, c + (f − c)·r/(r − fr), and has come to the part fr/r where the focal circle is.
+/// (True to SVG 2 where the end colours pad; reflected and repeated parts begin at the point, too.)
+Kernel::Consolidated<Renderer::Gradient> BeginAt(const Renderer::Gradient& gradient, double part)
+{
+    auto stops = gradient.GetColours();
+    for (auto& stop : stops)
+        stop.position = part + (1.0 - part) * stop.position;
+    return Renderer::Gradient::Create(std::move(stops));
+}
+
 /// The colour that pads a gradient at its end.
 FillDescriptorConst MakeLastColour(const Renderer::Gradient& gradient)
 {
@@ -131,10 +143,13 @@ GradientSource::MakeRadial(const Kernel::Consolidated<Renderer::Gradient>& gradi
     };
     const double fx = focusOr("fx", LengthAxis::Horizontal, cx);
     const double fy = focusOr("fy", LengthAxis::Vertical, cy);
+    const double fr = GetLength("fr", context, LengthAxis::Diagonal, "0%");
+    const double part = fr > 0.0 && fr < r ? fr / r : 0.0;
     // Elliptical: circles follow the whole map, as those of SVG do.
-    const auto fill = FillGradient::Create(FillGradient::Elliptical, gradient, true,
-                                           ParseSpread(m_chain.Get("spreadMethod")),
-                                           {(fx - cx) / r, (fy - cy) / r});
+    const auto fill = FillGradient::Create(
+        FillGradient::Elliptical, part > 0.0 ? BeginAt(*gradient, part) : gradient, true,
+        ParseSpread(m_chain.Get("spreadMethod")),
+        {(fx - cx) / (r - part * r), (fy - cy) / (r - part * r)});
     return {fill, AffineTransform::Concatenate(Transform{r, 0, cx, 0, r, cy}, frame)};
 }
 

@@ -2,10 +2,12 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 #include <kernel/FormatException.h>
 #include <raster/Codecs.h>
 
+#include "Drawing.h"
 #include "Percents.h"
 #include "Scanner.h"
 
@@ -63,16 +65,36 @@ std::vector<unsigned char> DecodeDataAddress(std::string_view address)
     return {text.begin(), text.end()};
 }
 
-Kernel::Counted<const Raster::DynamicBitmap> Images::Find(const Element& image)
+Kernel::RectT<double> Images::Image::GetRect() const
+{
+    if (drawing)
+        return {0.0, 0.0, drawing->GetWidth(), drawing->GetHeight()};
+    return {0.0, 0.0, static_cast<double>(bitmap->GetWidth()),
+            static_cast<double>(bitmap->GetHeight())};
+}
+
+const Images::Image& Images::Find(const Element& image)
 {
     const std::string_view address = image.GetReference();
-    const auto [entry, added] = m_bitmaps.try_emplace(address);
+    const auto [entry, added] = m_images.try_emplace(address);
     if (added)
         entry->second = Read(address);
     return entry->second;
 }
 
-Kernel::Counted<const Raster::DynamicBitmap> Images::Read(std::string_view address)
+namespace {
+
+/// Whether bytes are those of a drawing: XML, or compressed.
+bool IsDrawing(std::span<const unsigned char> bytes)
+{
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::size_t begin = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
+    return text.starts_with("\x1F\x8B") || (begin != text.npos && text[begin] == '<');
+}
+
+} // namespace
+
+Images::Image Images::Read(std::string_view address)
 {
     if (Trim(address).empty())
         return {};
@@ -88,7 +110,9 @@ Kernel::Counted<const Raster::DynamicBitmap> Images::Read(std::string_view addre
         return {};
     }
     try {
-        return Raster::ReadImage(*bytes);
+        if (IsDrawing(*bytes))
+            return {{}, std::make_shared<Drawing>(std::string(bytes->begin(), bytes->end()))};
+        return {Raster::ReadImage(*bytes), {}};
     } catch (const Kernel::FormatException& error) {
         m_notices.Add((isEmbedded ? "an embedded image cannot be read: "
                                   : "an image in another file cannot be read: ") +

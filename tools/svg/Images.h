@@ -1,12 +1,14 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include <kernel/Counted.h>
+#include <kernel/Rect.h>
 #include <raster/DynamicBitmap.h>
 
 #include "Element.h"
@@ -14,6 +16,8 @@
 #include "Notices.h"
 
 namespace Svg {
+
+class Drawing;
 
 /// The bytes of a `data:` address, from Base64 or percent encoding; empty when it is damaged.
 std::vector<unsigned char> DecodeDataAddress(std::string_view address);
@@ -27,17 +31,28 @@ public:
         : m_neighbours(std::move(folder)), m_notices(notices)
     {}
 
-    /// The picture of an image element, decoded once; null for what cannot be read: files
-    /// elsewhere, damaged data, kinds other than PNG and JPEG.
-    Kernel::Counted<const Raster::DynamicBitmap> Find(const Element& image);
+    /// What an image element shows: a bitmap, or a drawing of its own, which shows no files.
+    struct Image
+    {
+        Kernel::Counted<const Raster::DynamicBitmap> bitmap;
+        std::shared_ptr<Drawing> drawing;
+
+        bool IsEmpty() const noexcept { return !bitmap && !drawing; }
+        /// Its own extent: pixels of a bitmap, user units of a drawing.
+        Kernel::RectT<double> GetRect() const;
+    };
+
+    /// The picture of an image element, read once; empty for what cannot be read: files elsewhere,
+    /// damaged data, unknown kinds.
+    const Image& Find(const Element& image);
 
 private:
-    Kernel::Counted<const Raster::DynamicBitmap> Read(std::string_view address);
+    Image Read(std::string_view address);
 
     Neighbours m_neighbours;
     Notices& m_notices;
     /// By the text of the address, which lives in the document.
-    std::unordered_map<std::string_view, Kernel::Counted<const Raster::DynamicBitmap>> m_bitmaps;
+    std::unordered_map<std::string_view, Image> m_images;
 };
 
 } // namespace Svg

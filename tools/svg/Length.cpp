@@ -11,13 +11,14 @@ namespace Svg {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, LengthUnit>, 9> UnitNames{{
+constexpr std::array<std::pair<std::string_view, LengthUnit>, 10> UnitNames{{
     {"px", LengthUnit::Px},
     {"pt", LengthUnit::Pt},
     {"pc", LengthUnit::Pc},
     {"mm", LengthUnit::Mm},
     {"cm", LengthUnit::Cm},
     {"in", LengthUnit::In},
+    {"q", LengthUnit::Q},
     {"em", LengthUnit::Em},
     {"ex", LengthUnit::Ex},
     {"%", LengthUnit::Percent},
@@ -54,6 +55,8 @@ double Length::Resolve(const LengthContext& context, LengthAxis axis) const noex
         return value * PixelsPerInch / 2.54;
     case LengthUnit::In:
         return value * PixelsPerInch;
+    case LengthUnit::Q:
+        return value * PixelsPerInch / 101.6;
     case LengthUnit::Em:
         return value * context.fontSize;
     case LengthUnit::Ex:

@@ -17,6 +17,7 @@ enum class LengthUnit
     Mm,
     Cm,
     In,
+    Q, ///< a quarter of a millimetre
     Em,
     Ex,
     Percent,

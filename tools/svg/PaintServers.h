@@ -55,8 +55,10 @@ Renderer::FillDescriptorConst MakeSolidFill(const ColourValue& colour, double op
 
 /// The stroke that a style describes; without a line when it has no width.
 /// \param shape what is stroked: absurdly many dashes on it become a solid line.
+/// \param pathLength how long the author says that it is, which dashes are measured by; negative:
+///        its true length.
 Renderer::LineStyleDescriptorConst MakeLineStyle(const Style& style, const LengthContext& context,
                                                  const Geometry::PolyCurveDbl& shape,
-                                                 Notices& notices);
+                                                 double pathLength, Notices& notices);
 
 } // namespace Svg

@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
+#include <kernel/FormatException.h>
+
+#include "Drawing.h"
 #include "Scopes.h"
 #include "Shapes.h"
 #include "ViewBox.h"
@@ -30,6 +34,8 @@ FillDescriptorConst Painter::MakePaint(const Paint& paint, double opacity, const
                                        const Geometry::PolyCurveDbl& shape, double reach,
                                        const LengthContext& lengths)
 {
+    if (paint.context != Paint::Context::None)
+        return MakeContextPaint(paint.context, opacity);
     const PaintServers& servers = m_context.GetPaintServers();
     const Element* server = m_context.GetDocument().FindByReference(paint.server);
     if (!server || server->tag != Tag::Pattern)
@@ -39,7 +45,8 @@ FillDescriptorConst Painter::MakePaint(const Paint& paint, double opacity, const
     return servers.MakeFallback(paint, opacity, style.colour);
 }
 
-Painter::Outline Painter::MakeOutline(const Kernel::Counted<const Geometry::PolyCurveDbl>& shape,
+Painter::Outline Painter::MakeOutline(const Element& element,
+                                      const Kernel::Counted<const Geometry::PolyCurveDbl>& shape,
                                       const Style& style, const LengthContext& lengths)
 {
     Outline outline;
@@ -48,8 +55,29 @@ Painter::Outline Painter::MakeOutline(const Kernel::Counted<const Geometry::Poly
     outline.lineFill = MakePaint(style.stroke, style.strokeOpacity, style, *shape,
                                  FindReach(style, lengths), lengths);
     if (!outline.lineFill.IsFillNone())
-        outline.line = MakeLineStyle(style, lengths, *shape, m_context.GetNotices());
+        outline.line = MakeLineStyle(style, lengths, *shape,
+                                     ParseNumber(element.Get("pathLength")).value_or(-1.0),
+                                     m_context.GetNotices());
     return outline;
+}
+
+/// The paint of the shape that is marked, brought from its coordinates to those in force.
+FillDescriptorConst Painter::MakeContextPaint(Paint::Context context, double opacity) const
+{
+    const ContextPaints* paints = m_context.GetContextPaints();
+    if (!paints)
+        return {};
+    FillDescriptorConst fill = context == Paint::Context::Fill ? paints->fill : paints->stroke;
+    Transform inverse;
+    if (fill.IsFillNone() || !AffineTransform::Invert(m_target.GetCurrentTransform(), inverse))
+        return {};
+    if (opacity < 1.0) {
+        const auto copy = fill.GetFill()->Clone();
+        copy->SetAlpha(copy->GetAlpha() * opacity);
+        fill = {Renderer::Fill::Consolidate(copy), fill.GetTransform()};
+    }
+    const Transform shift = AffineTransform::Concatenate(paints->toDevice, inverse);
+    return {fill, AffineTransform::Concatenate(fill.GetTransform(), shift)};
 }
 
 void Painter::DrawOutline(const Outline& outline, const Style& style,
@@ -57,6 +85,43 @@ void Painter::DrawOutline(const Outline& outline, const Style& style,
 {
     if (outline.fill.IsFillNone() && !outline.line.IsLineStyleVisible())
         return;
+    if (style.nonScalingStroke && outline.line.IsLineStyleVisible())
+        DrawNonScaling(outline, style, composition);
+    else
+        DrawPath(outline, style, composition);
+}
+
+/// Draws the fill as it is, but the stroke with a pen of the outermost coordinates, where the path
+/// and its paint are brought to.
+void Painter::DrawNonScaling(const Outline& outline, const Style& style,
+                             const Composition& composition)
+{
+    const Transform toOutermost = m_target.GetWorldTransform();
+    Transform inverse;
+    if (!AffineTransform::Invert(toOutermost, inverse))
+        return;
+    const auto reframe = [&](const FillDescriptorConst& fill) -> FillDescriptorConst {
+        return {fill, AffineTransform::Concatenate(fill.GetTransform(), toOutermost)};
+    };
+    const GroupScope group(m_target, {.opacity = composition.opacity, .mode = composition.mode});
+    Outline fill = outline, stroke = outline;
+    fill.line = LineStyleDescriptorConst::CreateNone();
+    stroke.fill = {};
+    stroke.shape = MapPath(*outline.shape, toOutermost);
+    stroke.lineFill = reframe(outline.lineFill);
+    const auto drawStroke = [&] {
+        const TransformScope scope(m_target, inverse);
+        DrawPath(stroke, style, {});
+    };
+    if (outline.line.GetBehind())
+        drawStroke();
+    DrawPath(fill, style, {});
+    if (!outline.line.GetBehind())
+        drawStroke();
+}
+
+void Painter::DrawPath(const Outline& outline, const Style& style, const Composition& composition)
+{
     m_target.DrawPolyCurve(outline.shape, static_cast<float>(composition.opacity), composition.mode,
                            BlendOptions::Identity(), outline.fill, {}, outline.lineFill,
                            outline.line,
@@ -69,7 +134,11 @@ void Painter::DrawOutline(const Outline& outline, const Style& style,
 void Painter::DrawLayers(const Element& element, const Outline& outline, const Style& style,
                          const LengthContext& lengths)
 {
-    const auto drawMarkers = [&] { m_markers.Draw(element, style, *outline.shape, lengths); };
+    const ContextPaints paints{outline.fill, outline.lineFill, m_target.GetCurrentTransform()};
+    const auto drawMarkers = [&] {
+        const ValueScope<const ContextPaints*> scope(m_context.GetContextPaints(), &paints);
+        m_markers.Draw(element, style, *outline.shape, lengths);
+    };
     if (style.paintOrder[1] != PaintLayer::Markers) {
         const bool markersFirst = style.paintOrder[0] == PaintLayer::Markers;
         if (markersFirst)
@@ -97,7 +166,7 @@ void Painter::DrawShape(const Element& element, const Style& style, const Length
     const auto shape = MakeShape(element, lengths, m_context.GetNotices());
     if (!shape)
         return;
-    const Outline outline = MakeOutline(shape, style, lengths);
+    const Outline outline = MakeOutline(element, shape, style, lengths);
     if (Markers::HasMarkers(element, style))
         DrawLayers(element, outline, style, lengths);
     else
@@ -107,29 +176,47 @@ void Painter::DrawShape(const Element& element, const Style& style, const Length
 void Painter::DrawImage(const Element& element, const Style& style, const LengthContext& lengths,
                         const Composition& composition)
 {
-    const auto bitmap = m_context.GetImages().Find(element);
-    if (!style.visible || !bitmap)
+    const Images::Image& image = m_context.GetImages().Find(element);
+    if (!style.visible || image.IsEmpty())
         return;
+    const Kernel::RectT<double> own = image.GetRect();
     const double x = ResolveAttribute(element, "x", lengths, LengthAxis::Horizontal);
     const double y = ResolveAttribute(element, "y", lengths, LengthAxis::Vertical);
     const double width =
-        ResolveAttribute(element, "width", lengths, LengthAxis::Horizontal, bitmap->GetWidth());
+        ResolveAttribute(element, "width", lengths, LengthAxis::Horizontal, own.Width());
     const double height =
-        ResolveAttribute(element, "height", lengths, LengthAxis::Vertical, bitmap->GetHeight());
+        ResolveAttribute(element, "height", lengths, LengthAxis::Vertical, own.Height());
     const Kernel::RectT<double> rect{x, y, x + width, y + height};
     if (rect.IsEmpty())
         return;
-    const Kernel::RectT<double> pixels{0.0, 0.0, static_cast<double>(bitmap->GetWidth()),
-                                       static_cast<double>(bitmap->GetHeight())};
     const AspectRatio ratio = AspectRatio::Parse(element.Get("preserveAspectRatio"));
+    const Transform place = FitBox(own, rect, ratio);
     const bool cut = ratio.uniform && ratio.slice;
     if (cut)
         m_target.PushClipRectanglePath(rect);
     const ClipScope clip(m_target, cut ? 1 : 0);
+    if (image.drawing)
+        return DrawNested(*image.drawing, place, composition);
     const ResamplerScope resampler(m_target, style.pixelatedImages);
-    m_target.DrawBitmap(AffineTransform::MapRect(FitBox(pixels, rect, ratio), pixels), bitmap,
+    m_target.DrawBitmap(AffineTransform::MapRect(place, own), image.bitmap,
                         static_cast<float>(composition.opacity), composition.mode,
                         BlendOptions::Identity(), true);
+}
+
+/// Draws an image that is a drawing, cut to its own extent.
+void Painter::DrawNested(Drawing& drawing, const Transform& place, const Composition& composition)
+{
+    const TransformScope transform(m_target, place);
+    m_target.PushClipRectanglePath({0.0, 0.0, drawing.GetWidth(), drawing.GetHeight()});
+    const ClipScope clip(m_target, 1);
+    const GroupScope group(m_target, {.opacity = composition.opacity,
+                                      .mode = composition.mode,
+                                      .isolates = drawing.NamesBlendModes()});
+    try {
+        drawing.DrawWithin(m_target, m_context);
+    } catch (const Kernel::FormatException& error) {
+        m_context.GetNotices().Add("an image cannot be drawn: " + std::string(error.what()));
+    }
 }
 
 } // namespace Svg

@@ -47,12 +47,17 @@ private:
         Renderer::LineStyleDescriptorConst line = Renderer::LineStyleDescriptorConst::CreateNone();
     };
 
-    Outline MakeOutline(const Kernel::Counted<const Geometry::PolyCurveDbl>& shape,
+    Outline MakeOutline(const Element& element,
+                        const Kernel::Counted<const Geometry::PolyCurveDbl>& shape,
                         const Style& style, const LengthContext& lengths);
     Renderer::FillDescriptorConst MakePaint(const Paint& paint, double opacity, const Style& style,
                                             const Geometry::PolyCurveDbl& shape, double reach,
                                             const LengthContext& lengths);
+    Renderer::FillDescriptorConst MakeContextPaint(Paint::Context context, double opacity) const;
     void DrawOutline(const Outline& outline, const Style& style, const Composition& composition);
+    void DrawNonScaling(const Outline& outline, const Style& style, const Composition& composition);
+    void DrawNested(Drawing& drawing, const Transform& place, const Composition& composition);
+    void DrawPath(const Outline& outline, const Style& style, const Composition& composition);
     void DrawLayers(const Element& element, const Outline& outline, const Style& style,
                     const LengthContext& lengths);
 

@@ -44,6 +44,10 @@ constexpr std::array<std::pair<std::string_view, Property>, PropertyCount> Prope
     {"stroke-miterlimit", Property::StrokeMitreLimit},
     {"stroke-opacity", Property::StrokeOpacity},
     {"stroke-width", Property::StrokeWidth},
+    {"transform", Property::Transform},
+    {"transform-box", Property::TransformBox},
+    {"transform-origin", Property::TransformOrigin},
+    {"vector-effect", Property::VectorEffect},
     {"visibility", Property::Visibility},
 }};
 

@@ -43,6 +43,10 @@ enum class Property
     StrokeMitreLimit,
     StrokeOpacity,
     StrokeWidth,
+    Transform,
+    TransformBox,
+    TransformOrigin,
+    VectorEffect,
     Visibility,
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include <kernel/FormatException.h>
 #include <renderer/core/RenderTarget.h>
 
@@ -105,6 +107,21 @@ private:
     Raster::ResamplerType m_former;
 };
 /// @}
+
+/// A value that another takes the place of.
+template<class T>
+class ValueScope
+{
+public:
+    ValueScope(T& place, T value) : m_place(place), m_former(place) { place = std::move(value); }
+    ~ValueScope() { m_place = std::move(m_former); }
+    ValueScope(const ValueScope&) = delete;
+    ValueScope& operator=(const ValueScope&) = delete;
+
+private:
+    T& m_place;
+    T m_former;
+};
 
 /// One level of a nesting that is bounded.
 class CountedDepth

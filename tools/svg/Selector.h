@@ -20,6 +20,14 @@ struct CompoundSelector
         Sibling,    ///< a sibling before it
         Adjacent,   ///< the sibling right before it
     };
+    /// The place among the siblings is offset + n·step for some n from 0 on.
+    struct PlaceTest
+    {
+        bool fromEnd = false;
+        bool ofType = false; ///< among those of the same name
+        int step = 0;
+        int offset = 1;
+    };
     struct AttributeTest
     {
         std::string name;
@@ -31,14 +39,19 @@ struct CompoundSelector
     std::string id;
     std::vector<std::string> classes;
     std::vector<AttributeTest> attributes;
-    bool firstChild = false;
+    std::vector<PlaceTest> places;
+    bool isRoot = false;
+    std::vector<CompoundSelector> excluded; ///< :not
     Combinator combinator = Combinator::None;
 
-    bool Matches(const Element& element) const;
+    /// \param budget is lowered by what had to be looked at.
+    bool Matches(const Element& element, long& budget) const;
+    unsigned GetSpecificity() const noexcept;
 };
 
-/// A selector of CSS: compounds of type, universal, class, id and attribute selectors and
-/// :first-child, joined by combinators.
+/// A selector of CSS: compounds of type, universal, class, id and attribute selectors, and of
+/// :first-child and all others that ask for places among siblings, :root and :not, joined by
+/// combinators.
 class Selector
 {
 public:

@@ -24,7 +24,7 @@ MakeShape(const Element& element, const LengthContext& context, Notices& notices
 Kernel::Counted<const Geometry::PolyCurveDbl> MapPath(const Geometry::PolyCurveDbl& path,
                                                       const Transform& transform);
 
-/// The value of an element's `transform` attribute; the identity for missing and damaged ones.
-Transform GetTransform(const Element& element, std::string_view attribute = "transform");
+/// The list of transforms in an attribute; the identity for missing and damaged ones.
+Transform GetTransform(const Element& element, std::string_view attribute);
 
 } // namespace Svg

@@ -52,15 +52,36 @@ double BoundLength(const Geometry::PolyCurveDbl& path)
     return length;
 }
 
+/// A path's length, to about a thousandth.
+double MeasureLength(const Geometry::PolyCurveDbl& path)
+{
+    const auto box = path.GetBoundingBox().GetRect();
+    Geometry::PolyPolygonType<double> polygons;
+    path.ExpandAdaptive(std::max(1e-9, 1e-4 * std::hypot(box.Width(), box.Height())), polygons);
+    double length = 0.0;
+    for (std::size_t i = 0; i < polygons.GetPolygonCount(); ++i) {
+        const auto [points, closed] = polygons.GetPolygon(i);
+        for (std::size_t k = closed ? 0 : 1; k < points.size(); ++k) {
+            const auto& from = points[k > 0 ? k - 1 : points.size() - 1];
+            length += std::hypot(points[k].x - from.x, points[k].y - from.y);
+        }
+    }
+    return length;
+}
+
+/// User units per unit of the dashes. A length of 0 makes dashes endless (SVG 2, 9.6.1).
+double FindDashScale(const Geometry::PolyCurveDbl& shape, double pathLength)
+{
+    return pathLength < 0.0 ? 1.0 : MeasureLength(shape) / pathLength;
+}
+
 /// The dashes in user units, or none for a solid line.
-std::vector<double> ResolveDashes(const Style& style, const LengthContext& context,
+std::vector<double> ResolveDashes(const Style& style, const LengthContext& context, double scale,
                                   const Geometry::PolyCurveDbl& shape, Notices& notices)
 {
     std::vector<double> dashes;
-    if (!style.dashes)
-        return dashes;
     for (const Length& dash : *style.dashes)
-        dashes.push_back(dash.Resolve(context, LengthAxis::Diagonal));
+        dashes.push_back(scale * dash.Resolve(context, LengthAxis::Diagonal));
     const double sum = std::accumulate(dashes.begin(), dashes.end(), 0.0);
     if (!(sum > 0.0) || !std::isfinite(sum))
         return {};
@@ -74,7 +95,8 @@ std::vector<double> ResolveDashes(const Style& style, const LengthContext& conte
 } // namespace
 
 LineStyleDescriptorConst MakeLineStyle(const Style& style, const LengthContext& context,
-                                       const Geometry::PolyCurveDbl& shape, Notices& notices)
+                                       const Geometry::PolyCurveDbl& shape, double pathLength,
+                                       Notices& notices)
 {
     const double width = style.strokeWidth.Resolve(context, LengthAxis::Diagonal);
     if (!(width > 0.0) || !std::isfinite(width))
@@ -83,10 +105,11 @@ LineStyleDescriptorConst MakeLineStyle(const Style& style, const LengthContext& 
     line.SetCap(MapCap(style.lineCap));
     line.SetJoin(MapJoin(style.lineJoin));
     line.SetMiterLimit(style.mitreLimit);
-    std::vector<double> dashes = ResolveDashes(style, context, shape, notices);
-    if (!dashes.empty()) {
-        line.SetDashPattern(std::move(dashes));
-        line.SetDashPhase(style.dashOffset.Resolve(context, LengthAxis::Diagonal));
+    if (style.dashes) {
+        const double scale = FindDashScale(shape, pathLength);
+        line.SetDashPattern(ResolveDashes(style, context, scale, shape, notices));
+        if (!line.GetDashPattern().empty())
+            line.SetDashPhase(scale * style.dashOffset.Resolve(context, LengthAxis::Diagonal));
     }
     return {LineStyle::Consolidate(line),
             {},

@@ -14,6 +14,10 @@ Style Style::MakeChild() const
     const Style initial;
     Style child = *this;
     child.displayed = initial.displayed;
+    child.transform.clear();
+    child.transformOrigin = initial.transformOrigin;
+    child.transformsInOwnBox = initial.transformsInOwnBox;
+    child.nonScalingStroke = initial.nonScalingStroke;
     child.overflowVisible = initial.overflowVisible;
     child.opacity = initial.opacity;
     child.clipPath.clear();

@@ -28,6 +28,14 @@ struct StyleColour
 /// The value of `fill` or `stroke`.
 struct Paint
 {
+    enum class Context
+    {
+        None,
+        Fill,   ///< `context-fill`: that of the shape whose marker is drawn
+        Stroke, ///< `context-stroke`
+    };
+
+    Context context = Context::None;
     /// The reference to a paint server, such as `#gradient`; empty for plain colours and none.
     std::string server;
     /// The paint, or what takes the place of a server that is missing; empty for none.
@@ -48,6 +56,13 @@ enum class LineJoin
     Bevel,
 };
 
+/// The point that a transform leaves where it is, before what it translates by.
+struct TransformOrigin
+{
+    Length x;
+    Length y;
+};
+
 /// What a shape consists of; paint-order puts it in order.
 enum class PaintLayer
 {
@@ -62,7 +77,7 @@ struct Style
 {
     /// \name Inherited
     /// @{
-    Paint fill{{}, StyleColour{}};
+    Paint fill{Paint::Context::None, {}, StyleColour{}};
     Paint stroke;
     ColourValue colour;
     double fillOpacity = 1.0;
@@ -89,6 +104,10 @@ struct Style
     /// \name Of the element alone
     /// @{
     bool displayed = true;
+    std::string transform; ///< in the grammar of ParseTransformList
+    TransformOrigin transformOrigin;
+    bool transformsInOwnBox = false;
+    bool nonScalingStroke = false;
     bool overflowVisible = false; ///< nested drawings and symbols are not clipped to their viewport
     double opacity = 1.0;
     std::string clipPath; ///< a reference, or empty

@@ -7,10 +7,14 @@
 
 namespace Svg {
 
-StyleResolver::StyleResolver(const Document& document)
+StyleResolver::StyleResolver(const Document& document, const ReadSheet& read)
 {
-    for (const std::string& text : document.GetStyleSheets())
-        m_sheet.Add(text);
+    for (const StyleSource& sheet : document.GetStyleSheets()) {
+        if (sheet.address.empty())
+            m_sheet.Add(sheet.text, read);
+        else
+            m_sheet.AddFile(sheet.address, read);
+    }
 }
 
 namespace {

@@ -13,8 +13,9 @@ namespace Svg {
 class StyleResolver
 {
 public:
+    /// \param read finds style sheets beside the document.
     /// \pre the document outlives the resolver.
-    explicit StyleResolver(const Document& document);
+    explicit StyleResolver(const Document& document, const ReadSheet& read = {});
 
     /// The style of an element below a parent with the style \p parent. Elements that `use` shows
     /// have a parent other than that of the tree.

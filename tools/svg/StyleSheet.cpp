@@ -6,6 +6,7 @@
 #include <kernel/FormatException.h>
 
 #include "Scanner.h"
+#include "StyleValues.h"
 
 namespace Svg {
 
@@ -38,12 +39,67 @@ std::string FindBucket(const CompoundSelector& subject)
     return subject.type.empty() ? "*" : subject.type;
 }
 
+/// The address that \p reference means in the sheet at \p base.
+std::string JoinAddress(std::string_view base, std::string_view reference)
+{
+    const std::size_t slash = base.rfind('/');
+    return std::string(base.substr(0, slash == base.npos ? 0 : slash + 1)) + std::string(reference);
+}
+
 } // namespace
 
-void StyleSheet::Add(std::string_view text)
+bool IsForScreen(std::string_view media)
 {
-    const std::string clean = RemoveComments(text);
-    std::string_view rest = clean;
+    if (Trim(media).empty())
+        return true;
+    Scanner scanner(media);
+    while (!scanner.AtEnd()) {
+        auto words = SplitWords(scanner.Until(','));
+        if (words.size() == 2 && EqualsIgnoringCase(words.front(), "only"))
+            words.erase(words.begin());
+        if (words.size() == 1 &&
+            (EqualsIgnoringCase(words[0], "all") || EqualsIgnoringCase(words[0], "screen")))
+            return true;
+    }
+    return false;
+}
+
+void StyleSheet::AddFile(std::string_view address, const ReadSheet& read)
+{
+    const std::string file(Trim(address));
+    if (!read || file.empty() || m_imports == MaxImports || m_files == MaxFiles)
+        return;
+    ++m_files;
+    if (const auto text = read(file)) {
+        ++m_imports;
+        Add(*text, read, file);
+        --m_imports;
+    }
+}
+
+/// \param rule what follows `@import`: an address and media queries.
+void StyleSheet::AddImport(std::string_view rule, const ReadSheet& read, std::string_view address)
+{
+    rule = Trim(rule);
+    std::string_view rest;
+    std::string_view file = ParseUrl(rule, rest);
+    if (file.empty() && !rule.empty() && (rule.front() == '"' || rule.front() == '\'')) {
+        Scanner scanner(rule.substr(1));
+        file = scanner.Until(rule.front());
+        rest = scanner.Rest();
+    }
+    if (!file.empty() && IsForScreen(rest))
+        AddFile(JoinAddress(address, file), read);
+}
+
+void StyleSheet::Add(std::string_view text, const ReadSheet& read, std::string_view address)
+{
+    AddRules(RemoveComments(text), read, address);
+}
+
+/// \param rest without comments.
+void StyleSheet::AddRules(std::string_view rest, const ReadSheet& read, std::string_view address)
+{
     while (!(rest = Trim(rest)).empty()) {
         if (rest.starts_with("<!--") || rest.starts_with("-->")) {
             rest.remove_prefix(rest.front() == '<' ? 4 : 3);
@@ -51,9 +107,12 @@ void StyleSheet::Add(std::string_view text)
         }
         char end = '\0';
         if (rest.starts_with('@')) {
-            TakeUntil(rest, ";{", end);
-            if (end == '{')
-                TakeBlock(rest);
+            Scanner rule(TakeUntil(rest, ";{", end));
+            const std::string_view block = end == '{' ? TakeBlock(rest) : std::string_view();
+            if (end == '{' && rule.AcceptWord("@media") && IsForScreen(rule.Rest()))
+                AddRules(block, read, address);
+            else if (end != '{' && rule.AcceptWord("@import"))
+                AddImport(rule.Rest(), read, address);
             continue;
         }
         const std::string_view selectors = TakeUntil(rest, "{", end);

@@ -4,7 +4,9 @@
 #include <array>
 #include <utility>
 
+#include "ElementTransform.h"
 #include "Scanner.h"
+#include "TransformList.h"
 
 namespace Svg {
 
@@ -44,6 +46,13 @@ constexpr std::array<Keyword<double>, 7> FontSizes{{{"xx-small", 9.6},
                                                     {"x-large", 24.0},
                                                     {"xx-large", 32.0}}};
 
+constexpr std::array<Keyword<bool>, 5> TransformBoxes{{{"fill-box", true},
+                                                       {"stroke-box", true},
+                                                       {"content-box", true},
+                                                       {"border-box", true},
+                                                       {"view-box", false}}};
+constexpr std::array<Keyword<bool>, 2> VectorEffects{
+    {{"non-scaling-stroke", true}, {"none", false}}};
 constexpr std::array<Keyword<bool>, 2> Isolations{{{"isolate", true}, {"auto", false}}};
 constexpr std::array<Keyword<bool>, 2> MaskTypes{{{"alpha", true}, {"luminance", false}}};
 constexpr std::array<Keyword<bool>, 3> Interpolations{
@@ -90,6 +99,10 @@ std::optional<StyleColour> ParseStyleColour(std::string_view value)
 std::optional<Paint> ParsePaint(std::string_view value)
 {
     Paint paint;
+    if (EqualsIgnoringCase(value, "context-fill"))
+        return Paint{Paint::Context::Fill, {}, {}};
+    if (EqualsIgnoringCase(value, "context-stroke"))
+        return Paint{Paint::Context::Stroke, {}, {}};
     std::string_view rest = value;
     paint.server = ParseUrl(value, rest);
     rest = Trim(rest);
@@ -103,6 +116,12 @@ std::optional<std::string> ParseReference(std::string_view value)
 {
     std::string_view rest;
     return std::string(ParseUrl(value, rest));
+}
+
+/// A text that is a list of transforms.
+std::optional<std::string> ParseTransform(std::string_view value)
+{
+    return ParseTransformList(value) ? std::optional(std::string(value)) : std::nullopt;
 }
 
 using PaintOrder = std::array<PaintLayer, 3>;
@@ -265,6 +284,23 @@ std::optional<bool> ApplyMarker(Style& style, const Style& parent, Property prop
     }
 }
 
+std::optional<bool> ApplyTransform(Style& style, const Style& parent, Property property,
+                                   std::string_view value)
+{
+    switch (property) {
+    case Property::Transform:
+        return Set(&Style::transform, style, parent, value, ParseTransform);
+    case Property::TransformBox:
+        return Set(&Style::transformsInOwnBox, style, parent, value, OneOf(TransformBoxes));
+    case Property::TransformOrigin:
+        return Set(&Style::transformOrigin, style, parent, value, ParseTransformOrigin);
+    case Property::VectorEffect:
+        return Set(&Style::nonScalingStroke, style, parent, value, OneOf(VectorEffects));
+    default:
+        return std::nullopt;
+    }
+}
+
 /// How an element as a whole is laid over what is below.
 std::optional<bool> ApplyCompositing(Style& style, const Style& parent, Property property,
                                      std::string_view value)
@@ -324,6 +360,8 @@ bool ApplyProperty(Style& style, const Style& parent, Property property, std::st
     if (const auto understood = ApplyFill(style, parent, property, value))
         return *understood;
     if (const auto understood = ApplyMarker(style, parent, property, value))
+        return *understood;
+    if (const auto understood = ApplyTransform(style, parent, property, value))
         return *understood;
     if (const auto understood = ApplyCompositing(style, parent, property, value))
         return *understood;

@@ -5,6 +5,7 @@
 #include <kernel/FormatException.h>
 
 #include "Bounds.h"
+#include "ElementTransform.h"
 #include "Shapes.h"
 
 namespace Svg {
@@ -41,8 +42,20 @@ void Walker::DrawDocument(double width, double height)
     m_rootRect = {0.0, 0.0, width, height};
     const auto picture = Offscreen::FindPixels(m_target, m_rootRect);
     m_context.StartPicture(double(picture.Width()) * picture.Height());
-    m_lengths.viewportWidth = width;
-    m_lengths.viewportHeight = height;
+    DrawRoot();
+}
+
+void Walker::DrawWithin(double width, double height)
+{
+    m_rootRect = {0.0, 0.0, width, height};
+    m_isReferenced = true;
+    DrawRoot();
+}
+
+void Walker::DrawRoot()
+{
+    m_lengths.viewportWidth = m_rootRect.Width();
+    m_lengths.viewportHeight = m_rootRect.Height();
     DrawElement(m_context.GetDocument().GetRoot(), Style());
 }
 
@@ -78,7 +91,9 @@ void Walker::DrawElement(const Element& element, const Style& parent, const Elem
 
 void Walker::DrawPlaced(const Element& element, const Style& style, const Element* use)
 {
-    const Transform transform = GetTransform(element);
+    const LengthContext lengths = MakeLengths(style);
+    const Transform transform = MakeElementTransform(
+        style, lengths, [&] { return MeasureBounds(m_context, element, style, lengths); });
     if (transform == Transform{})
         return DrawClipped(element, style, use);
     Transform inverse;

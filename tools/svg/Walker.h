@@ -32,6 +32,10 @@ public:
     ///         all measure.
     void DrawDocument(double width, double height);
 
+    /// Draws the whole document as a part of another picture, whose counts go on.
+    /// \throws Kernel::FormatException as above.
+    void DrawWithin(double width, double height);
+
     /// Draws the children of an element that is shown by reference: a pattern, a mask, a marker.
     /// \param lengths what their lengths refer to.
     /// \throws Kernel::FormatException as above.
@@ -39,6 +43,7 @@ public:
 
 private:
     ContentDrawer MakeContentDrawer();
+    void DrawRoot();
     void DrawElement(const Element& element, const Style& parent, const Element* use = nullptr);
     void DrawPlaced(const Element& element, const Style& style, const Element* use);
     void DrawClipped(const Element& element, const Style& style, const Element* use);
