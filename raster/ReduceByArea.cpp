@@ -32,11 +32,6 @@ public:
         std::uint64_t firstWeight;
         std::uint64_t innerWeight;
         std::uint64_t lastWeight; ///< 0 when first is the last
-
-        std::uint64_t GetWeight(unsigned index) const noexcept
-        {
-            return index == first ? firstWeight : index == last ? lastWeight : innerWeight;
-        }
     };
 
     Footprint GetFootprint(unsigned index) const noexcept
@@ -102,16 +97,37 @@ public:
     }
 
 private:
+    /// Sums that stay in the nearest cache while rows are added to them.
+    static constexpr std::size_t BlockLength = 8192 / sizeof(ColumnSum);
+
     void SumColumns(unsigned y, std::vector<ColumnSum>& columns) const
     {
-        std::fill(columns.begin(), columns.end(), ColumnSum{});
         const auto footprint = m_y.GetFootprint(y);
-        for (unsigned j = footprint.first; j <= footprint.last; ++j) {
-            const auto weight = static_cast<ColumnSum>(footprint.GetWeight(j));
-            const auto* row = reinterpret_cast<const Channel*>(m_source.GetRow(j));
-            for (std::size_t i = 0; i < columns.size(); ++i)
-                columns[i] += weight * static_cast<ColumnSum>(row[i]);
+        for (std::size_t begin = 0; begin < columns.size(); begin += BlockLength)
+            SumBlock(footprint, begin, std::min(BlockLength, columns.size() - begin),
+                     columns.data() + begin);
+    }
+
+    void SumBlock(const AreaAxis::Footprint& rows, std::size_t begin, std::size_t count,
+                  ColumnSum* __restrict sums) const
+    {
+        const auto channels = [&](unsigned y) {
+            return reinterpret_cast<const Channel*>(m_source.GetRow(y)) + begin;
+        };
+        std::fill_n(sums, count, ColumnSum{});
+        for (unsigned y = rows.first + 1; y < rows.last; ++y) {
+            const Channel* __restrict const row = channels(y);
+            for (std::size_t i = 0; i < count; ++i)
+                sums[i] += static_cast<ColumnSum>(row[i]);
         }
+        const Channel* __restrict const first = channels(rows.first);
+        const Channel* __restrict const last = channels(rows.last);
+        const auto firstWeight = static_cast<ColumnSum>(rows.firstWeight);
+        const auto innerWeight = static_cast<ColumnSum>(rows.innerWeight);
+        const auto lastWeight = static_cast<ColumnSum>(rows.lastWeight);
+        for (std::size_t i = 0; i < count; ++i)
+            sums[i] = firstWeight * static_cast<ColumnSum>(first[i]) + innerWeight * sums[i] +
+                      lastWeight * static_cast<ColumnSum>(last[i]);
     }
 
     void SumRow(const std::vector<ColumnSum>& columns, Channel* out) const

@@ -31,12 +31,16 @@ Counted<DynamicBuffer> SpareBuffers::Take(Raster::Format format, unsigned width,
     }
     if (smallest == m_buffers.end())
         return DynamicBuffer::Create(format, width, height);
-    // The new one will serve where the smallest did. Pixels that are never touched take no memory.
-    const unsigned largerWidth = std::max(width, (*smallest)->GetWidth());
-    const unsigned largerHeight = std::max(height, (*smallest)->GetHeight());
+    // The new one will serve where the smallest did, too, unless that takes far more memory than
+    // either, as a buffer both as wide as one and as tall as the other may.
+    const std::uint64_t smallestSize = size(*smallest);
+    const unsigned bothWidth = std::max(width, (*smallest)->GetWidth());
+    const unsigned bothHeight = std::max(height, (*smallest)->GetHeight());
     m_buffers.erase(smallest);
-    if (auto larger = DynamicBuffer::Create(format, largerWidth, largerHeight))
-        return larger;
+    if (std::uint64_t{bothWidth} * bothHeight <=
+        2 * std::max(smallestSize, std::uint64_t{width} * height))
+        if (auto both = DynamicBuffer::Create(format, bothWidth, bothHeight))
+            return both;
     return DynamicBuffer::Create(format, width, height);
 }
 

@@ -18,6 +18,15 @@ std::size_t GetByteSize(const Raster::DynamicBuffer& buffer) noexcept
     return static_cast<std::size_t>(buffer.GetStride()) * buffer.GetHeight();
 }
 
+template<class Entries>
+std::size_t GetBytesOf(const Entries& entries) noexcept
+{
+    std::size_t total = 0;
+    for (const auto& entry : entries)
+        total += GetByteSize(*entry.pixels);
+    return total;
+}
+
 void SetAlphaFull(Raster::Format format, void* pixels, unsigned count)
 {
     Raster::WithPixelOfFormat(format, false, [&](auto kind) {
@@ -81,42 +90,46 @@ Kernel::Counted<const Raster::DynamicBuffer>
 BitmapCache::Get(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap, Raster::Format format,
                  const Raster::ICCManager::ICCProfileSet& profiles, bool ignoreAlpha)
 {
-    const auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& entry) {
-        return entry.bitmap == bitmap && entry.format == format &&
-               entry.ignoreAlpha == ignoreAlpha && entry.profiles == profiles;
-    });
-    if (found != m_entries.end()) {
-        std::rotate(m_entries.begin(), found, found + 1);
-        return m_entries.front().converted;
-    }
+    Entry wanted{bitmap, format, profiles, ignoreAlpha, {}};
+    if (const Entry* const known =
+            Find(m_entries, [&](const Entry& entry) { return entry.HasOrigin(wanted); }))
+        return known->pixels;
     auto converted =
         Raster::ConvertBuffer(bitmap->GetBuffer(), bitmap->GetProfile(), format, profiles);
     if (converted && ignoreAlpha)
         converted = MakeOpaque(*converted);
-    if (converted && converted != bitmap->GetBuffer())
-        Keep({bitmap, format, profiles, ignoreAlpha, converted});
+    if (converted && converted != bitmap->GetBuffer()) {
+        wanted.pixels = converted;
+        Keep(m_entries, MaxEntries, std::move(wanted));
+    }
     return converted;
 }
 
 Kernel::Counted<const Raster::DynamicBuffer>
-BitmapCache::GetReduced(const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
-                        const Raster::AffineTransform::Params& deviceToUnit)
+BitmapCache::GetReduced(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap,
+                        Raster::Format format, const Raster::ICCManager::ICCProfileSet& profiles,
+                        bool ignoreAlpha, const Raster::AffineTransform::Params& deviceToUnit)
 {
-    const Raster::PictureSize whole{pixels->GetWidth(), pixels->GetHeight()};
+    if (!bitmap->GetBuffer())
+        return {};
+    const Raster::PictureSize whole{bitmap->GetBuffer()->GetWidth(),
+                                    bitmap->GetBuffer()->GetHeight()};
     const Raster::PictureSize size = Raster::GetReducedSize(whole, deviceToUnit);
     if (size == whole)
-        return pixels;
-    const Reduction* const known = Find(m_reductions, [&](const Reduction& reduction) {
-        return reduction.source == pixels && reduction.reduced->GetWidth() == size.width &&
-               reduction.reduced->GetHeight() == size.height;
-    });
-    if (known)
-        return known->reduced;
+        return Get(bitmap, format, profiles, ignoreAlpha);
+    Entry wanted{bitmap, format, profiles, ignoreAlpha, {}};
+    if (const Entry* const known = Find(m_reductions, [&](const Entry& entry) {
+            return entry.pixels->GetWidth() == size.width &&
+                   entry.pixels->GetHeight() == size.height && entry.HasOrigin(wanted);
+        }))
+        return known->pixels;
+    const auto pixels = Get(bitmap, format, profiles, ignoreAlpha);
     auto reduced = Raster::ReduceByArea(pixels, size.width, size.height);
     if (!reduced)
         return pixels;
     DropOrphans();
-    Keep({pixels, reduced});
+    wanted.pixels = reduced;
+    Keep(m_reductions, MaxReductions, std::move(wanted));
     return reduced;
 }
 
@@ -137,53 +150,32 @@ bool BitmapCache::IsOpaque(const Kernel::Counted<const Raster::DynamicBuffer>& p
 
 std::size_t BitmapCache::GetByteCount() const noexcept
 {
-    std::size_t total = 0;
-    for (const Entry& entry : m_entries)
-        total += GetByteSize(*entry.converted);
-    return total;
+    return GetBytesOf(m_entries);
 }
 
-void BitmapCache::Keep(Entry entry)
+void BitmapCache::Keep(Entries& entries, std::size_t maxEntries, Entry entry)
 {
-    const std::size_t size = GetByteSize(*entry.converted);
+    const std::size_t size = GetByteSize(*entry.pixels);
     if (size > m_byteBudget)
         return;
-    while (m_entries.size() >= MaxEntries || GetByteCount() + size > m_byteBudget)
-        m_entries.pop_back();
-    m_entries.insert(m_entries.begin(), std::move(entry));
+    while (entries.size() >= maxEntries || GetBytesOf(entries) + size > m_byteBudget)
+        entries.pop_back();
+    entries.insert(entries.begin(), std::move(entry));
 }
 
 void BitmapCache::DropOrphans()
 {
-    const auto isOrphan = [&](const auto& entry) {
-        const auto hasSource = [&](const auto& other) { return other.source == entry.source; };
-        const auto ours = std::count_if(m_reductions.begin(), m_reductions.end(), hasSource) +
-                          std::count_if(m_opacities.begin(), m_opacities.end(), hasSource);
-        return entry.source->GetReferenceCount() == unsigned(ours);
+    const auto countHolders = [&](const Entry& entry) {
+        const auto holds = [&](const Entry& other) { return other.bitmap == entry.bitmap; };
+        return unsigned(std::ranges::count_if(m_entries, holds) +
+                        std::ranges::count_if(m_reductions, holds));
     };
-    const auto drop = [&](auto& entries) {
-        for (std::size_t i = entries.size(); i-- > 0;)
-            if (isOrphan(entries[i]))
-                entries.erase(entries.begin() + std::ptrdiff_t(i));
-    };
-    drop(m_reductions); // these hold pixels whose opacity is known
-    drop(m_opacities);
-}
-
-void BitmapCache::Keep(Reduction reduction)
-{
-    const std::size_t size = GetByteSize(*reduction.reduced);
-    if (size > m_byteBudget)
-        return;
-    const auto getByteCount = [&] {
-        std::size_t total = size;
-        for (const Reduction& kept : m_reductions)
-            total += GetByteSize(*kept.reduced);
-        return total;
-    };
-    while (m_reductions.size() >= MaxReductions || getByteCount() > m_byteBudget)
-        m_reductions.pop_back();
-    m_reductions.insert(m_reductions.begin(), std::move(reduction));
+    for (std::size_t i = m_reductions.size(); i-- > 0;)
+        if (m_reductions[i].bitmap->GetReferenceCount() == countHolders(m_reductions[i]))
+            m_reductions.erase(m_reductions.begin() + std::ptrdiff_t(i));
+    // These may be of pixels that were just dropped.
+    std::erase_if(m_opacities,
+                  [](const Opacity& opacity) { return opacity.source->GetReferenceCount() == 1; });
 }
 
 } // namespace Renderer

@@ -37,10 +37,12 @@ public:
     Get(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap, Raster::Format format,
         const Raster::ICCManager::ICCProfileSet& profiles, bool ignoreAlpha);
 
-    /// The pixels reduced by area for a map from the device to the unit square that they occupy;
-    /// \p pixels themselves where it does not minify or the memory cannot be had.
+    /// The same reduced by area for a map from the device to the unit square that the bitmap
+    /// occupies; not reduced where the map does not minify or the memory cannot be had. A bitmap
+    /// whose conversion is too large to be kept is not converted again for the same reduction.
     Kernel::Counted<const Raster::DynamicBuffer>
-    GetReduced(const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
+    GetReduced(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap, Raster::Format format,
+               const Raster::ICCManager::ICCProfileSet& profiles, bool ignoreAlpha,
                const Raster::AffineTransform::Params& deviceToUnit);
 
     /// Whether all pixels have full alpha, if that can be told cheaply: large pictures count as
@@ -62,34 +64,38 @@ public:
     std::size_t GetByteCount() const noexcept;
 
 private:
+    /// What is derived from a bitmap: a conversion or a reduction of one.
     struct Entry
     {
         Kernel::Counted<const Raster::DynamicBitmap> bitmap;
         Raster::Format format;
         Raster::ICCManager::ICCProfileSet profiles;
         bool ignoreAlpha;
-        Kernel::Counted<const Raster::DynamicBuffer> converted;
-    };
+        Kernel::Counted<const Raster::DynamicBuffer> pixels;
 
-    struct Reduction
-    {
-        Kernel::Counted<const Raster::DynamicBuffer> source;
-        Kernel::Counted<const Raster::DynamicBuffer> reduced;
+        /// Whether both stem from the same pixels in the same format and profiles.
+        bool HasOrigin(const Entry& other) const noexcept
+        {
+            return bitmap == other.bitmap && format == other.format &&
+                   ignoreAlpha == other.ignoreAlpha && profiles == other.profiles;
+        }
     };
+    using Entries = std::vector<Entry>;
+
     struct Opacity
     {
         Kernel::Counted<const Raster::DynamicBuffer> source;
         bool isOpaque;
     };
 
-    void Keep(Entry entry);
-    void Keep(Reduction reduction);
-    /// Drops reductions and opacities of pixels that nobody else holds any more.
+    /// Puts an entry first and drops the last ones that are beyond the bounds.
+    void Keep(Entries& entries, std::size_t maxEntries, Entry entry);
+    /// Drops reductions of bitmaps and opacities of pixels that nobody else holds any more.
     void DropOrphans();
 
     std::size_t m_byteBudget;
-    std::vector<Entry> m_entries;
-    std::vector<Reduction> m_reductions;
+    Entries m_entries; // conversions
+    Entries m_reductions;
     std::vector<Opacity> m_opacities;
 };
 

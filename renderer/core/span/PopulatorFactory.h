@@ -69,7 +69,7 @@ private:
     template<class FillT>
     static bool MakeSampled(const FillT& fill,
                             const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
-                            bool isConstant, const Call& call);
+                            const Params& deviceToUnit, bool isOpaque, const Call& call);
     static bool MakeGradient(const FillGradient& fill, const Call& call);
     static bool MakeLastStop(const FillGradient& fill, const Call& call);
     template<class Populator, class... Args>

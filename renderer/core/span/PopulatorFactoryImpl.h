@@ -126,9 +126,19 @@ bool PopulatorFactory<Processor>::MakeBitmap(const FillBitmap& fill, const Call&
 {
     if (!fill.GetBitmap())
         return false;
-    const auto pixels = call.context.bitmaps.Get(fill.GetBitmap(), Raster::FormatOfPixel<Pixel>,
-                                                 call.context.profiles, fill.GetIgnoreAlpha());
-    return MakeSampled(fill, pixels, true, call);
+    Params deviceToUnit;
+    if (!Raster::AffineTransform::Invert(call.fillToDevice, deviceToUnit))
+        return false;
+    const PopulatorContext& context = call.context;
+    constexpr Raster::Format format = Raster::FormatOfPixel<Pixel>;
+    const bool reduces = context.downResampler != Raster::ResamplerType::NearestNeighbour;
+    const auto pixels = reduces
+                            ? context.bitmaps.GetReduced(fill.GetBitmap(), format, context.profiles,
+                                                         fill.GetIgnoreAlpha(), deviceToUnit)
+                            : context.bitmaps.Get(fill.GetBitmap(), format, context.profiles,
+                                                  fill.GetIgnoreAlpha());
+    return pixels &&
+           MakeSampled(fill, pixels, deviceToUnit, context.bitmaps.IsOpaque(pixels), call);
 }
 
 template<class Processor>
@@ -136,35 +146,24 @@ bool PopulatorFactory<Processor>::MakeBuffer(const FillBuffer& fill, const Call&
 {
     if (!fill.GetBuffer())
         return false;
-    // Buffers change between calls: a conversion is not kept.
+    Params deviceToUnit;
+    if (!Raster::AffineTransform::Invert(call.fillToDevice, deviceToUnit))
+        return false;
+    // Buffers change between calls: nothing that is derived from one is kept.
     const auto pixels = Raster::ConvertBuffer(fill.GetBuffer(), {}, Raster::FormatOfPixel<Pixel>,
                                               call.context.profiles);
-    return MakeSampled(fill, pixels, false, call);
+    return pixels && MakeSampled(fill, pixels, deviceToUnit, false, call);
 }
 
-/// \p isConstant tells that the pixels will never change, so that what is derived from them can be
-/// kept.
 template<class Processor>
 template<class FillT>
 bool PopulatorFactory<Processor>::MakeSampled(
-    const FillT& fill, const Kernel::Counted<const Raster::DynamicBuffer>& pixels, bool isConstant,
-    const Call& call)
+    const FillT& fill, const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
+    const Params& deviceToUnit, bool isOpaque, const Call& call)
 {
-    Params deviceToUnit;
-    if (!pixels || !Raster::AffineTransform::Invert(call.fillToDevice, deviceToUnit))
-        return false;
-    const auto down = call.context.downResampler;
-    const auto make = [&](const auto& source, bool isOpaque) {
-        return Finish<BitmapPopulator<Processor>>(call, source, deviceToUnit, fill.GetUpSampler(),
-                                                  down, fill.GetExtendType(), isOpaque);
-    };
-    if (!isConstant)
-        return make(pixels, false);
-    BitmapCache& cache = call.context.bitmaps;
-    const auto source = down == Raster::ResamplerType::NearestNeighbour
-                            ? pixels
-                            : cache.GetReduced(pixels, deviceToUnit);
-    return make(source, cache.IsOpaque(source));
+    return Finish<BitmapPopulator<Processor>>(call, pixels, deviceToUnit, fill.GetUpSampler(),
+                                              call.context.downResampler, fill.GetExtendType(),
+                                              isOpaque);
 }
 
 template<class Processor>

@@ -269,24 +269,34 @@ TYPED_TEST(BitmapTest, OpaquePaintIsKnownAsSuch)
 
 TEST(BitmapCache, LetsGoOfReductionsThatNobodyWants)
 {
-    const auto make = [](unsigned size) -> Kernel::Counted<const DynamicBuffer> {
-        return DynamicBuffer::Create(Raster::Format::RGBA8, size, size);
+    const auto make = [](unsigned size) {
+        return Kernel::MakeCounted<const DynamicBitmap>(
+            DynamicBuffer::Create(Raster::Format::RGBA8, size, size));
     };
-    const Params tenth{0.1, 0, 0, 0, 0.1, 0};
     BitmapCache cache(5000);
+    const auto reduce = [&](const auto& bitmap, double side,
+                            Raster::Format format = Raster::Format::RGBA8) {
+        return cache.GetReduced(bitmap, format, {}, false, {1 / side, 0, 0, 0, 1 / side, 0});
+    };
     auto first = make(60);
-    const auto reduced = cache.GetReduced(first, tenth);
+    const auto reduced = reduce(first, 10);
     EXPECT_EQ(reduced->GetWidth(), 10U);
-    EXPECT_EQ(cache.GetReduced(first, tenth), reduced);
-    EXPECT_FALSE(cache.IsOpaque(first));
-    EXPECT_EQ(cache.GetReduced(first, {1.0 / 60, 0, 0, 0, 1.0 / 60, 0}), first);
+    EXPECT_EQ(reduce(first, 10), reduced);
+    EXPECT_FALSE(cache.IsOpaque(first->GetBuffer()));
+    EXPECT_EQ(reduce(first, 60), first->GetBuffer());
+    // Known again, though the conversion that it was made from is too large to be kept.
+    const auto other = reduce(first, 10, Raster::Format::RGBA16);
+    EXPECT_EQ(other->GetFormat(), Raster::Format::RGBA16);
+    EXPECT_EQ(reduce(first, 10, Raster::Format::RGBA16), other);
+    EXPECT_EQ(cache.GetReductionCount(), 2U);
+    EXPECT_EQ(cache.GetEntryCount(), 0U);
     first = {};
     const auto second = make(70);
-    cache.GetReduced(second, tenth);
+    reduce(second, 10);
     EXPECT_EQ(cache.GetReductionCount(), 1U);
 
-    for (int i = 1; i < 60; ++i) // sizes from 1 to 59, of at most 14 KB each
-        cache.GetReduced(second, {1.0 / i, 0, 0, 0, 1.0 / i, 0});
+    for (int side = 1; side < 60; ++side) // at most 14 KB each
+        reduce(second, side);
     EXPECT_GT(cache.GetReductionCount(), 0U);
     EXPECT_LE(cache.GetReductionCount(), BitmapCache::MaxReductions);
     cache.Clear();

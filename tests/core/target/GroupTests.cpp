@@ -232,5 +232,38 @@ TEST_F(GroupTest, SmallGroupsShareALargeBuffer)
     pop();
 }
 
+TEST_F(GroupTest, BuffersTakeMemoryForTheirGroupsOnly)
+{
+    constexpr int side = 8000;
+    const auto page = Make(side, side);
+    const auto bytesOf = [](const auto& buffer) {
+        return std::size_t(buffer->GetStride()) * buffer->GetHeight();
+    };
+    const std::size_t pageBytes = bytesOf(page->GetBuffer());
+    const auto open = [&](const RectT<double>& rect) {
+        page->PushLogicalDeviceClip(rect);
+        page->PushComposite(CompositeInit::Clear, FillBlendMode::Normal, BlendOptions::Identity(),
+                            1.0F);
+        return bytesOf(page->GetCurrentBuffer());
+    };
+    const auto close = [&] {
+        page->PopCompositeAsFill({}, {});
+        page->PopDeviceClip();
+    };
+    std::size_t bytes = 0;
+    for (int depth = 0; depth < 10; ++depth)
+        bytes += open({3000.0 + depth, 100, 3600, 700});
+    EXPECT_LT(bytes, pageBytes / 10);
+    for (int depth = 0; depth < 10; ++depth)
+        close();
+    // A wide one and a tall one share memory for either, not for both sides.
+    for (int round = 0; round < 2; ++round) {
+        for (const RectT<double>& rect : {RectT<double>{0, 50, side, 80}, {50, 0, 80, side}}) {
+            EXPECT_LT(open(rect), pageBytes / 100);
+            close();
+        }
+    }
+}
+
 } // namespace
 } // namespace Renderer
