@@ -128,6 +128,12 @@ TEST(SvgEquivalence, PaintsOfTheContext)
                              "marker-end='url(#m)' ";
     ExpectSame({{path + "stroke='teal' fill='gold'/>", squares("teal", "gold")},
                 {path + "stroke='url(#g)' fill='none'/>", squares("url(#g)", "none")},
+                // Patterns are no part of the marker.
+                {"<pattern id='p' width='9' height='9' patternUnits='userSpaceOnUse'><rect "
+                 "width='9' height='9' fill='context-stroke'/></pattern><marker id='n' "
+                 "markerWidth='9' markerHeight='9'><rect width='9' height='9' fill='url(#p)'/>"
+                 "</marker><path d='M9 9V70H150' stroke='red' marker-end='url(#n)'/>",
+                 "<path d='M9 9V70H150' stroke='red'/>"},
                 {"<rect width='50' height='50' fill='context-fill'/><rect y='50' width='50' "
                  "height='50'/>",
                  "<rect y='50' width='50' height='50'/>"}},

@@ -103,6 +103,7 @@ void Drawing::DrawWithin(Renderer::RenderTarget& target, Context& outer)
                 outer.GetNotices().Add(notice);
         }
     } const settlement{inner, outer};
+    inner.GetTiles() = {}; // those of another picture may have been given up half way
     Walker(inner, target, nullptr).DrawWithin(m_width, m_height);
 }
 

@@ -34,6 +34,9 @@ void Walker::DrawReferenced(const Element& owner, const LengthContext& lengths)
 {
     m_isReferenced = true;
     m_lengths = lengths;
+    // Patterns and masks are no part of the marker that they are used in, and tiles are shared.
+    auto*& paints = m_context.GetContextPaints();
+    const ValueScope scope(paints, owner.tag == Tag::Marker ? paints : nullptr);
     DrawChildren(owner, m_context.GetStyles().ResolveInPlace(owner));
 }
 
