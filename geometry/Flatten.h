@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 
+#include <geometry/StepPace.h>
 #include <kernel/Point.h>
 
 namespace Geometry {
@@ -44,10 +44,6 @@ public:
 private:
     Point m_p0, m_p3, m_second0, m_second1, m_c1, m_c2, m_c3;
 };
-
-/// The most pieces that one cubic is flattened into. Enough for every cubic within ±2^21 pixels at
-/// a tolerance of 0.0021 pixels; a guard for what is larger still.
-inline constexpr std::size_t MaximumCubicPieces = 65536;
 
 /// Walks along a cubic in the longest parameter steps whose chords are known to stay within a
 /// tolerance of it.
@@ -92,11 +88,7 @@ public:
     void Advance() noexcept
     {
         const double rest = 1.0 - m_at.t;
-        double step = m_ideal > 0.0 ? m_ideal + m_trend : 0.9 * Predict();
-        if (step >= 0.9 * rest)
-            step = rest;
-        else if (step > 0.5 * rest)
-            step = 0.5 * rest; // two even steps rather than a long one and a stub
+        double step = m_pace.Choose(rest, [this] { return Predict(); });
         for (int attempt = 0;; ++attempt) {
             const Step next = Towards(step);
             m_piece = Measure(next);
@@ -127,20 +119,15 @@ private:
 
     Step Towards(double step) const noexcept
     {
-        constexpr double shortest = 1.0 / static_cast<double>(MaximumCubicPieces);
-        const double t = m_at.t + std::max(step, shortest);
-        const bool inside = t < 1.0 - 1e-12; // what rounding leaves of the last step is no step
-        Step next = At(inside ? t : 1.0);
-        if (!inside)
+        Step next = At(StepPace::GetEnd(m_at.t, step));
+        if (next.t >= 1.0)
             next.point = m_cubic.End();
         return next;
     }
 
     void Accept(const Step& next) noexcept
     {
-        const double ideal = (next.t - m_at.t) * GetStepFactor(3.0);
-        m_trend = m_ideal > 0.0 ? std::clamp(ideal - m_ideal, -0.5 * ideal, ideal) : 0.0;
-        m_ideal = ideal;
+        m_pace.Learn((next.t - m_at.t) * GetStepFactor(3.0));
         m_at = next;
     }
 
@@ -202,8 +189,7 @@ private:
     Step m_at;
     double m_tolerance;
     Piece m_piece{};
-    double m_ideal = 0.0; // the step that the last piece would have allowed; 0: not known
-    double m_trend = 0.0; // by how much that grew
+    StepPace m_pace;
 };
 
 /// Calls \p sink(point) for the points of a polyline from \p p0 (which is left out) to \p p3, whose

@@ -87,8 +87,8 @@ void StrokePathBuilder::SetDirection(Point direction)
 
 void StrokePathBuilder::AddCubic(const Point* p)
 {
-    const Point start = FirstDirection({}, {p[1] - p[0], p[2] - p[0], p[3] - p[0]});
-    const Point end = FirstDirection({}, {p[3] - p[2], p[3] - p[1], p[3] - p[0]});
+    const Point start = FirstDirection({p[1] - p[0], p[2] - p[0], p[3] - p[0]});
+    const Point end = FirstDirection({p[3] - p[2], p[3] - p[1], p[3] - p[0]});
     if (start == Point{} || end == Point{})
         return; // all four coincide
     SetDirection(start);
@@ -149,15 +149,15 @@ void StrokePathBuilder::Finish(bool hasSegments)
     }
 }
 
-Point StrokePathBuilder::FirstDirection(Point fallback,
-                                        std::initializer_list<Point> candidates) const
+/// The direction of the first candidate that is long enough to have one; (0, 0) if none is.
+Point StrokePathBuilder::FirstDirection(std::initializer_list<Point> candidates) const
 {
     for (const Point candidate : candidates) {
         const double length = Length(candidate);
         if (length > m_precision.shortest)
             return candidate * (1.0 / length);
     }
-    return fallback;
+    return {};
 }
 
 } // namespace Geometry

@@ -55,7 +55,7 @@ private:
     void AddTinyPiece(Point end, Point tangent);
     void Finish(bool hasSegments);
 
-    Point FirstDirection(Point fallback, std::initializer_list<Point> candidates) const;
+    Point FirstDirection(std::initializer_list<Point> candidates) const;
 
     StrokePrecision m_precision{};
     StrokePath m_path;

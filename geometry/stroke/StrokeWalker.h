@@ -58,15 +58,12 @@ public:
     bool Advance() noexcept
     {
         const double rest = 1.0 - m_at.t;
-        double step = m_ideal > 0.0 ? m_ideal + m_trend : 0.9 * Predict();
-        if (step >= 0.9 * rest)
-            step = rest;
-        else if (step > 0.5 * rest)
-            step = 0.5 * rest; // two even steps rather than a long one and a stub
+        double step = m_pace.Choose(rest, [this] { return Predict(); });
         for (int attempt = 0;; ++attempt) {
             const Step next = Towards(step);
             m_piece = Measure(next);
-            if (m_piece.excess <= 1.0 || GetExtent(next) <= m_precision.tiny || step <= Shortest) {
+            if (m_piece.excess <= 1.0 || GetExtent(next) <= m_precision.tiny ||
+                step <= StepPace::Shortest) {
                 Accept(next);
                 return m_piece.excess <= 1.0;
             }
@@ -75,13 +72,9 @@ public:
     }
 
 private:
-    static constexpr double Shortest = 1.0 / static_cast<double>(MaximumCubicPieces);
-
     void Accept(const Step& next) noexcept
     {
-        const double ideal = (next.t - m_at.t) * GetStepFactor(3.0);
-        m_trend = m_ideal > 0.0 ? std::clamp(ideal - m_ideal, -0.5 * ideal, ideal) : 0.0;
-        m_ideal = ideal;
+        m_pace.Learn((next.t - m_at.t) * GetStepFactor(3.0));
         m_at = next;
     }
 
@@ -94,10 +87,9 @@ private:
 
     Step Towards(double step) const noexcept
     {
-        const double t = m_at.t + std::max(step, Shortest);
-        const bool inside = t < 1.0 - 1e-12; // what rounding leaves of the last step is no step
-        const double end = inside ? t : 1.0;
-        Step next{end, inside ? m_cubic.Evaluate(t) : m_cubic.End(), m_cubic.Derivative(end),
+        const double end = StepPace::GetEnd(m_at.t, step);
+        const bool inside = end < 1.0;
+        Step next{end, inside ? m_cubic.Evaluate(end) : m_cubic.End(), m_cubic.Derivative(end),
                   m_cubic.SecondDifference(end), m_endTangent};
         if (inside)
             next.tangent = GetTangent(next);
@@ -171,8 +163,7 @@ private:
     Point m_endTangent;
     Step m_at;
     Piece m_piece{};
-    double m_ideal = 0.0;
-    double m_trend = 0.0;
+    StepPace m_pace;
 };
 
 } // namespace Geometry
