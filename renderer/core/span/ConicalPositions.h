@@ -6,8 +6,8 @@
 #include <optional>
 #include <type_traits>
 
-#include <kernel/Point.h>
 #include <raster/AffineTransform.h>
+#include <renderer/core/span/UnitFrame.h>
 
 namespace Renderer {
 
@@ -23,10 +23,8 @@ public:
     static std::optional<ConicalPositions>
     MakeCorrected(const Raster::AffineTransform::Params& unitToDevice)
     {
-        Raster::AffineTransform::Params deviceToUnit;
-        if (!Raster::AffineTransform::Invert(unitToDevice, deviceToUnit))
-            return std::nullopt;
-        return ConicalPositions(deviceToUnit, {unitToDevice.m02, unitToDevice.m12});
+        const auto frame = UnitFrame::Make(unitToDevice, {unitToDevice.m02, unitToDevice.m12});
+        return frame ? std::optional(ConicalPositions(*frame)) : std::nullopt;
     }
 
     /// The true angle on the device, from the image of the x axis on.
@@ -42,18 +40,12 @@ public:
     template<class Real>
     struct Row
     {
-        double start;
-        double du; // the unit frame's change per pixel
-        double dv;
-        double u0; // its place at the start
-        double v0;
+        UnitFrame::Row place;
         Real scale;
 
         Real GetParameter(double x) const noexcept
         {
-            const double dx = x - start;
-            return GetTurn(static_cast<Real>(du * dx + u0), static_cast<Real>(dv * dx + v0)) *
-                   scale;
+            return GetTurn(place.GetU<Real>(x), place.GetV<Real>(x)) * scale;
         }
     };
 
@@ -61,9 +53,7 @@ public:
     template<class Real>
     Row<Real> GetRow(int y, double scale) const noexcept
     {
-        const double dy = y + 0.5 - m_centre.y;
-        return {m_centre.x - 0.5,   m_inverse.m00,      m_inverse.m10,
-                m_inverse.m01 * dy, m_inverse.m11 * dy, static_cast<Real>(scale)};
+        return {m_frame.GetRow(y, 1.0), static_cast<Real>(scale)};
     }
 
     static constexpr bool IsConstantAlongRows() noexcept { return false; }
@@ -92,10 +82,7 @@ public:
     }
 
 private:
-    ConicalPositions(const Raster::AffineTransform::Params& inverse,
-                     Kernel::PointT<double> centre) noexcept
-        : m_inverse(inverse), m_centre(centre)
-    {}
+    explicit ConicalPositions(const UnitFrame& frame) noexcept : m_frame(frame) {}
 
     /// arctan(z)/2π for 0 ≤ z ≤ 1: arctan(√w)/(2π·√w) interpolated in the Chebyshev nodes of
     /// [0, 1], ten for an error below 2.5e-10, six for one below 4.6e-7.
@@ -125,8 +112,7 @@ private:
         return sum * z;
     }
 
-    Raster::AffineTransform::Params m_inverse; // of the map
-    Kernel::PointT<double> m_centre;           // on the device
+    UnitFrame m_frame; // about the centre
 };
 
 } // namespace Renderer

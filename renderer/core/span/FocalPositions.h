@@ -5,6 +5,7 @@
 
 #include <kernel/Point.h>
 #include <raster/AffineTransform.h>
+#include <renderer/core/span/UnitFrame.h>
 
 namespace Renderer {
 
@@ -28,21 +29,15 @@ public:
     static std::optional<FocalPositions> Make(const Raster::AffineTransform::Params& unitToDevice,
                                               Kernel::PointT<double> focus)
     {
-        Raster::AffineTransform::Params deviceToUnit;
-        if (!Raster::AffineTransform::Invert(unitToDevice, deviceToUnit))
-            return std::nullopt;
-        return FocalPositions(deviceToUnit, unitToDevice.Map(Limit(focus)), Limit(focus));
+        const auto frame = UnitFrame::Make(unitToDevice, unitToDevice.Map(Limit(focus)));
+        return frame ? std::optional(FocalPositions(*frame, Limit(focus))) : std::nullopt;
     }
 
     /// The parameters of one row of pixels.
     template<class Real>
     struct Row
     {
-        double start;
-        double du; // the unit frame's change per pixel
-        double dv;
-        double u0; // its place at the start
-        double v0;
+        UnitFrame::Row place;
         Real focusX;
         Real focusY;
         Real power; // 1 − |f|²
@@ -50,9 +45,8 @@ public:
 
         Real GetParameter(double x) const noexcept
         {
-            const double dx = x - start;
-            const Real u = static_cast<Real>(du * dx + u0);
-            const Real v = static_cast<Real>(dv * dx + v0);
+            const Real u = place.GetU<Real>(x);
+            const Real v = place.GetV<Real>(x);
             const Real square = u * u + v * v;
             const Real along = u * focusX + v * focusY;
             const Real root = std::sqrt(along * along + power * square);
@@ -67,25 +61,17 @@ public:
     template<class Real>
     Row<Real> GetRow(int y, double scale) const noexcept
     {
-        const double dy = (y + 0.5 - m_start.y) * scale;
         const double power = 1.0 - m_focus.x * m_focus.x - m_focus.y * m_focus.y;
-        return {m_start.x - 0.5,
-                m_inverse.m00 * scale,
-                m_inverse.m10 * scale,
-                m_inverse.m01 * dy,
-                m_inverse.m11 * dy,
-                static_cast<Real>(m_focus.x),
-                static_cast<Real>(m_focus.y),
-                static_cast<Real>(power),
+        return {m_frame.GetRow(y, scale), static_cast<Real>(m_focus.x),
+                static_cast<Real>(m_focus.y), static_cast<Real>(power),
                 static_cast<Real>(1.0 / power)};
     }
 
     static constexpr bool IsConstantAlongRows() noexcept { return false; }
 
 private:
-    FocalPositions(const Raster::AffineTransform::Params& inverse, Kernel::PointT<double> start,
-                   Kernel::PointT<double> focus) noexcept
-        : m_inverse(inverse), m_start(start), m_focus(focus)
+    FocalPositions(const UnitFrame& frame, Kernel::PointT<double> focus) noexcept
+        : m_frame(frame), m_focus(focus)
     {}
 
     static Kernel::PointT<double> Limit(Kernel::PointT<double> focus) noexcept
@@ -94,8 +80,7 @@ private:
         return radius > LargestFocus ? focus * (LargestFocus / radius) : focus;
     }
 
-    Raster::AffineTransform::Params m_inverse; // of the map
-    Kernel::PointT<double> m_start;            // the focus on the device
+    UnitFrame m_frame; // about the focus
     Kernel::PointT<double> m_focus;
 };
 
