@@ -156,35 +156,30 @@ void RenderTarget::DrawPolyPolyCurve(Kernel::Counted<const ConstPolyPolyCurve> c
 
 namespace {
 
-/// Where each glyph of a run stands: at its position, or behind the one before it.
-class GlyphPlaces
+/// Calls \p function(glyph, map from units of the em to logical units) for every glyph that has an
+/// outline, where it stands: at its position, or behind the one before it.
+template<class Function>
+void ForEachGlyph(Kernel::PointT<double> origin,
+                  const std::vector<Kernel::Counted<const Geometry::GlyphMetrics>>& glyphs,
+                  double size, const Geometry::GlyphPosition* positions, const Function& function)
 {
-public:
-    GlyphPlaces(Kernel::PointT<double> origin, double size,
-                const Geometry::GlyphPosition* positions) noexcept
-        : m_origin(origin), m_pen(origin), m_size(size), m_positions(positions)
-    {}
-
-    /// The map from units of the em to logical units of the next glyph.
-    AffineTransform::Params Next(const Geometry::GlyphMetrics& glyph) noexcept
-    {
-        Geometry::GlyphPosition place{m_pen.x - m_origin.x, m_pen.y - m_origin.y};
-        if (m_positions)
-            place = *m_positions++;
-        m_pen.x += glyph.GetAdvance() * m_size;
-        const auto turned = AffineTransform::Concatenate(AffineTransform::Scaling(m_size, m_size),
+    Kernel::PointT<double> pen = origin;
+    for (std::size_t i = 0; i < glyphs.size(); ++i) {
+        if (!glyphs[i])
+            continue;
+        Geometry::GlyphPosition place{pen.x - origin.x, pen.y - origin.y};
+        if (positions)
+            place = positions[i];
+        pen.x += glyphs[i]->GetAdvance() * size;
+        if (!glyphs[i]->GetBounds().IsValid())
+            continue;
+        const auto turned = AffineTransform::Concatenate(AffineTransform::Scaling(size, size),
                                                          AffineTransform::Rotation(place.rotation));
-        return AffineTransform::Concatenate(
-            turned, AffineTransform::Translation(m_origin.x + place.x, m_origin.y + place.y));
+        function(*glyphs[i],
+                 AffineTransform::Concatenate(
+                     turned, AffineTransform::Translation(origin.x + place.x, origin.y + place.y)));
     }
-    void Skip() noexcept { m_positions += m_positions ? 1 : 0; }
-
-private:
-    Kernel::PointT<double> m_origin;
-    Kernel::PointT<double> m_pen;
-    double m_size;
-    const Geometry::GlyphPosition* m_positions;
-};
+}
 
 } // namespace
 
@@ -197,29 +192,19 @@ void RenderTarget::DrawGlyphMetrics(
     const LineStyleDescriptorConst& lineStyle, bool antialias)
 {
     const bool stroked = lineStyle.IsLineStyleVisible();
-    GlyphPlaces places(origin, size, positions);
-    for (const auto& glyph : glyphs) {
-        if (IsAborting())
-            return;
-        if (!glyph) {
-            places.Skip();
-            continue;
-        }
-        const AffineTransform::Params transform = places.Next(*glyph);
-        if (!glyph->GetBounds().IsValid())
-            continue;
+    const auto draw = [&](const Geometry::GlyphMetrics& glyph,
+                          const AffineTransform::Params& transform) {
         Kernel::RectT<double> bounds =
-            AffineTransform::MapRect(transform, glyph->GetBounds().GetRect());
+            AffineTransform::MapRect(transform, glyph.GetBounds().GetRect());
         if (stroked)
             bounds = lineStyle.InflateBaseRect(bounds, GetCurrentTransform(), GetScalarTransform(),
                                                m_logToDev);
-        if (!IsRectInClip(bounds, false))
-            continue;
-        const Kernel::Counted<Geometry::PolyCurveDbl> curve = glyph->GetOutline()->Clone();
-        curve->Transform([&](Kernel::PointT<double> point) { return transform.Map(point); });
-        DrawPolyCurve(curve, opacity, mode, options, fill, transparency, lineFill, lineStyle,
-                      Geometry::WindingOrderMode::NonZero, antialias, true);
-    }
+        if (!IsAborting() && IsRectInClip(bounds, false))
+            DrawPolyCurve(MapCurve(*glyph.GetOutline(), transform), opacity, mode, options, fill,
+                          transparency, lineFill, lineStyle, Geometry::WindingOrderMode::NonZero,
+                          antialias, true);
+    };
+    ForEachGlyph(origin, glyphs, size, positions, draw);
 }
 
 Kernel::RectT<double> RenderTarget::MeasureGlyphMetrics(
@@ -228,19 +213,10 @@ Kernel::RectT<double> RenderTarget::MeasureGlyphMetrics(
     const Geometry::GlyphPosition* positions)
 {
     Geometry::BoundingBoxT<double> box;
-    GlyphPlaces places(origin, size, positions);
-    for (const auto& glyph : glyphs) {
-        if (!glyph) {
-            places.Skip();
-            continue;
-        }
-        const AffineTransform::Params transform = places.Next(*glyph);
-        if (!glyph->GetBounds().IsValid())
-            continue;
-        Geometry::PolyCurveDbl outline = *glyph->GetOutline();
-        outline.Transform([&](Kernel::PointT<double> point) { return transform.Map(point); });
-        box.Add(outline.GetBoundingBox());
-    }
+    ForEachGlyph(origin, glyphs, size, positions,
+                 [&](const auto& glyph, const AffineTransform::Params& transform) {
+                     box.Add(MapCurve(*glyph.GetOutline(), transform)->GetBoundingBox());
+                 });
     return box.IsValid() ? box.GetRect() : Kernel::RectT<double>{};
 }
 
