@@ -21,16 +21,10 @@ CurveDbl Draw(Point start, const EllipticArc& arc)
     return curve;
 }
 
-/// Twice the area between the arc and its chord, signed as the turn.
+/// The area between the arc and its chord.
 double SignedArea(const CurveDbl& curve)
 {
-    const auto samples = Oracle::SampleCurve(curve, 400);
-    double sum = 0.0;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const Point a = samples[i], b = samples[(i + 1) % samples.size()];
-        sum += 0.5 * (a.x * b.y - a.y * b.x);
-    }
-    return sum;
+    return Oracle::SignedArea(Oracle::SampleCurve(curve, 400));
 }
 
 TEST(EllipticArc, FlagsChooseAmongTheFourArcs)

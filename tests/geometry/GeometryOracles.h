@@ -56,21 +56,27 @@ inline std::vector<Point> SampleCurve(const Geometry::CurveDbl& curve, int steps
     return samples;
 }
 
-/// How often the polygons run around \p p, counted along a ray to the right.
-inline int WindingNumber(Point p, const Geometry::PolyPolygonType<double>& polygons)
+/// Calls \p function(x, direction) for every edge that crosses the height \p y.
+template<class Function>
+void ForEachCrossing(double y, const Geometry::PolyPolygonType<double>& polygons,
+                     const Function& function)
 {
-    int winding = 0;
     for (std::size_t i = 0; i < polygons.GetPolygonCount(); ++i) {
         const auto points = polygons.GetPolygon(i).points;
         for (std::size_t k = 0; k < points.size(); ++k) {
             const Point a = points[k], b = points[(k + 1) % points.size()];
-            if ((a.y <= p.y) == (b.y <= p.y))
-                continue;
-            const double x = a.x + (p.y - a.y) / (b.y - a.y) * (b.x - a.x);
-            if (x > p.x)
-                winding += b.y > a.y ? 1 : -1;
+            if ((a.y <= y) != (b.y <= y))
+                function(a.x + (y - a.y) / (b.y - a.y) * (b.x - a.x), b.y > a.y ? 1 : -1);
         }
     }
+}
+
+/// How often the polygons run around \p p, counted along a ray to the right.
+inline int WindingNumber(Point p, const Geometry::PolyPolygonType<double>& polygons)
+{
+    int winding = 0;
+    ForEachCrossing(p.y, polygons,
+                    [&](double x, int direction) { winding += x > p.x ? direction : 0; });
     return winding;
 }
 
@@ -78,15 +84,8 @@ inline int WindingNumber(Point p, const Geometry::PolyPolygonType<double>& polyg
 inline double CoveredLength(double y, const Geometry::PolyPolygonType<double>& polygons)
 {
     std::vector<std::pair<double, int>> crossings;
-    for (std::size_t i = 0; i < polygons.GetPolygonCount(); ++i) {
-        const auto points = polygons.GetPolygon(i).points;
-        for (std::size_t k = 0; k < points.size(); ++k) {
-            const Point a = points[k], b = points[(k + 1) % points.size()];
-            if ((a.y <= y) != (b.y <= y))
-                crossings.emplace_back(a.x + (y - a.y) / (b.y - a.y) * (b.x - a.x),
-                                       b.y > a.y ? 1 : -1);
-        }
-    }
+    ForEachCrossing(y, polygons,
+                    [&](double x, int direction) { crossings.emplace_back(x, direction); });
     std::sort(crossings.begin(), crossings.end());
     double length = 0.0;
     int winding = 0;
@@ -96,6 +95,17 @@ inline double CoveredLength(double y, const Geometry::PolyPolygonType<double>& p
             length += crossings[k + 1].first - crossings[k].first;
     }
     return length;
+}
+
+/// The area within a closed polyline, positive where it turns from the x axis to the y axis.
+inline double SignedArea(std::span<const Point> points)
+{
+    double area = 0.0;
+    for (std::size_t k = 0; k < points.size(); ++k) {
+        const Point a = points[k], b = points[(k + 1) % points.size()];
+        area += 0.5 * (a.x * b.y - a.y * b.x);
+    }
+    return area;
 }
 
 /// The area where the winding number is not 0: in bands between the heights of all points, halved

@@ -1,73 +1,42 @@
-#include <cmath>
-#include <numbers>
-
-#include <gtest/gtest.h>
-
-#include <geometry/Stroker.h>
 #include <support/AllocationCount.h>
 
-#include "GeometryOracles.h"
+#include "StrokeTools.h"
 
 namespace {
 
+using namespace StrokeTools;
 using Geometry::PathStroker;
-using Geometry::Point;
-using Geometry::PolyCurveDbl;
-using Geometry::StrokeCap;
-using Geometry::StrokeJoin;
-using Geometry::StrokeParameters;
-using Polygons = Geometry::PolyPolygonType<double>;
-constexpr double pi = std::numbers::pi;
+constexpr double Tolerance = 0.1;
 
-StrokeParameters MakePen(double width, StrokeCap cap = StrokeCap::Butt)
+/// A mitred pen, as coarse as those of a screen.
+StrokeParameters MakeCoarsePen(double width, StrokeCap cap = StrokeCap::Butt)
 {
-    StrokeParameters pen;
-    pen.width = width;
-    pen.join = StrokeJoin::Mitre;
-    pen.cap = cap;
-    return pen;
-}
-
-Polygons Stroke(const PolyCurveDbl& path, const StrokeParameters& pen)
-{
-    Polygons out;
-    Geometry::StrokePolyCurve(path, pen, out);
-    return out;
-}
-
-PolyCurveDbl MakeCircle(double radius)
-{
-    PolyCurveDbl circle;
-    circle.AddEllipse({0, 0}, radius, radius);
-    return circle;
+    return MakePen(width, StrokeJoin::Mitre, cap, Tolerance);
 }
 
 TEST(PathStroker, PolygonsGetNoMorePointsThanTheyHaveCorners)
 {
-    const Polygons rect = Stroke(PolyCurveDbl(Kernel::RectT<double>{0, 0, 30, 20}), MakePen(2.0));
+    const Polygons rect = Stroke(PolyCurveDbl(Rect{0, 0, 30, 20}), MakeCoarsePen(2.0));
     ASSERT_EQ(rect.GetPolygonCount(), 2u);
     for (std::size_t i = 0; i < 2; ++i)
         ASSERT_EQ(rect.GetPolygon(i).points.size(), 4u);
-    EXPECT_EQ(rect.GetBoundingBox().GetRect(), (Kernel::RectT<double>{-1, -1, 31, 21}));
+    EXPECT_EQ(rect.GetBoundingBox().GetRect(), (Rect{-1, -1, 31, 21}));
     EXPECT_NEAR(Oracle::NonZeroArea(rect), 200.0, 1e-9);
 
-    PolyCurveDbl line;
-    line.MoveTo({0, 0});
-    line.LineTo({30, 40});
-    EXPECT_EQ(Stroke(line, MakePen(2.0)).GetPoints().size(), 4u);
-    EXPECT_EQ(Stroke(line, MakePen(2.0, StrokeCap::Square)).GetPoints().size(), 8u);
+    const PolyCurveDbl line = MakePolyline({{0, 0}, {30, 40}});
+    EXPECT_EQ(Stroke(line, MakeCoarsePen(2.0)).GetPoints().size(), 4u);
+    EXPECT_EQ(Stroke(line, MakeCoarsePen(2.0, StrokeCap::Square)).GetPoints().size(), 8u);
 }
 
 TEST(PathStroker, CirclesGetAboutTheFewestPoints)
 {
     // Chords of the angle θ stray by R·θ²/8 from an arc of radius R.
-    constexpr double tolerance = 0.1;
     for (const double radius : {2.0, 20.0, 200.0}) {
         for (const double width : {1.0, 10.0, 100.0}) {
             const double outer = radius + 0.5 * width;
-            const double fewest = std::ceil(2.0 * pi / std::sqrt(8.0 * tolerance / outer));
-            const double points =
-                static_cast<double>(Stroke(MakeCircle(radius), MakePen(width)).GetPoints().size());
+            const double fewest = std::ceil(2.0 * pi / std::sqrt(8.0 * Tolerance / outer));
+            const double points = static_cast<double>(
+                Stroke(MakeCircle(radius), MakeCoarsePen(width)).GetPoints().size());
             EXPECT_LE(points, 2.0 * (1.25 * fewest + 12.0)) << radius << ' ' << width;
         }
     }
@@ -76,17 +45,12 @@ TEST(PathStroker, CirclesGetAboutTheFewestPoints)
 TEST(PathStroker, EdgesOfCurvesAreCentred)
 {
     // Inscribed chords would take some 0.06 from the outer edge and give as much to the inner one.
-    const StrokeParameters pen = MakePen(10.0);
+    const StrokeParameters pen = MakeCoarsePen(10.0);
     for (const double radius : {20.0, 60.0}) {
         const Polygons out = Stroke(MakeCircle(radius), pen);
         ASSERT_EQ(out.GetPolygonCount(), 2u);
         for (std::size_t i = 0; i < 2; ++i) {
-            double area = 0.0;
-            const auto points = out.GetPolygon(i).points;
-            for (std::size_t k = 0; k < points.size(); ++k) {
-                const Point a = points[k], b = points[(k + 1) % points.size()];
-                area += 0.5 * (a.x * b.y - a.y * b.x);
-            }
+            const double area = Oracle::SignedArea(out.GetPolygon(i).points);
             const double edge = std::sqrt(std::abs(area) / pi);
             const double expected = edge > radius ? radius + 5.0 : radius - 5.0;
             EXPECT_NEAR(edge, expected, 0.01);
@@ -101,12 +65,10 @@ TEST(PathStroker, TightCurvesAreCoveredAsFarAsThePenReaches)
     const double handle = 0.5522847498;
     for (const double radius : {0.5, 2.0, 7.0, 9.5, 11.0}) {
         for (const double flat : {1.0, 0.4}) {
-            PolyCurveDbl path;
             const double x = radius, y = radius * flat;
-            path.MoveTo({x, 0});
-            path.CurveTo({x, handle * y}, {handle * x, y}, {0, y});
+            PolyCurveDbl path = MakeCubic({x, 0}, {x, handle * y}, {handle * x, y}, {0, y});
             path.CurveTo({-handle * x, y}, {-x, handle * y}, {-x, 0});
-            const StrokeParameters pen = MakePen(20.0);
+            const StrokeParameters pen = MakeCoarsePen(20.0);
             const Polygons out = Stroke(path, pen);
             const auto line = Oracle::SampleCurve(path.GetCurves()[0], 200);
             for (std::size_t i = 20; i + 20 < line.size(); i += 3) {
@@ -140,7 +102,7 @@ TEST(PathStroker, KeepsItsMemory)
         before = TestSupport::GetAllocationCount();
         for (const auto cap : {StrokeCap::Butt, StrokeCap::Square, StrokeCap::Round}) {
             for (const bool dashed : {false, true}) {
-                StrokeParameters pen = MakePen(6.0, cap);
+                StrokeParameters pen = MakeCoarsePen(6.0, cap);
                 pen.join = dashed ? StrokeJoin::Round : StrokeJoin::Mitre;
                 if (dashed)
                     pen.dashes = dashes;
@@ -160,11 +122,9 @@ TEST(PathStroker, KeepsItsMemory)
 
 TEST(PathStroker, MapsRunsAndCountsDashesInUnits)
 {
-    PolyCurveDbl path;
-    path.MoveTo({0, 0});
-    path.CurveTo({5, 10}, {20, -10}, {30, 0});
+    PolyCurveDbl path = MakeCubic({0, 0}, {5, 10}, {20, -10}, {30, 0});
     const double dashes[] = {1.5, 1.0};
-    StrokeParameters pen = MakePen(3.0, StrokeCap::Round);
+    StrokeParameters pen = MakeCoarsePen(3.0, StrokeCap::Round);
     pen.dashes = dashes;
     pen.dashPhase = 0.5;
     pen.dashUnit = 2.0;
