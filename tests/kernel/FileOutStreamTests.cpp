@@ -1,7 +1,4 @@
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include <csignal>
@@ -13,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <kernel/FileOutStream.h>
+#include <support/TestFolder.h>
 
 namespace fs = std::filesystem;
 using Kernel::FileOutStream;
@@ -23,31 +21,12 @@ namespace {
 class FileOutStreamTest : public testing::Test
 {
 protected:
-    FileOutStreamTest()
-    {
-        std::string name = (fs::temp_directory_path() / "out-stream-XXXXXX").string();
-        m_folder = mkdtemp(name.data());
-    }
-    ~FileOutStreamTest() override { fs::remove_all(m_folder); }
-
-    static std::string Read(const fs::path& path)
-    {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    static void Put(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
-    std::ptrdiff_t CountFiles() const
-    {
-        return std::distance(fs::directory_iterator(m_folder), fs::directory_iterator());
-    }
-
-    fs::path m_folder;
+    TestSupport::TestFolder m_folder;
 };
 
 TEST_F(FileOutStreamTest, FileAppearsCompleteOnClose)
 {
-    const fs::path path = m_folder / "picture";
-    Put(path, "before");
+    const fs::path path = m_folder.Write("picture", "before");
     std::string expected;
     {
         FileOutStream stream(path);
@@ -56,30 +35,29 @@ TEST_F(FileOutStreamTest, FileAppearsCompleteOnClose)
             stream.Write(piece);
             expected += piece;
         }
-        EXPECT_EQ(Read(path), "before");
+        EXPECT_EQ(m_folder.Read("picture"), "before");
         stream.Close();
         stream.Close();
         EXPECT_THROW(stream.Write("late"), WriteException);
     }
-    EXPECT_EQ(Read(path), expected);
-    EXPECT_EQ(CountFiles(), 1);
+    EXPECT_EQ(m_folder.Read("picture"), expected);
+    EXPECT_EQ(m_folder.CountFiles(), 1);
 }
 
 TEST_F(FileOutStreamTest, WithoutCloseNothingChanges)
 {
-    Put(m_folder / "old", "before");
+    m_folder.Write("old", "before");
     for (const char* name : {"old", "new"}) {
         FileOutStream stream(m_folder / name);
         stream.Write(std::string(100000, 'x'));
     }
-    EXPECT_EQ(Read(m_folder / "old"), "before");
-    EXPECT_EQ(CountFiles(), 1);
+    EXPECT_EQ(m_folder.Read("old"), "before");
+    EXPECT_EQ(m_folder.CountFiles(), 1);
 }
 
 TEST_F(FileOutStreamTest, PermissionsAndLinksOfTheTargetStay)
 {
-    const fs::path path = m_folder / "file";
-    Put(path, "before");
+    const fs::path path = m_folder.Write("file", "before");
     fs::permissions(path, fs::perms(0640));
     fs::create_symlink("file", m_folder / "link");
     fs::create_symlink("fresh", m_folder / "dangling");
@@ -89,29 +67,29 @@ TEST_F(FileOutStreamTest, PermissionsAndLinksOfTheTargetStay)
         stream.Close();
         EXPECT_TRUE(fs::is_symlink(m_folder / name));
     }
-    EXPECT_EQ(Read(path), "after");
+    EXPECT_EQ(m_folder.Read("file"), "after");
     EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
-    EXPECT_EQ(Read(m_folder / "fresh"), "after");
+    EXPECT_EQ(m_folder.Read("fresh"), "after");
 }
 
 TEST_F(FileOutStreamTest, LongestNameIsPossible)
 {
-    const fs::path path = m_folder / std::string(255, 'n');
-    FileOutStream stream(path);
+    const std::string name(255, 'n');
+    FileOutStream stream(m_folder / name);
     stream.Write("text");
     stream.Close();
-    EXPECT_EQ(Read(path), "text");
+    EXPECT_EQ(m_folder.Read(name), "text");
 }
 
 TEST_F(FileOutStreamTest, WhatCannotBeOpenedThrows)
 {
     EXPECT_THROW(FileOutStream(m_folder / "missing" / "file"), WriteException);
-    EXPECT_THROW(FileOutStream{m_folder}, WriteException);
+    EXPECT_THROW(FileOutStream{m_folder.GetPath()}, WriteException);
     EXPECT_THROW(FileOutStream(m_folder / std::string(300, 'n')).Close(), WriteException);
     fs::create_symlink("loop", m_folder / "loop");
     EXPECT_THROW(FileOutStream(m_folder / "loop").Close(), WriteException);
     EXPECT_TRUE(fs::is_symlink(m_folder / "loop"));
-    EXPECT_EQ(CountFiles(), 1);
+    EXPECT_EQ(m_folder.CountFiles(), 1);
 }
 
 TEST_F(FileOutStreamTest, FullDeviceThrows)
@@ -139,21 +117,20 @@ TEST_F(FileOutStreamTest, FailureMidwayRemovesThePartialFile)
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limited = {100000, before.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    Put(m_folder / "file", "before");
+    m_folder.Write("file", "before");
     FileOutStream stream(m_folder / "file");
     EXPECT_THROW(stream.Write(std::string(200000, 'x')), WriteException);
-    EXPECT_EQ(CountFiles(), 1); // gone already, not only with the stream
+    EXPECT_EQ(m_folder.CountFiles(), 1); // gone already, not only with the stream
     EXPECT_THROW(stream.Close(), WriteException);
     EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
     std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(Read(m_folder / "file"), "before");
+    EXPECT_EQ(m_folder.Read("file"), "before");
 }
 
 TEST_F(FileOutStreamTest, OpenFilesOfTheProcessKeepTheirPosition)
 {
     // What the shell does for "command /dev/stdout >> log".
-    const fs::path path = m_folder / "log";
-    Put(path, "begin ");
+    const fs::path path = m_folder.Write("log", "begin ");
     const int file = open(path.c_str(), O_WRONLY | O_APPEND);
     ASSERT_GE(file, 0);
     FileOutStream stream("/dev/fd/" + std::to_string(file));
@@ -161,7 +138,7 @@ TEST_F(FileOutStreamTest, OpenFilesOfTheProcessKeepTheirPosition)
     stream.Close();
     ASSERT_EQ(write(file, "end", 3), 3);
     close(file);
-    EXPECT_EQ(Read(path), "begin middle end");
+    EXPECT_EQ(m_folder.Read("log"), "begin middle end");
 }
 
 TEST_F(FileOutStreamTest, PipesAreWrittenDirectly)

@@ -1,20 +1,18 @@
+#include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <raster/Codecs.h>
 #include <raster/Convert.h>
 #include <raster/ICCManager.h>
+#include <support/TestFolder.h>
 
 #include "TestDrawing.h"
 
@@ -26,26 +24,7 @@ namespace fs = std::filesystem;
 class Command : public testing::Test
 {
 protected:
-    Command()
-        : m_folder(fs::temp_directory_path() / ("renderer-command-" + std::to_string(::getpid())))
-    {
-        fs::create_directories(m_folder);
-    }
-    ~Command() override { fs::remove_all(m_folder); }
-
     std::string Path(const std::string& name) const { return (m_folder / name).string(); }
-
-    std::string WriteFile(const std::string& name, const std::string& bytes) const
-    {
-        std::ofstream(Path(name), std::ios::binary) << bytes;
-        return Path(name);
-    }
-
-    static std::string ReadFile(const std::string& path)
-    {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
 
     /// \return the exit status; what goes to the streams is kept.
     int Run(const std::string& arguments)
@@ -53,25 +32,47 @@ protected:
         const std::string command = std::string(RENDERER_COMMAND) + " " + arguments + " >'" +
                                     Path("out") + "' 2>'" + Path("err") + "'";
         const int status = std::system(command.c_str());
-        m_errors = ReadFile(Path("err"));
+        m_errors = m_folder.Read("err");
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
-    std::array<int, 4> GetPixel(const std::string& path, unsigned x, unsigned y, unsigned width,
-                                unsigned height)
+    /// Draws a file to a name in the folder.
+    int Draw(const std::string& in, const std::string& out, const std::string& options = "")
     {
-        const std::string bytes = ReadFile(path);
-        const auto bitmap =
-            Raster::ReadImage({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
-        EXPECT_EQ(bitmap->GetWidth(), width);
-        EXPECT_EQ(bitmap->GetHeight(), height);
-        const unsigned char* pixel =
-            bitmap->GetBuffer()->GetRow(y) + x * bitmap->GetBuffer()->GetPixelSize();
-        return {pixel[0], pixel[1], pixel[2],
-                bitmap->GetBuffer()->GetPixelSize() > 3 ? pixel[3] : 255};
+        return Run("draw " + in + " " + Path(out) + " " + options);
     }
 
-    fs::path m_folder;
+    Kernel::Counted<const Raster::DynamicBitmap> ReadBitmap(const std::string& name) const
+    {
+        const std::string bytes = m_folder.Read(name);
+        return Raster::ReadImage(
+            {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+    }
+
+    std::array<int, 4> GetPixel(const std::string& name, unsigned x, unsigned y, unsigned width,
+                                unsigned height)
+    {
+        const auto bitmap = ReadBitmap(name);
+        EXPECT_EQ(bitmap->GetWidth(), width);
+        EXPECT_EQ(bitmap->GetHeight(), height);
+        const unsigned size = bitmap->GetBuffer()->GetPixelSize();
+        const unsigned char* pixel = bitmap->GetBuffer()->GetRow(y) + x * size;
+        return {pixel[0], pixel[1], pixel[2], size > 3 ? pixel[3] : 255};
+    }
+
+    std::string WriteProfile(const std::string& name,
+                             const Kernel::Counted<const Raster::ICCProfile>& profile)
+    {
+        return m_folder.Write(name, {profile->GetBytes().begin(), profile->GetBytes().end()});
+    }
+    /// The last run said one line about \p path.
+    void ExpectError(const std::string& path) const
+    {
+        EXPECT_TRUE(m_errors.starts_with("renderer: " + path + ": ")) << m_errors;
+        EXPECT_EQ(std::ranges::count(m_errors, '\n'), 1) << m_errors;
+    }
+
+    TestSupport::TestFolder m_folder;
     std::string m_errors;
 };
 
@@ -80,69 +81,62 @@ const std::string Red =
 
 TEST_F(Command, DrawsAtTheSizeThatIsAskedFor)
 {
-    const std::string in = WriteFile("in.svg", Red);
-    ASSERT_EQ(Run("draw " + in + " " + Path("a.png")), 0) << m_errors;
+    const std::string in = m_folder.Write("in.svg", Red);
+    ASSERT_EQ(Draw(in, "a.png"), 0) << m_errors;
     EXPECT_EQ(m_errors, "");
-    EXPECT_EQ(GetPixel(Path("a.png"), 5, 5, 20, 10), (std::array{255, 0, 0, 255}));
-    EXPECT_EQ(GetPixel(Path("a.png"), 15, 5, 20, 10), (std::array{0, 0, 0, 0}));
-    ASSERT_EQ(Run("draw " + in + " " + Path("b.png") + " --width 100 --background '#00f'"), 0)
-        << m_errors;
-    EXPECT_EQ(GetPixel(Path("b.png"), 49, 5, 100, 52), (std::array{255, 0, 0, 255}));
-    EXPECT_EQ(GetPixel(Path("b.png"), 50, 51, 100, 52), (std::array{0, 0, 255, 255}));
-    ASSERT_EQ(Run("draw " + in + " " + Path("c.jpg") + " --scale 4 --format rgba8 --target bitmap"),
-              0)
-        << m_errors;
-    EXPECT_NEAR(GetPixel(Path("c.jpg"), 70, 20, 80, 41)[1], 255, 3);
+    EXPECT_EQ(GetPixel("a.png", 5, 5, 20, 10), (std::array{255, 0, 0, 255}));
+    EXPECT_EQ(GetPixel("a.png", 15, 5, 20, 10), (std::array{0, 0, 0, 0}));
+    ASSERT_EQ(Draw(in, "b.png", "--width 100 --background '#00f'"), 0) << m_errors;
+    EXPECT_EQ(GetPixel("b.png", 49, 5, 100, 52), (std::array{255, 0, 0, 255}));
+    EXPECT_EQ(GetPixel("b.png", 50, 51, 100, 52), (std::array{0, 0, 255, 255}));
+    ASSERT_EQ(Draw(in, "c.jpg", "--scale 4 --format rgba8 --target bitmap"), 0) << m_errors;
+    EXPECT_NEAR(GetPixel("c.jpg", 70, 20, 80, 41)[1], 255, 3);
 }
 
 TEST_F(Command, DrawsTheSameBytesOnEveryRun)
 {
-    const std::string in = WriteFile(
+    const std::string in = m_folder.Write(
         "in.svg",
         MakeDocument(
             "<radialGradient id='g'><stop stop-color='red'/><stop offset='1'/></radialGradient>"
             "<g opacity='.7'><circle cx='50' cy='50' r='45' fill='url(#g)' stroke='blue'/></g>"));
-    ASSERT_EQ(Run("draw " + in + " " + Path("a.png") + " --width 700"), 0);
-    ASSERT_EQ(Run("draw " + in + " " + Path("b.png") + " --width 700"), 0);
-    EXPECT_EQ(ReadFile(Path("a.png")), ReadFile(Path("b.png")));
+    ASSERT_EQ(Draw(in, "a.png", "--width 700"), 0);
+    ASSERT_EQ(Draw(in, "b.png", "--width 700"), 0);
+    EXPECT_EQ(m_folder.Read("a.png"), m_folder.Read("b.png"));
 }
 
 TEST_F(Command, WritesEveryKindOfFileInTheProfileAskedFor)
 {
     // Opaque orange beside nothing, and the same in a space of wider primaries.
     const std::string in =
-        WriteFile("in.svg", MakeDocument("<rect width='10' height='10' fill='#ff8000'/>",
-                                         "width='20' height='10'"));
-    const auto linear = Raster::ICCManager::GetInstance().GetLinearRGBProfile();
-    WriteFile("p.icc", {linear->GetBytes().begin(), linear->GetBytes().end()});
-    for (const char* ending : {"png", "tif", "webp", "JPEG", "tiff"}) {
-        const std::string out = Path(std::string("a.") + ending);
-        const int tolerance = ending[0] == 'J' ? 6 : 0;
-        ASSERT_EQ(Run("draw " + in + " " + out), 0) << m_errors;
-        EXPECT_NEAR(GetPixel(out, 2, 5, 20, 10)[1], 128, tolerance) << ending;
-        ASSERT_EQ(Run("draw " + in + " " + out + " --profile " + Path("p.icc")), 0) << m_errors;
+        m_folder.Write("in.svg", MakeDocument("<rect width='10' height='10' fill='#ff8000'/>",
+                                              "width='20' height='10'"));
+    auto& manager = Raster::ICCManager::GetInstance();
+    const auto linear = manager.GetLinearRGBProfile();
+    const std::string profile = "--profile " + WriteProfile("p.icc", linear);
+    for (const char* out : {"a.png", "a.tif", "a.webp", "a.JPEG", "a.tiff"}) {
+        SCOPED_TRACE(out);
+        const int tolerance = out == std::string("a.JPEG") ? 6 : 0;
+        ASSERT_EQ(Draw(in, out), 0) << m_errors;
+        EXPECT_NEAR(GetPixel(out, 2, 5, 20, 10)[1], 128, tolerance);
+        ASSERT_EQ(Draw(in, out, profile), 0) << m_errors;
         // 128 decoded by sRGB's curve is 0.2159
-        EXPECT_NEAR(GetPixel(out, 2, 5, 20, 10)[1], 55, tolerance) << ending;
+        EXPECT_NEAR(GetPixel(out, 2, 5, 20, 10)[1], 55, tolerance);
         if (tolerance == 0) {
-            EXPECT_EQ(GetPixel(out, 15, 5, 20, 10), (std::array{0, 0, 0, 0})) << ending;
+            EXPECT_EQ(GetPixel(out, 15, 5, 20, 10), (std::array{0, 0, 0, 0}));
         }
-        const std::string bytes = ReadFile(out);
-        const auto bitmap =
-            Raster::ReadImage({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
-        EXPECT_EQ(bitmap->GetProfile().Get(), linear.Get()) << ending;
+        EXPECT_EQ(ReadBitmap(out)->GetProfile().Get(), linear.Get());
     }
-    const auto grey =
-        Raster::ICCManager::GetInstance().GetDefaultProfileForFormat(Raster::Format::IA8);
-    WriteFile("grey.icc", {grey->GetBytes().begin(), grey->GetBytes().end()});
-    WriteFile("bad.icc", "no profile");
-    for (const char* profile : {"grey.icc", "bad.icc", "missing.icc"}) {
-        EXPECT_EQ(Run("draw " + in + " " + Path("b.png") + " --profile " + Path(profile)), 1);
-        EXPECT_TRUE(m_errors.starts_with("renderer: " + Path(profile) + ": ")) << m_errors;
+    WriteProfile("grey.icc", manager.GetDefaultProfileForFormat(Raster::Format::IA8));
+    m_folder.Write("bad.icc", "no profile");
+    for (const char* name : {"grey.icc", "bad.icc", "missing.icc"}) {
+        EXPECT_EQ(Draw(in, "b.png", "--profile " + Path(name)), 1);
+        ExpectError(Path(name));
         EXPECT_FALSE(fs::exists(Path("b.png")));
     }
     // Too wide for the kind of file.
-    EXPECT_EQ(Run("draw " + in + " " + Path("c.webp") + " --width 16384"), 1);
-    EXPECT_TRUE(m_errors.starts_with("renderer: " + Path("c.webp") + ": ")) << m_errors;
+    EXPECT_EQ(Draw(in, "c.webp", "--width 16384"), 1);
+    ExpectError(Path("c.webp"));
     EXPECT_FALSE(fs::exists(Path("c.webp")));
 }
 
@@ -150,67 +144,57 @@ TEST_F(Command, DrawsInEveryFormatAndKeepsWhatTheFileHolds)
 {
     using Raster::Format;
     const std::string in =
-        WriteFile("in.svg", MakeDocument("<rect width='10' height='10' fill='#c86432'/>"
-                                         "<rect x='10' width='9' height='10' fill='#808080'/>",
-                                         "width='20' height='10'"));
-    struct Kept
+        m_folder.Write("in.svg", MakeDocument("<rect width='10' height='10' fill='#c86432'/>"
+                                              "<rect x='10' width='9' height='10' fill='#808080'/>",
+                                              "width='20' height='10'"));
+    const struct
     {
-        const char* name;
+        std::string name;
         Format png, tif, jpg;
-    };
-    for (const Kept& kept : {Kept{"rgba8", Format::RGBA8, Format::RGBA8, Format::RGBA8},
-                             Kept{"rgba16", Format::RGBA16, Format::RGBA16, Format::RGBA8},
-                             Kept{"ia8", Format::IA8, Format::IA8, Format::IA8},
-                             Kept{"ia16", Format::IA16, Format::IA16, Format::IA8},
-                             Kept{"cmyka8", Format::RGBA8, Format::CMYKA8, Format::CMYKA8},
-                             Kept{"laba16", Format::RGBA16, Format::LABA16, Format::RGBA8},
-                             Kept{"rgbauf", Format::RGBA16, Format::RGBA16, Format::RGBA8}}) {
-        SCOPED_TRACE(kept.name);
-        const bool grey = kept.png == Format::IA8 || kept.png == Format::IA16;
-        for (const auto& [ending, format] : {std::pair{".png", kept.png},
-                                             {".tif", kept.tif},
-                                             {".jpg", kept.jpg},
-                                             {".webp", Format::RGBA8},
-                                             {".exr", Format::RGBAUF}}) {
-            SCOPED_TRACE(ending);
-            const std::string out = Path(std::string("a") + ending);
-            ASSERT_EQ(Run("draw " + in + " " + out + " --format " + kept.name), 0) << m_errors;
-            const std::string bytes = ReadFile(out);
-            const auto bitmap = Raster::ReadImage(
-                {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+    } cases[] = {{"rgba8", Format::RGBA8, Format::RGBA8, Format::RGBA8},
+                 {"rgba16", Format::RGBA16, Format::RGBA16, Format::RGBA8},
+                 {"ia8", Format::IA8, Format::IA8, Format::IA8},
+                 {"ia16", Format::IA16, Format::IA16, Format::IA8},
+                 {"cmyka8", Format::RGBA8, Format::CMYKA8, Format::CMYKA8},
+                 {"laba16", Format::RGBA16, Format::LABA16, Format::RGBA8},
+                 {"rgbauf", Format::RGBA16, Format::RGBA16, Format::RGBA8}};
+    for (const auto& c : cases) {
+        for (const auto& [out, format] : {std::pair{"a.png", c.png},
+                                          {"a.tif", c.tif},
+                                          {"a.jpg", c.jpg},
+                                          {"a.webp", Format::RGBA8},
+                                          {"a.exr", Format::RGBAUF}}) {
+            SCOPED_TRACE(c.name + " in " + out);
+            ASSERT_EQ(Draw(in, out, "--format " + c.name), 0) << m_errors;
+            const auto bitmap = ReadBitmap(out);
             EXPECT_EQ(bitmap->GetFormat(), format);
             const auto shown =
                 Raster::ConvertBuffer(bitmap->GetBuffer(), bitmap->GetProfile(), Format::RGBA8, {});
-            const int tolerance = ending == std::string(".jpg") ? 8 : 1;
-            const unsigned char* pixel = shown->GetRow(5) + 15 * 4;
-            EXPECT_NEAR(pixel[0], 128, tolerance);
-            EXPECT_NEAR(pixel[2], 128, tolerance);
-            pixel = shown->GetRow(5) + 3 * 4;
-            if (!grey) {
-                EXPECT_NEAR(pixel[0], 200, tolerance);
-                EXPECT_NEAR(pixel[1], 100, tolerance);
-                EXPECT_NEAR(pixel[2], 50, tolerance);
-            }
+            const int tolerance = out == std::string("a.jpg") ? 8 : 1;
+            const auto expect = [&](unsigned x, const std::array<int, 3>& colour) {
+                for (std::size_t i = 0; i < 3; ++i)
+                    EXPECT_NEAR(shown->GetRow(5)[4 * x + i], colour[i], tolerance) << x;
+            };
+            expect(15, {128, 128, 128});
+            if (!c.name.starts_with("ia"))
+                expect(3, {200, 100, 50});
         }
     }
     // A profile of the format's own space is what the picture is drawn in.
-    const auto grey = Raster::ICCManager::GetInstance().GetDefaultProfileForFormat(Format::IA8);
-    WriteFile("grey.icc", {grey->GetBytes().begin(), grey->GetBytes().end()});
-    for (const char* ending : {".tif", ".webp"})
-        EXPECT_EQ(Run("draw " + in + " " + Path(std::string("b") + ending) +
-                      " --format ia16 --profile " + Path("grey.icc")),
-                  0)
-            << m_errors;
-    EXPECT_EQ(GetPixel(Path("b.webp"), 15, 5, 20, 10)[1], 128);
-    EXPECT_EQ(
-        Run("draw " + in + " " + Path("c.tif") + " --format cmyka8 --profile " + Path("grey.icc")),
-        1);
+    const std::string profile =
+        " --profile " +
+        WriteProfile("grey.icc",
+                     Raster::ICCManager::GetInstance().GetDefaultProfileForFormat(Format::IA8));
+    EXPECT_EQ(Draw(in, "b.tif", "--format ia16" + profile), 0) << m_errors;
+    EXPECT_EQ(Draw(in, "b.webp", "--format ia16" + profile), 0) << m_errors;
+    EXPECT_EQ(GetPixel("b.webp", 15, 5, 20, 10)[1], 128);
+    EXPECT_EQ(Draw(in, "c.tif", "--format cmyka8" + profile), 1);
     EXPECT_FALSE(fs::exists(Path("c.tif")));
 }
 
 TEST_F(Command, RefusesWrongUsage)
 {
-    const std::string in = WriteFile("in.svg", Red);
+    const std::string in = m_folder.Write("in.svg", Red);
     const std::string draw = "draw " + in + " " + Path("a.png") + " ";
     for (const std::string& arguments : std::vector<std::string>{
              "", "paint", "draw", "draw " + in, draw + "--width 0", draw + "--width -5",
@@ -226,18 +210,16 @@ TEST_F(Command, RefusesWrongUsage)
     EXPECT_EQ(Run("draw --help"), 0);
 }
 
-struct BadFile
-{
-    const char* name;
-    std::string bytes;
-};
-
 TEST_F(Command, SaysWhatIsWrongInOneLine)
 {
     std::string nested = "<svg>";
     for (int i = 0; i < 300000; ++i)
         nested += "<g>";
-    const std::vector<BadFile> cases{
+    const struct
+    {
+        const char* name;
+        std::string bytes;
+    } cases[] = {
         {"not XML", "hello"},
         {"truncated", Red.substr(0, 60)},
         {"nested", nested},
@@ -250,35 +232,35 @@ TEST_F(Command, SaysWhatIsWrongInOneLine)
         {"high", MakeDocument("", "width='1' height='100000000'")},
         {"empty", ""},
     };
-    for (const BadFile& c : cases) {
-        const std::string in = WriteFile("bad.svg", c.bytes);
-        EXPECT_EQ(Run("draw " + in + " " + Path("a.png")), 1) << c.name;
-        EXPECT_TRUE(m_errors.starts_with("renderer: " + in + ": ")) << c.name << ": " << m_errors;
-        EXPECT_EQ(std::ranges::count(m_errors, '\n'), 1) << c.name << ": " << m_errors;
-        EXPECT_FALSE(fs::exists(Path("a.png"))) << c.name;
+    for (const auto& c : cases) {
+        const std::string in = m_folder.Write("bad.svg", c.bytes);
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(Draw(in, "a.png"), 1);
+        ExpectError(in);
+        EXPECT_FALSE(fs::exists(Path("a.png")));
     }
 }
 
 TEST_F(Command, LeavesNothingBehindWhenItFails)
 {
-    const std::string in = WriteFile("in.svg", Red);
-    EXPECT_EQ(Run("draw " + Path("missing.svg") + " " + Path("a.png")), 1);
-    EXPECT_EQ(Run("draw " + m_folder.string() + " " + Path("a.png")), 1); // a folder
-    EXPECT_EQ(Run("draw " + in + " " + Path("missing/a.png")), 1);
-    EXPECT_TRUE(m_errors.starts_with("renderer: " + Path("missing/a.png") + ": ")) << m_errors;
-    EXPECT_EQ(Run("draw " + in + " " + Path("a.png") + " --width 10000000"), 1);
+    const std::string in = m_folder.Write("in.svg", Red);
+    EXPECT_EQ(Draw(Path("missing.svg"), "a.png"), 1);
+    EXPECT_EQ(Draw(m_folder.GetPath().string(), "a.png"), 1); // a folder
+    EXPECT_EQ(Draw(in, "missing/a.png"), 1);
+    ExpectError(Path("missing/a.png"));
+    EXPECT_EQ(Draw(in, "a.png", "--width 10000000"), 1);
     // A disk that is full behaves like a limit on the size of files.
     const std::string limited =
         "bash -c 'trap \"\" XFSZ; ulimit -f 1; exec " + std::string(RENDERER_COMMAND) + " draw " +
         in + " " + Path("a.png") + " --width 8000 --background red' 2>'" + Path("err") + "'";
     EXPECT_EQ(WEXITSTATUS(std::system(limited.c_str())), 1);
-    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder), {}), 3); // in.svg, out, err
+    EXPECT_EQ(m_folder.CountFiles(), 3); // in.svg, out, err
 }
 
 TEST_F(Command, NotesWhatItLeavesOut)
 {
-    const std::string in = WriteFile("in.svg", MakeDocument("<text>a</text><text>b</text>"));
-    EXPECT_EQ(Run("draw " + in + " " + Path("a.png")), 0);
+    const std::string in = m_folder.Write("in.svg", MakeDocument("<text>a</text><text>b</text>"));
+    EXPECT_EQ(Draw(in, "a.png"), 0);
     EXPECT_EQ(m_errors, "renderer: " + in + ": text is not drawn yet\n");
     EXPECT_TRUE(fs::exists(Path("a.png")));
 }

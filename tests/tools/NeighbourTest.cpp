@@ -1,10 +1,8 @@
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
+#include <support/TestFolder.h>
 #include <svg/Images.h>
 #include <svg/Neighbours.h>
 
@@ -19,28 +17,22 @@ class NeighbourTest : public testing::Test
 {
 protected:
     NeighbourTest()
-        : m_base(fs::temp_directory_path() / ("renderer-images-" + std::to_string(::getpid()))),
-          m_folder(m_base / "drawing")
     {
-        fs::remove_all(m_base);
         fs::create_directories(m_folder / "in side");
         const auto pixels = Svg::DecodeDataAddress(
             "data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAIAAAB7QOjdAAAAD0lEQVR4nGP8"
             "z8DAwMAAAAYIAQHLR3Z1AAAAAElFTkSuQmCC");
-        for (const fs::path& path : {m_base / "secret.png", m_folder / "a.png",
-                                     m_folder / "in side" / "b.png", m_base / "drawing2.png"})
-            std::ofstream(path, std::ios::binary)
-                .write(reinterpret_cast<const char*>(pixels.data()),
-                       std::streamsize(pixels.size()));
-        std::ofstream(m_folder / "damaged.png") << "no picture";
+        for (const char* name :
+             {"secret.png", "drawing2.png", "drawing/a.png", "drawing/in side/b.png"})
+            m_base.Write(name, {pixels.begin(), pixels.end()});
+        m_base.Write("drawing/damaged.png", "no picture");
         fs::create_symlink("a.png", m_folder / "link.png");
         fs::create_symlink("../secret.png", m_folder / "escape.png");
         fs::create_directory_symlink("..", m_folder / "up");
     }
-    ~NeighbourTest() override { fs::remove_all(m_base); }
 
-    fs::path m_base;
-    fs::path m_folder;
+    TestSupport::TestFolder m_base;
+    fs::path m_folder = m_base / "drawing";
 };
 
 TEST_F(NeighbourTest, ReadsWhatLiesInTheFolder)

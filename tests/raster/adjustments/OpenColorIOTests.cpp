@@ -1,20 +1,15 @@
 #include <cmath>
-#include <filesystem>
-#include <fstream>
-
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <kernel/FormatException.h>
 #include <raster/adjustments/InvertAdjustment.h>
 #include <raster/adjustments/OpenColorIOAdjustment.h>
+#include <support/TestFolder.h>
 
 using namespace Raster;
 
 namespace {
-
-namespace fs = std::filesystem;
 
 const std::string Configuration = R"(ocio_profile_version: 1
 search_path: tables
@@ -45,17 +40,14 @@ class OpenColorIO : public testing::Test
 {
 protected:
     OpenColorIO()
-        : m_folder(fs::temp_directory_path() / ("renderer-ocio-" + std::to_string(::getpid())))
     {
-        fs::create_directories(m_folder / "tables");
-        std::ofstream(m_folder / "tables/table.spi1d")
-            << "Version 1\nFrom 0.0 1.0\nLength 3\nComponents 1\n{\n0.0\n0.2\n1.0\n}\n";
-        Write(Configuration);
+        std::filesystem::create_directory(m_folder / "tables");
+        m_folder.Write("tables/table.spi1d",
+                       "Version 1\nFrom 0.0 1.0\nLength 3\nComponents 1\n{\n0.0\n0.2\n1.0\n}\n");
+        m_folder.Write("config.ocio", Configuration);
     }
-    ~OpenColorIO() override { fs::remove_all(m_folder); }
 
-    void Write(const std::string& text) { std::ofstream(GetFile()) << text; }
-    fs::path GetFile() const { return m_folder / "config.ocio"; }
+    std::filesystem::path GetFile() const { return m_folder / "config.ocio"; }
 
     Kernel::Counted<const OpenColorIOAdjustment> Make(const std::string& destination)
     {
@@ -70,7 +62,7 @@ protected:
         return pixels;
     }
 
-    fs::path m_folder;
+    TestSupport::TestFolder m_folder;
 };
 
 } // namespace
@@ -121,7 +113,7 @@ TEST_F(OpenColorIO, RefusesWhatItCannotDo)
                  Kernel::FormatException);
     EXPECT_THROW(Make("lost"), Kernel::FormatException);
     for (const std::size_t size : {0u, 1u, 30u, 200u}) {
-        Write(Configuration.substr(0, size));
+        m_folder.Write("config.ocio", Configuration.substr(0, size));
         EXPECT_THROW(Make("mixed"), Kernel::FormatException) << size;
     }
 }
