@@ -1,5 +1,4 @@
 #include <cmath>
-#include <random>
 
 #include <cstdio>
 #include <jpeglib.h>
@@ -7,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <kernel/FormatException.h>
-#include <kernel/MemoryOutStream.h>
 #include <raster/Codecs.h>
 #include <raster/Pixel.h>
 
@@ -17,13 +15,6 @@ using namespace Raster;
 using namespace RasterTest;
 
 namespace {
-
-Bytes Write(const DynamicBitmap& bitmap, int quality)
-{
-    Kernel::MemoryOutStream out;
-    WriteJPEG(out, bitmap, quality);
-    return out.TakeData();
-}
 
 /// A smooth opaque picture, different in each channel.
 template<class P>
@@ -40,23 +31,6 @@ Kernel::Counted<const DynamicBitmap> MakeSmooth(unsigned width, unsigned height,
         }
     }
     return Kernel::MakeCounted<const DynamicBitmap>(buffer, std::move(profile));
-}
-
-template<class P>
-int MaxDifference(const DynamicBitmap& a, const DynamicBitmap& b)
-{
-    EXPECT_EQ(a.GetFormat(), b.GetFormat());
-    EXPECT_EQ(a.GetWidth(), b.GetWidth());
-    EXPECT_EQ(a.GetHeight(), b.GetHeight());
-    int worst = 0;
-    for (unsigned y = 0; y < a.GetHeight(); ++y) {
-        const P* first = reinterpret_cast<const P*>(a.GetBuffer()->GetRow(y));
-        const P* second = reinterpret_cast<const P*>(b.GetBuffer()->GetRow(y));
-        for (unsigned x = 0; x < a.GetWidth(); ++x)
-            for (std::size_t c = 0; c < P::ChannelCount; ++c)
-                worst = std::max(worst, std::abs(int(first[x][c]) - int(second[x][c])));
-    }
-    return worst;
 }
 
 /// Every pixel of the file is \p expected, within 2.
@@ -101,27 +75,31 @@ TEST(JPEG, WrittenPicturesComeBackClose)
 {
     const auto colour = MakeSmooth<PixelRGBA8>(150, 83);
     const auto grey = MakeSmooth<PixelIA8>(150, 83);
-    EXPECT_LE(MaxDifference<PixelRGBA8>(*colour, *ReadJPEG(Write(*colour, 100))), 5);
-    EXPECT_LE(MaxDifference<PixelRGBA8>(*colour, *ReadJPEG(Write(*colour, 75))), 24);
-    EXPECT_LE(MaxDifference<PixelIA8>(*grey, *ReadJPEG(Write(*grey, 95))), 6);
-    const auto inks = MakeSmooth<PixelCMYKA8>(150, 83, MakeProfile(MakeCMYKBytes()));
-    const auto read = ReadJPEG(Write(*inks, 100));
-    EXPECT_LE(MaxDifference<PixelCMYKA8>(*inks, *read), 5);
-    EXPECT_EQ(read->GetProfile().Get(), inks->GetProfile().Get());
-    EXPECT_LT(Write(*colour, 30).size(), Write(*colour, 95).size());
-    EXPECT_EQ(Write(*colour, 90), Write(*colour, 90));
+    const auto inks = MakeSmooth<PixelCMYKA8>(150, 83);
+    ExpectSimilar(*ReadJPEG(Write(WriteJPEG, *colour, 100)), *colour, 5);
+    ExpectSimilar(*ReadJPEG(Write(WriteJPEG, *colour, 75)), *colour, 24);
+    ExpectSimilar(*ReadJPEG(Write(WriteJPEG, *grey, 95)), *grey, 6);
+    ExpectSimilar(*ReadJPEG(Write(WriteJPEG, *inks, 100)), *inks, 5);
+    const Bytes file = Write(WriteJPEG, *colour, 90);
+    EXPECT_LT(Write(WriteJPEG, *colour, 30).size(), file.size());
+    EXPECT_EQ(Write(WriteJPEG, *colour, 90), file);
+    // From 90 on colours are as fine as light.
+    const auto getSampling = [](const Bytes& bytes) {
+        const Bytes mark{0xff, 0xc0}; // its eleventh byte behind is that of the first component
+        return std::search(bytes.begin(), bytes.end(), mark.begin(), mark.end())[11];
+    };
+    EXPECT_EQ(getSampling(file), 0x11);
+    EXPECT_EQ(getSampling(Write(WriteJPEG, *colour, 89)), 0x22);
 
     // Transparency shows white.
-    const auto buffer = DynamicBuffer::Create(Format::RGBA8, 16, 16);
-    for (unsigned y = 0; y < 16; ++y)
-        std::fill_n(reinterpret_cast<PixelRGBA8*>(buffer->GetRow(y)), 16,
-                    PixelRGBA8{{0, 100, 0, 100}});
-    ExpectColour(Write(DynamicBitmap(buffer), 100), PixelRGBA8{{155, 255, 155, 255}});
-    const auto paper = DynamicBuffer::Create(Format::CMYKA8, 16, 16);
-    for (unsigned y = 0; y < 16; ++y)
-        std::fill_n(reinterpret_cast<PixelCMYKA8*>(paper->GetRow(y)), 16,
-                    PixelCMYKA8{{0, 100, 30, 10, 100}});
-    ExpectColour(Write(DynamicBitmap(paper), 100), PixelCMYKA8{{0, 100, 30, 10, 255}});
+    const auto expectFlat = []<class P>(const P& pixel, const P& expected) {
+        const auto buffer = DynamicBuffer::Create(FormatOfPixel<P>, 16, 16);
+        for (unsigned y = 0; y < 16; ++y)
+            std::fill_n(reinterpret_cast<P*>(buffer->GetRow(y)), 16, pixel);
+        ExpectColour(Write(WriteJPEG, DynamicBitmap(buffer), 100), expected);
+    };
+    expectFlat(PixelRGBA8{{0, 100, 0, 100}}, PixelRGBA8{{155, 255, 155, 255}});
+    expectFlat(PixelCMYKA8{{0, 100, 30, 10, 100}}, PixelCMYKA8{{0, 100, 30, 10, 255}});
 }
 
 TEST(JPEG, ProfilesOfManyMarkersAreKept)
@@ -132,13 +110,9 @@ TEST(JPEG, ProfilesOfManyMarkersAreKept)
     for (unsigned i = 0; i < 4; ++i)
         bytes[i] = static_cast<unsigned char>(size >> (24 - 8 * i));
     const Profile large = MakeProfile(bytes);
-    const Bytes file = Write(*MakeSmooth<PixelRGBA8>(20, 20, large), 90);
+    const Bytes file = Write(WriteJPEG, *MakeSmooth<PixelRGBA8>(20, 20, large), 90);
     EXPECT_GT(file.size(), size);
     EXPECT_EQ(ReadJPEG(file)->GetProfile().Get(), large.Get());
-    const Profile grey = MakeProfile(MakeGreyBytes(1.7));
-    EXPECT_EQ(ReadJPEG(Write(*MakeSmooth<PixelIA8>(20, 20, grey), 90))->GetProfile().Get(),
-              grey.Get());
-
     Bytes damaged = file;
     const std::string mark = "ICC_PROFILE";
     const auto found = std::search(damaged.begin(), damaged.end(), mark.begin(), mark.end());
@@ -149,20 +123,8 @@ TEST(JPEG, ProfilesOfManyMarkersAreKept)
 TEST(JPEG, DamageIsRefused)
 {
     for (const bool isProgressive : {false, true}) {
-        const Bytes whole =
-            EncodeJpeg({JCS_RGB, JCS_YCbCr, 3, isProgressive, false}, {200, 30, 90}, 40, 40);
-        for (std::size_t size = 0; size < whole.size(); ++size)
-            EXPECT_THROW(ReadJPEG({whole.data(), size}), Kernel::FormatException) << size;
-        std::mt19937 random(4);
-        for (int round = 0; round < 2000; ++round) {
-            Bytes bytes = whole;
-            for (int hits = 0; hits < 3; ++hits)
-                bytes[2 + random() % (bytes.size() - 2)] = static_cast<unsigned char>(random());
-            try {
-                ReadJPEG(bytes);
-            } catch (const Kernel::FormatException&) {
-            }
-        }
+        const JpegOptions options{JCS_RGB, JCS_YCbCr, 3, isProgressive, false};
+        ReadDamaged(EncodeJpeg(options, {200, 30, 90}, 40, 40), ReadJPEG, 2000);
     }
 }
 
@@ -191,20 +153,4 @@ TEST(JPEG, BombsAreRefused)
         EXPECT_NE(std::string(exception.what()).find("too many scans"), std::string::npos)
             << exception.what();
     }
-}
-
-TEST(JPEG, WritingFailsCleanly)
-{
-    const auto bitmap = MakeRandomBitmap(Format::RGBA8, 300, 300, false, true);
-    for (const std::size_t room : {0, 1000, 70000}) {
-        FailingStream out(room);
-        EXPECT_THROW(WriteJPEG(out, *bitmap, 100), FailingStream::Failure);
-    }
-    Kernel::MemoryOutStream out;
-    EXPECT_THROW(WriteJPEG(out, *bitmap, 0), std::invalid_argument);
-    EXPECT_THROW(WriteJPEG(out, *MakeRandomBitmap(Format::RGBA16, 2, 2, false, false)),
-                 std::invalid_argument);
-    EXPECT_THROW(WriteJPEG(out, *MakeRandomBitmap(Format::IA8, 65501, 1, false, false)),
-                 std::invalid_argument);
-    EXPECT_TRUE(out.GetData().empty());
 }

@@ -3,10 +3,11 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <kernel/Counted.h>
-#include <kernel/OutStream.h>
+#include <kernel/MemoryOutStream.h>
 #include <raster/DynamicBitmap.h>
 
 #include "TestProfiles.h"
@@ -59,6 +60,16 @@ void ReadDamaged(
     const Bytes& file,
     Kernel::Counted<const Raster::DynamicBitmap> (*read)(std::span<const unsigned char>),
     int rounds);
+
+/// What a codec's function makes of a bitmap.
+template<class... Options>
+Bytes Write(void (*write)(Kernel::OutStream&, const Raster::DynamicBitmap&, Options...),
+            const Raster::DynamicBitmap& bitmap, std::type_identity_t<Options>... options)
+{
+    Kernel::MemoryOutStream out;
+    write(out, bitmap, options...);
+    return out.TakeData();
+}
 
 /// Throws something of its own after some bytes.
 class FailingStream : public Kernel::OutStream
