@@ -37,13 +37,15 @@ protected:
     std::string m_output;
 };
 
-TEST_F(ProgressTest, ShortWorkShowsNothing)
+TEST_F(ProgressTest, NeitherShortWorkNorOtherFilesShowAnything)
 {
-    auto progress = Make();
-    m_now += 499ms;
-    progress->SetProgress(0.9);
-    progress.Reset();
-    EXPECT_EQ(Take(), "");
+    for (const bool isTerminal : {false, true}) {
+        auto progress = Make(isTerminal);
+        m_now += isTerminal ? 499ms : 10s;
+        progress->SetProgress(0.9);
+        progress.Reset();
+        EXPECT_EQ(Take(), "");
+    }
 }
 
 TEST_F(ProgressTest, BarIsDrawnNowAndThenAndCleared)
@@ -61,15 +63,6 @@ TEST_F(ProgressTest, BarIsDrawnNowAndThenAndCleared)
     EXPECT_THAT(Take(), HasSubstr("] 75% drawing"));
     progress.Reset();
     EXPECT_EQ(Take(), "\r\x1b[K");
-}
-
-TEST_F(ProgressTest, WithoutTerminalNothingIsWritten)
-{
-    auto progress = Make(false);
-    m_now += 10s;
-    progress->SetProgress(0.5);
-    progress.Reset();
-    EXPECT_EQ(Take(), "");
 }
 
 TEST_F(ProgressTest, LineNeverReachesTheLastColumn)

@@ -14,24 +14,9 @@ using Raster::AffineTransform;
 
 const AffineTransform::Params Identity;
 
-Kernel::Consolidated<LineStyle> MakeStyle(LineStyle::LineCap cap, LineStyle::LineJoin join,
-                                          double limit, double weight, bool resIndependent = false)
-{
-    LineStyle style(weight, resIndependent);
-    style.SetCap(cap);
-    style.SetJoin(join);
-    style.SetMiterLimit(limit);
-    return LineStyle::Consolidate(style);
-}
-
 TEST(LineStyle, StartsWithoutLine)
 {
-    const LineStyle style;
-    EXPECT_TRUE(style.IsNone());
-    EXPECT_EQ(style.GetWeight(), 0.0);
-    EXPECT_EQ(style.GetCap(), LineStyle::ButtCap);
-    EXPECT_EQ(style.GetJoin(), LineStyle::RoundJoin);
-    EXPECT_EQ(style.GetMiterLimit(), std::numbers::sqrt2);
+    EXPECT_TRUE(LineStyle().IsNone());
     EXPECT_TRUE(LineStyleDescriptorConst().IsLineStyleNone());
     EXPECT_FALSE(LineStyleDescriptorConst(Kernel::Consolidated<LineStyle>()).IsLineStyleVisible());
     EXPECT_EQ(LineStyleDescriptorConst::CreateNone(), LineStyleDescriptorConst());
@@ -108,16 +93,24 @@ TEST(LineStyleDescriptor, InflationHoldsTheStroke)
         return -grown.left;
     };
     using L = LineStyle;
-    EXPECT_DOUBLE_EQ(reach(LineStyleDescriptorConst(MakeStyle(L::ButtCap, L::RoundJoin, 10, 4))),
-                     2);
-    EXPECT_DOUBLE_EQ(reach(LineStyleDescriptorConst(MakeStyle(L::SquareCap, L::RoundJoin, 10, 4))),
-                     2 * std::numbers::sqrt2);
-    EXPECT_DOUBLE_EQ(reach(LineStyleDescriptorConst(MakeStyle(L::SquareCap, L::MitreJoin, 10, 4))),
-                     20);
-    EXPECT_DOUBLE_EQ(reach(LineStyleDescriptorConst(MakeStyle(L::ButtCap, L::MitreJoin, 0.1, 4))),
-                     2);
+    struct Case
+    {
+        L::LineCap cap;
+        L::LineJoin join;
+        double limit, reach; ///< of a line of weight 4
+    };
+    for (const Case& c :
+         {Case{L::ButtCap, L::RoundJoin, 10, 2},
+          Case{L::SquareCap, L::RoundJoin, 10, 2 * std::numbers::sqrt2},
+          Case{L::SquareCap, L::MitreJoin, 10, 20}, Case{L::ButtCap, L::MitreJoin, 0.1, 2}}) {
+        LineStyle style(4.0);
+        style.SetCap(c.cap);
+        style.SetJoin(c.join);
+        style.SetMiterLimit(c.limit);
+        EXPECT_DOUBLE_EQ(reach(LineStyleDescriptorConst(LineStyle::Consolidate(style))), c.reach);
+        EXPECT_DOUBLE_EQ(style.GetLineInflationPixels96(), c.reach);
+    }
     EXPECT_DOUBLE_EQ(reach(LineStyleDescriptorConst()), 0);
-    EXPECT_DOUBLE_EQ(MakeStyle(L::ButtCap, L::MitreJoin, 3, 4)->GetLineInflationPixels96(), 6);
 
     LineStyleDescriptorConst outside(4.0);
     outside.SetStrokeAlignment(LineStyleDescriptorConst::Outside);

@@ -82,16 +82,14 @@ TEST(Gunzip, UnpacksWholeFilesOnly)
                  Kernel::FormatException);
 }
 
-struct EntityCase
-{
-    std::string_view subset;
-    std::string_view content;
-    std::string_view expanded;
-};
-
 TEST(Entities, ExpandsInternalOnes)
 {
-    const std::vector<EntityCase> cases{
+    const struct
+    {
+        std::string_view subset;
+        std::string_view content;
+        std::string_view expanded;
+    } cases[] = {
         {"<!ENTITY a 'x'>", "<g>&a;&a;</g>", "<g>xx</g>"},
         {"<!ENTITY a \"x&b;z\"><!ENTITY b 'y'>", "<g k='&a;'/>", "<g k='xyz'/>"},
         {"<!ENTITY a '<path/>'>", "<g>&a;</g>", "<g><path/></g>"},
@@ -106,7 +104,7 @@ TEST(Entities, ExpandsInternalOnes)
          "&a;&b;"},
         {"<?p ]> ?><!ATTLIST g k CDATA ']>'><!ENTITY a 'x'>", "&a;", "x"},
     };
-    for (const EntityCase& c : cases) {
+    for (const auto& c : cases) {
         const std::string head =
             "<?xml version='1.0'?><!-- <!DOCTYPE --><!DOCTYPE svg PUBLIC 'x>[' \"y\" [" +
             std::string(c.subset) + "]>";

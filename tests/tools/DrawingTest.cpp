@@ -11,16 +11,14 @@
 
 namespace {
 
-struct SizeCase
-{
-    std::string_view attributes;
-    double width;
-    double height;
-};
-
 TEST(Drawing, FindsItsExtent)
 {
-    const std::vector<SizeCase> cases{
+    const struct
+    {
+        std::string_view attributes;
+        double width;
+        double height;
+    } cases[] = {
         {"width='20' height='30'", 20, 30},
         {"width='1in' height='72pt'", 96, 96},
         {"viewBox='0 0 40 20'", 40, 20},
@@ -30,7 +28,7 @@ TEST(Drawing, FindsItsExtent)
         {"", 300, 150},
         {"width='50'", 50, 150},
     };
-    for (const SizeCase& c : cases) {
+    for (const auto& c : cases) {
         const Svg::Drawing drawing(MakeDocument("", std::string(c.attributes)));
         EXPECT_NEAR(drawing.GetWidth(), c.width, 1e-9) << c.attributes;
         EXPECT_NEAR(drawing.GetHeight(), c.height, 1e-9) << c.attributes;
@@ -41,15 +39,13 @@ TEST(Drawing, FindsItsExtent)
             << attributes;
 }
 
-struct BoxCase
-{
-    std::string_view content;
-    std::vector<Kernel::RectT<double>> boxes;
-};
-
 TEST(Drawing, PlacesShapes)
 {
-    const std::vector<BoxCase> cases{
+    const struct
+    {
+        std::string_view content;
+        std::vector<Kernel::RectT<double>> boxes;
+    } cases[] = {
         {"<rect x='1' y='2' width='3' height='4'/>", {{1, 2, 4, 6}}},
         {"<rect width='10%' height='10%'/>", {{0, 0, 20, 10}}},
         {"<rect width='10' height='10' rx='3'/><rect width='0' height='5'/><rect width='-1' "
@@ -97,7 +93,7 @@ TEST(Drawing, PlacesShapes)
         {"<a><rect width='1' height='1'/></a><unknown><rect width='2' height='2'/></unknown>",
          {{0, 0, 1, 1}}},
     };
-    for (const BoxCase& c : cases) {
+    for (const auto& c : cases) {
         const Recorded recorded(MakeDocument(std::string(c.content)));
         ASSERT_EQ(recorded.target.shapes.size(), c.boxes.size()) << c.content;
         for (std::size_t i = 0; i < c.boxes.size(); ++i) {
@@ -115,12 +111,6 @@ TEST(Drawing, FitsTheViewBox)
     ExpectBox(recorded.target.GetBox(0), {100, 0, 110, 50});
 }
 
-struct TraceCase
-{
-    std::string_view content;
-    std::string_view trace;
-};
-
 TEST(Drawing, PushesAndPopsInOrder)
 {
     const std::string shared =
@@ -134,7 +124,11 @@ TEST(Drawing, PushesAndPopsInOrder)
         "<clipPath id='box' clipPathUnits='objectBoundingBox'><rect width='1' "
         "height='1'/></clipPath>"
         "<defs><rect id='r' width='5' height='5'/></defs>";
-    const std::vector<TraceCase> cases{
+    const struct
+    {
+        std::string_view content;
+        std::string_view trace;
+    } cases[] = {
         {"<rect width='1' height='1' opacity='.5'/>", "D"},
         {"<g opacity='.5'><path d='M0 0H1V1'/><path d='M0 0H1V1'/></g>", "GDDg"},
         {"<g opacity='1'><path d='M0 0H1V1'/></g>", "D"},
@@ -152,7 +146,7 @@ TEST(Drawing, PushesAndPopsInOrder)
         {"<svg width='9' height='9'><path d='M0 0H1V1'/></svg>", "CDc"},
         {"<svg width='9' height='9' overflow='visible'><path d='M0 0H1V1'/></svg>", "D"},
     };
-    for (const TraceCase& c : cases)
+    for (const auto& c : cases)
         EXPECT_EQ(Recorded(MakeDocument(shared + std::string(c.content))).target.trace, c.trace)
             << c.content;
 }
@@ -257,12 +251,6 @@ TEST(Notices, SayEachKindOnce)
     }
 }
 
-struct HostileCase
-{
-    const char* name;
-    std::string content;
-};
-
 TEST(Drawing, RefusesCirclesAndBombs)
 {
     std::string useBomb = "<g id='u0'><path d='M0 0H1V1'/></g>";
@@ -274,7 +262,11 @@ TEST(Drawing, RefusesCirclesAndBombs)
     for (int i = 0; i < 100000; ++i)
         clipChain += "<clipPath id='c" + std::to_string(i) + "' clip-path='url(#c" +
                      std::to_string(i + 1) + ")'><path d='M0 0H9V9'/></clipPath>";
-    const std::vector<HostileCase> cases{
+    const struct
+    {
+        const char* name;
+        std::string content;
+    } cases[] = {
         {"use of itself", "<g id='a'><use href='#a'/></g>"},
         {"use in a circle", "<g id='a'><use href='#b'/></g><g id='b'><use href='#a'/></g>"},
         {"use of the root", "<g><use href='#root'/></g>"},
@@ -296,7 +288,7 @@ TEST(Drawing, RefusesCirclesAndBombs)
          "<path d='M0 0H1V1' clip-path='url(#c)'/>"},
         {"chain of clip paths", clipChain},
     };
-    for (const HostileCase& c : cases) {
+    for (const auto& c : cases) {
         Svg::Drawing drawing(MakeDocument(c.content, "id='root' width='9' height='9'"));
         RecordingTarget target;
         EXPECT_THROW(drawing.Draw(target), Kernel::FormatException) << c.name;

@@ -31,16 +31,14 @@ const FillGradient& AsGradient(const Renderer::FillDescriptorConst& fill)
     return dynamic_cast<const FillGradient&>(*fill.GetFill());
 }
 
-struct LinearCase
-{
-    std::string attributes;
-    Kernel::PointT<double> start;
-    Kernel::PointT<double> end;
-};
-
 TEST(LinearGradient, FollowsTheWholeMap)
 {
-    const std::vector<LinearCase> cases{
+    const struct
+    {
+        std::string attributes;
+        Kernel::PointT<double> start;
+        Kernel::PointT<double> end;
+    } cases[] = {
         {"", {10, 20}, {50, 20}},
         {"x1='50%' x2='.25'", {30, 20}, {20, 20}},
         {"x2='0' y2='1'", {10, 20}, {10, 30}},
@@ -53,7 +51,7 @@ TEST(LinearGradient, FollowsTheWholeMap)
          {11, 2}},
         {"gradientUnits='userSpaceOnUse' x2='10' gradientTransform='skewX(45)'", {0, 0}, {5, -5}},
     };
-    for (const LinearCase& c : cases) {
+    for (const auto& c : cases) {
         const auto fill = Paint("<linearGradient id='g' " + c.attributes + ">" +
                                 std::string(Stops) + "</linearGradient>");
         ASSERT_EQ(fill.GetFill()->GetKind(), Renderer::Fill::Kind::Gradient) << c.attributes;
@@ -126,16 +124,14 @@ TEST(Gradient, ReadsStops)
     }
 }
 
-struct DegenerateCase
-{
-    std::string definition;
-    std::string painted;
-};
-
 TEST(Gradient, BecomesSolidOrNothing)
 {
     const std::string stops(Stops);
-    const std::vector<DegenerateCase> cases{
+    const struct
+    {
+        std::string definition;
+        std::string painted;
+    } cases[] = {
         {"<linearGradient id='g'/>", "none"},
         {"<linearGradient id='g'><stop stop-color='red' stop-opacity='.5'/></linearGradient>",
          "#ff000080"},
@@ -146,7 +142,7 @@ TEST(Gradient, BecomesSolidOrNothing)
          "none"},
         {"<rect id='g'/>", "#00ff00ff"},
     };
-    for (const DegenerateCase& c : cases)
+    for (const auto& c : cases)
         EXPECT_EQ(Describe(Paint(c.definition)), c.painted) << c.definition;
 }
 

@@ -15,16 +15,14 @@ using namespace Svg;
 
 namespace {
 
-struct NumberCase
-{
-    std::string_view text;
-    std::optional<double> value;
-    std::string_view rest;
-};
-
 TEST(Scanner, TakesNumbersAsFarAsTheyGo)
 {
-    const std::vector<NumberCase> cases{
+    const struct
+    {
+        std::string_view text;
+        std::optional<double> value;
+        std::string_view rest;
+    } cases[] = {
         {"12", 12.0, ""},
         {"+.5.5", 0.5, ".5"},
         {"-3.-4", -3.0, "-4"},
@@ -41,7 +39,7 @@ TEST(Scanner, TakesNumbersAsFarAsTheyGo)
         {"-1e999", -1.7976931348623157e308, ""},
         {"1e-999", 0.0, ""},
     };
-    for (const NumberCase& c : cases) {
+    for (const auto& c : cases) {
         Scanner scanner(c.text);
         EXPECT_EQ(scanner.Number(), c.value) << c.text;
         EXPECT_EQ(scanner.Rest(), c.rest) << c.text;
@@ -77,15 +75,13 @@ TEST(Length, ReadsFractions)
     EXPECT_FALSE(ParseFraction("1px"));
 }
 
-struct TransformCase
-{
-    std::string_view text;
-    Kernel::PointT<double> image; ///< of (1, 2)
-};
-
 TEST(TransformList, AppliesTheLastFirst)
 {
-    const std::vector<TransformCase> cases{
+    const struct
+    {
+        std::string_view text;
+        Kernel::PointT<double> image; ///< of (1, 2)
+    } cases[] = {
         {"", {1, 2}},
         {"translate(3)", {4, 2}},
         {"translate(3 4)", {4, 6}},
@@ -100,7 +96,7 @@ TEST(TransformList, AppliesTheLastFirst)
         {"scale(2) , translate(10 -1)", {22, 2}},
         {"scale(2)\n\ttranslate(10 0)rotate(0)", {22, 4}},
     };
-    for (const TransformCase& c : cases) {
+    for (const auto& c : cases) {
         const auto transform = ParseTransformList(c.text);
         ASSERT_TRUE(transform) << c.text;
         const auto image = transform->Map({1, 2});
@@ -113,12 +109,6 @@ TEST(TransformList, AppliesTheLastFirst)
         EXPECT_FALSE(ParseTransformList(text)) << text;
 }
 
-struct ColourCase
-{
-    std::string_view text;
-    std::optional<ColourValue> value;
-};
-
 ColourValue Bytes(int red, int green, int blue, double alpha = 1.0)
 {
     return {red / 255.0, green / 255.0, blue / 255.0, alpha};
@@ -126,7 +116,11 @@ ColourValue Bytes(int red, int green, int blue, double alpha = 1.0)
 
 TEST(Colour, ReadsEveryForm)
 {
-    const std::vector<ColourCase> cases{
+    const struct
+    {
+        std::string_view text;
+        std::optional<ColourValue> value;
+    } cases[] = {
         {"#f08", Bytes(255, 0, 136)},
         {"#F08A", Bytes(255, 0, 136, 170 / 255.0)},
         {" #12aB9f ", Bytes(18, 171, 159)},
@@ -151,7 +145,7 @@ TEST(Colour, ReadsEveryForm)
         {"", std::nullopt},
         {"currentColor", std::nullopt},
     };
-    for (const ColourCase& c : cases)
+    for (const auto& c : cases)
         EXPECT_EQ(ParseColour(c.text), c.value) << c.text;
 }
 
@@ -181,16 +175,14 @@ TEST(ViewBox, ReadsFourNumbersOnly)
         EXPECT_FALSE(ParseViewBox(text)) << text;
 }
 
-struct FitCase
-{
-    std::string_view ratio;
-    Kernel::RectT<double> image; ///< of the box
-};
-
 TEST(ViewBox, FitsBoxes)
 {
     // A box of 10 × 10 in a viewport of 200 × 100 whose left top corner is (5, 7).
-    const std::vector<FitCase> cases{
+    const struct
+    {
+        std::string_view ratio;
+        Kernel::RectT<double> image; ///< of the box
+    } cases[] = {
         {"", {55, 7, 155, 107}},
         {"none", {5, 7, 205, 107}},
         {"xMinYMin", {5, 7, 105, 107}},
@@ -200,7 +192,7 @@ TEST(ViewBox, FitsBoxes)
         {"xMinYMax slice", {5, -93, 205, 107}},
         {"nonsense", {55, 7, 155, 107}},
     };
-    for (const FitCase& c : cases) {
+    for (const auto& c : cases) {
         const Kernel::RectT<double> box{100, 200, 110, 210};
         const auto fit = FitBox(box, {5, 7, 205, 107}, AspectRatio::Parse(c.ratio));
         EXPECT_TRUE(Raster::AffineTransform::MapRect(fit, box) == c.image) << c.ratio;

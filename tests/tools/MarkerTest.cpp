@@ -12,15 +12,13 @@
 
 namespace {
 
-struct VertexCase
-{
-    std::string shape;
-    std::vector<std::array<double, 3>> vertices; ///< x, y, degrees
-};
-
 TEST(MarkerVertices, PointAlongThePath)
 {
-    const std::vector<VertexCase> cases{
+    const struct
+    {
+        std::string shape;
+        std::vector<std::array<double, 3>> vertices; ///< x, y, degrees
+    } cases[] = {
         {"<path d='M0 0H10V10'/>", {{0, 0, 0}, {10, 0, 45}, {10, 10, 90}}},
         {"<polyline points='0,0 10,0 0,0'/>", {{0, 0, 0}, {10, 0, 90}, {0, 0, 180}}},
         {"<line x1='1' y1='9' x2='1' y2='4'/>", {{1, 9, -90}, {1, 4, -90}}},
@@ -43,7 +41,7 @@ TEST(MarkerVertices, PointAlongThePath)
         {"<path d='M3 4'/>", {{3, 4, 0}}},
         {"<path d='M0 0H9M0 5V9'/>", {{0, 0, 0}, {9, 0, 0}, {0, 5, 90}, {0, 9, 90}}},
     };
-    for (const VertexCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.shape);
         const Svg::Document document(MakeDocument(c.shape));
         const Svg::Element& element = *document.GetRoot().firstChild;
@@ -61,18 +59,16 @@ TEST(MarkerVertices, PointAlongThePath)
     }
 }
 
-struct MarkerCase
-{
-    std::string marker;
-    std::string shape;
-    std::vector<Kernel::RectT<double>> boxes; ///< of what is drawn besides the shape
-};
-
 TEST(Marker, IsPlacedAtItsVertices)
 {
     const std::string content = "<rect width='2' height='1'/>";
     const std::string line = "<path d='M10 10H30V50' fill='none' stroke='red' stroke-width='2' ";
-    const std::vector<MarkerCase> cases{
+    const struct
+    {
+        std::string marker;
+        std::string shape;
+        std::vector<Kernel::RectT<double>> boxes; ///< of what is drawn besides the shape
+    } cases[] = {
         {"", line + "marker-start='url(#m)'/>", {{10, 10, 14, 12}}},
         {"markerUnits='userSpaceOnUse'", line + "marker-end='url(#m)'/>", {{30, 50, 32, 51}}},
         {"markerUnits='userSpaceOnUse'", line + "marker-mid='url(#m)'/>", {{30, 10, 32, 11}}},
@@ -104,7 +100,7 @@ TEST(Marker, IsPlacedAtItsVertices)
         {"", line + "marker-start='url(#nothing)'/>", {}},
         {"", "<g marker-start='url(#m)'>" + line + "/></g>", {{10, 10, 14, 12}}},
     };
-    for (const MarkerCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.marker + c.shape);
         const Recorded recorded(
             MakeDocument("<marker id='m' " + c.marker + ">" + content + "</marker>" + c.shape));

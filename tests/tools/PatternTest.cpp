@@ -19,17 +19,15 @@ std::string MakeDots(const std::string& attributes, const std::string& more = ""
                         "<rect x='10' y='10' width='100' height='50' fill='url(#p)'/>");
 }
 
-struct PlaceCase
-{
-    std::string attributes;
-    std::vector<std::pair<unsigned, unsigned>> red;
-    std::vector<std::pair<unsigned, unsigned>> empty;
-};
-
 TEST(Pattern, PlacesItsTiles)
 {
     const std::string user = "patternUnits='userSpaceOnUse' width='20' height='10' ";
-    const std::vector<PlaceCase> cases{
+    const struct
+    {
+        std::string attributes;
+        std::vector<std::pair<unsigned, unsigned>> red;
+        std::vector<std::pair<unsigned, unsigned>> empty;
+    } cases[] = {
         {user, {{20, 10}, {23, 13}, {43, 53}}, {{24, 10}, {23, 14}, {39, 19}, {9, 20}}},
         {user + "x='3' y='-2'", {{23, 18}, {26, 21}}, {{22, 18}, {23, 17}, {27, 21}}},
         {user + "patternTransform='translate(1 2) scale(2)'",
@@ -44,7 +42,7 @@ TEST(Pattern, PlacesItsTiles)
          {{20, 10}, {29, 19}},
          {{30, 10}, {39, 19}}},
     };
-    for (const PlaceCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.attributes);
         const Picture picture(MakeDots(c.attributes));
         for (const auto& [x, y] : c.red)

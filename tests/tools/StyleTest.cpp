@@ -23,15 +23,13 @@ Style ResolveTarget(const std::string& content)
     return target ? StyleResolver(document).ResolveInPlace(*target) : Style();
 }
 
-struct SelectorCase
-{
-    std::string_view selector;
-    bool matches;
-};
-
 TEST(StyleSheet, MatchesSelectors)
 {
-    const std::vector<SelectorCase> cases{
+    const struct
+    {
+        std::string_view selector;
+        bool matches;
+    } cases[] = {
         {"rect", true},
         {"path", false},
         {"*", true},
@@ -64,7 +62,7 @@ TEST(StyleSheet, MatchesSelectors)
         {".", false},
         {"/* x */ rect /* y */", true},
     };
-    for (const SelectorCase& c : cases) {
+    for (const auto& c : cases) {
         const Style style = ResolveTarget(
             "<g class='outer'><circle/><line/><rect id='t' class='a b' width='10'/></g>"
             "<style>" +
@@ -73,16 +71,14 @@ TEST(StyleSheet, MatchesSelectors)
     }
 }
 
-struct CascadeCase
-{
-    std::string_view sheet;
-    std::string_view attributes;
-    double width;
-};
-
 TEST(StyleResolver, OrdersTheCascade)
 {
-    const std::vector<CascadeCase> cases{
+    const struct
+    {
+        std::string_view sheet;
+        std::string_view attributes;
+        double width;
+    } cases[] = {
         {"", "", 3.0}, // inherited from the group
         {"", "stroke-width='4'", 4.0},
         {"*{stroke-width:5}", "stroke-width='4'", 5.0},
@@ -104,7 +100,7 @@ TEST(StyleResolver, OrdersTheCascade)
         {"", "style='/*;*/stroke-width:8/*x*/;fill:red'", 8.0},
         {"", "style='STROKE-WIDTH : 8'", 8.0},
     };
-    for (const CascadeCase& c : cases) {
+    for (const auto& c : cases) {
         std::string content =
             "<style type='text/css'><![CDATA[" + std::string(c.sheet) + "]]></style>";
         content +=
@@ -138,15 +134,13 @@ TEST(StyleResolver, InheritsWhatIsInherited)
     EXPECT_EQ(style.dashes->size(), 2U);
 }
 
-struct PaintCase
-{
-    std::string_view fill;
-    std::string_view painted;
-};
-
 TEST(Paint, FallsBack)
 {
-    const std::vector<PaintCase> cases{
+    const struct
+    {
+        std::string_view fill;
+        std::string_view painted;
+    } cases[] = {
         {"#0f0", "#00ff00ff"},
         {"none", "none"},
         {"currentColor", "#0000ffff"},
@@ -159,7 +153,7 @@ TEST(Paint, FallsBack)
         {"url(other.svg#p) red", "#ff0000ff"},
         {"rgba(255,0,0,.5)", "#ff000080"},
     };
-    for (const PaintCase& c : cases) {
+    for (const auto& c : cases) {
         const Recorded recorded(
             MakeDocument("<pattern id='p'/><g color='blue'><rect width='9' height='9' "
                          "stroke='black' fill=\"" +

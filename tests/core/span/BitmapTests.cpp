@@ -85,40 +85,28 @@ protected:
 };
 TYPED_TEST_SUITE(BitmapTest, TestedPixels);
 
-TYPED_TEST(BitmapTest, WholePixelsAreCopiedAndSurroundedByNothing)
+TYPED_TEST(BitmapTest, MapsPutPixelsInPlace)
 {
+    const auto source = &TestFixture::Source;
     this->Check({Width, 0, 20, 0, Height, -3}, {15, -6, 33, 6}, 0.0,
-                [](int x, int y, std::size_t c) { return TestFixture::Source(x - 20, y + 3, c); });
-}
-
-TYPED_TEST(BitmapTest, HalfPixelsAreMeansOfNeighbours)
-{
-    const auto mean = [](int x, int y, std::size_t c) {
-        return (TestFixture::Source(x - 21, y, c) + TestFixture::Source(x - 20, y, c)) / 2;
-    };
-    this->Check({Width, 0, 20.5, 0, Height, 0}, {21, 0, 28, 6}, this->Rounding, mean);
-}
-
-TYPED_TEST(BitmapTest, TurnedBitmapsPutPixelsInPlace)
-{
+                [&](int x, int y, std::size_t c) { return source(x - 20, y + 3, c); });
+    this->Check({Width, 0, 20.5, 0, Height, 0}, {21, 0, 28, 6}, this->Rounding,
+                [&](int x, int y, std::size_t c) {
+                    return (source(x - 21, y, c) + source(x - 20, y, c)) / 2;
+                });
     // A quarter turn: the x axis of the bitmap runs down the page, its y axis to the left.
-    const Params map{0, -Height, 20, Width, 0, 10};
     this->Check(
-        map, {10, 8, 24, 20}, this->Rounding,
-        [](int x, int y, std::size_t c) { return TestFixture::Source(y - 10, 19 - x, c); },
+        {0, -Height, 20, Width, 0, 10}, {10, 8, 24, 20}, this->Rounding,
+        [&](int x, int y, std::size_t c) { return source(y - 10, 19 - x, c); },
         ResamplerType::NearestNeighbour);
-}
-
-TYPED_TEST(BitmapTest, MinifiedBitmapsAreAveraged)
-{
-    const auto mean = [](int x, int y, std::size_t c) {
-        double sum = 0;
-        for (int j = 0; j < 2; ++j)
-            for (int i = 0; i < 2; ++i)
-                sum += TestFixture::Source(2 * (x - 20) + i, 2 * (y - 10) + j, c);
-        return sum / 4;
-    };
-    this->Check({Width / 2, 0, 20, 0, Height / 2, 10}, {20, 10, 24, 13}, this->Rounding, mean);
+    // Half its size: means of four.
+    this->Check({Width / 2, 0, 20, 0, Height / 2, 10}, {20, 10, 24, 13}, this->Rounding,
+                [&](int x, int y, std::size_t c) {
+                    const int i = 2 * (x - 20), j = 2 * (y - 10);
+                    return (source(i, j, c) + source(i + 1, j, c) + source(i, j + 1, c) +
+                            source(i + 1, j + 1, c)) /
+                           4;
+                });
 }
 
 TYPED_TEST(BitmapTest, BuffersPaintLikeBitmaps)

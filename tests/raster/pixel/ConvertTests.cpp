@@ -77,6 +77,9 @@ TEST(ConvertFloatPixel, KnownColours)
     using enum ColourSpace;
     ExpectNear(ConvertFloats(RGB, {0.5f, 0.5f, 0.5f, 0.3f}, HSL), {0, 0, 0.5f, 0.3f}, 1e-6f);
     ExpectNear(ConvertFloats(RGB, {1, 0, 0, 1}, HSL), {0, 1, 0.5f, 1}, 1e-6f);
+    ExpectNear(ConvertFloats(RGB, {1, 0, 1, 1}, HSL), {300.0f / 360, 1, 0.5f, 1}, 1e-6f);
+    ExpectNear(ConvertFloats(RGB, {0.2f, 0.4f, 0.3f, 1}, HSL), {150.0f / 360, 1.0f / 3, 0.3f, 1},
+               1e-6f);
     ExpectNear(ConvertFloats(RGB, {-3, 0, 7, 1}, HSL), {240.0f / 360, 1, 0.5f, 1}, 1e-6f);
     ExpectNear(ConvertFloats(RGB, {0, 0, 0, 1}, CMYK), {0, 0, 0, 1, 1}, 0);
     ExpectNear(ConvertFloats(RGB, {1, 1, 1, 0.5f}, CMYK), {0, 0, 0, 0, 0.5f}, 0);

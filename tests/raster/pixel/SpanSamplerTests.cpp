@@ -204,23 +204,6 @@ TEST(SpanSampler, NearestNeighbourMinifiesByPickingPixels)
         EXPECT_EQ(row[i], GetPixel<PixelRGBA8>(*picture, 3 * i + 1, 4));
 }
 
-TEST(SpanSampler, CutsOfARowDoNotShow)
-{
-    const auto picture = MakePicture<PixelRGBA8>(7, 5);
-    for (const auto& placement : Placements)
-        for (const auto up : Resamplers) {
-            Params map;
-            AffineTransform::Invert(placement, map);
-            SpanSampler<PixelRGBA8> sampler(picture, map, up, ResamplerType::Bilinear,
-                                            ExtendType::Wrap);
-            const auto whole = SampleRow(sampler, -50, 3, 100);
-            for (unsigned x = 0, length = 1; x + length <= 100; x += length, ++length)
-                EXPECT_EQ(std::memcmp(SampleRow(sampler, int(x) - 50, 3, length).data(), &whole[x],
-                                      length * sizeof(PixelRGBA8)),
-                          0);
-        }
-}
-
 TEST(SpanSampler, FarCoordinatesKeepTheEdgeRules)
 {
     const auto picture = MakePicture<PixelRGBA8>(7, 5);
