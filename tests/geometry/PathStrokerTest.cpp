@@ -56,6 +56,12 @@ TEST(PathStroker, EdgesOfCurvesAreCentred)
             EXPECT_NEAR(edge, expected, 0.01);
         }
     }
+    // So are round caps.
+    PolyCurveDbl dot;
+    dot.MoveTo({0, 0});
+    dot.Close();
+    const StrokeParameters round = MakeCoarsePen(40.0, StrokeCap::Round);
+    EXPECT_NEAR(std::sqrt(Oracle::NonZeroArea(Stroke(dot, round)) / pi), 20.0, 0.01);
 }
 
 TEST(PathStroker, TightCurvesAreCoveredAsFarAsThePenReaches)

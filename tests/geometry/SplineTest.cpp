@@ -37,6 +37,11 @@ TEST(Spline, IsSmoothClampedAndExactOnLines)
     EXPECT_EQ(line.Evaluate(std::numeric_limits<double>::infinity()), 8.0);
     EXPECT_TRUE(std::isnan(line.Evaluate(std::numeric_limits<double>::quiet_NaN())));
 
+    // Where the points turn, the curve does, too.
+    const Spline turns({{0, 0}, {1, 1}, {2, 0.9}, {3, 2}});
+    for (double x = 1.0; x <= 2.0; x += 0.01)
+        EXPECT_TRUE(turns.Evaluate(x) >= 0.9 && turns.Evaluate(x) <= 1.0) << x;
+
     const Spline bend({{0, 0}, {1, 1}, {2, 1.5}, {3, 4}});
     for (const double x : {1.0, 2.0}) {
         const double h = 1e-6;

@@ -82,6 +82,9 @@ TEST(Consolidation, CopyOfCanonicalObjectIsAFreshValue)
     EXPECT_TRUE(copy->IsEqual(*six));
     copy.Reset(); // must leave the entry of the original alone
     EXPECT_EQ(six, Number::Create(6));
+    for (int value = 8; value < 30; value += 2) // and so must others of its hash
+        Number::Create(value);
+    EXPECT_EQ(six, Number::Create(6));
 }
 
 TEST(Consolidation, TableForgetsReleasedValues)

@@ -58,7 +58,7 @@ TEST_F(FileOutStreamTest, WithoutCloseNothingChanges)
 TEST_F(FileOutStreamTest, PermissionsAndLinksOfTheTargetStay)
 {
     const fs::path path = m_folder.Write("file", "before");
-    fs::permissions(path, fs::perms(0640));
+    fs::permissions(path, fs::perms(0646));
     fs::create_symlink("file", m_folder / "link");
     fs::create_symlink("fresh", m_folder / "dangling");
     for (const char* name : {"link", "dangling"}) {
@@ -68,7 +68,7 @@ TEST_F(FileOutStreamTest, PermissionsAndLinksOfTheTargetStay)
         EXPECT_TRUE(fs::is_symlink(m_folder / name));
     }
     EXPECT_EQ(m_folder.Read("file"), "after");
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0646));
     EXPECT_EQ(m_folder.Read("fresh"), "after");
 }
 

@@ -69,7 +69,7 @@ TEST_F(ProgressTest, LineNeverReachesTheLastColumn)
 {
     auto progress = Make(true, 45);
     m_now += 1s;
-    progress->SetMessage("\xc3\xa4\xc3\xb6\xc3\xbc\n\x1b[31m long text"); // two-byte letters
+    progress->SetMessage("\xc3\xa4\xc3\xb6\xc3\xbc\n\x7f\x1b[31m long text"); // two-byte letters
     const std::string line = Take();
     EXPECT_THAT(line, StartsWith("\r\x1b[K["));
     // 36 columns of bar and figure, then eight characters; control characters do not count.

@@ -69,37 +69,27 @@ Kernel::Consolidated<FillGradient> MakeFade()
         Gradient::Create({{MakeColour(1, 0.5F, 0, 1), 0.0}, {MakeColour(0, 0.5F, 1, 0), 1.0}}));
 }
 
-TYPED_TEST(FormsTest, TransparencyScalesAllChannelsExactly)
+TYPED_TEST(FormsTest, PaintsScaleTheScratchOrLieOverIt)
 {
     using P = TypeParam;
     const auto scratch = MakeScratch<P>(150);
     const Params map{140, 0, 0, 0, 1, 0};
-    for (const bool uniform : {true, false}) {
-        const auto fade = MakeFade();
-        const auto solid = MakeSolid(0, 0, 0, 127 / 255.0F);
-        const Fill* fill = uniform ? static_cast<const Fill*>(solid.Get()) : fade.Get();
+    const auto fade = MakeFade();
+    const auto solid = MakeSolid(0, 0, 0, 127 / 255.0F);
+    for (const Fill* fill :
+         {static_cast<const Fill*>(solid.Get()), static_cast<const Fill*>(fade.Get())}) {
         ASSERT_TRUE(this->m_painter.Make(*fill, map));
         const auto paint = this->m_painter.Run(0, 0, std::vector<P>(scratch.size()));
         ASSERT_TRUE(this->m_painter.Make(*fill, map, PopulatorRole::Transparency));
         ExpectChannels(this->m_painter.Run(0, 0, scratch), [&](std::size_t i, std::size_t c) {
             return Fraction(scratch[i], c) * Fraction(paint[i], P::AlphaIndex);
         });
+        ASSERT_TRUE(this->m_painter.Make(*fill, map, PopulatorRole::ColourOver));
+        ExpectChannels(this->m_painter.Run(0, 0, scratch), [&](std::size_t i, std::size_t c) {
+            return Fraction(paint[i], c) +
+                   Fraction(scratch[i], c) * (1 - Fraction(paint[i], P::AlphaIndex));
+        });
     }
-}
-
-TYPED_TEST(FormsTest, FurtherPaintsLieOverTheScratch)
-{
-    using P = TypeParam;
-    const auto scratch = MakeScratch<P>(150);
-    const Params map{140, 0, 0, 0, 1, 0};
-    const auto fill = MakeFade();
-    ASSERT_TRUE(this->m_painter.Make(*fill, map));
-    const auto paint = this->m_painter.Run(0, 0, std::vector<P>(scratch.size()));
-    ASSERT_TRUE(this->m_painter.Make(*fill, map, PopulatorRole::ColourOver));
-    ExpectChannels(this->m_painter.Run(0, 0, scratch), [&](std::size_t i, std::size_t c) {
-        return Fraction(paint[i], c) +
-               Fraction(scratch[i], c) * (1 - Fraction(paint[i], P::AlphaIndex));
-    });
 }
 
 TYPED_TEST(FormsTest, SolidsArePremultipliedAndKnownWithoutPopulator)
