@@ -70,6 +70,7 @@ TEST(Fill, KnowsItsAlpha)
              Case{fifth, false, true, true, true, 0.2},
              Case{MakeGradient(Opaque, Opaque), false, false, false, true, 1.0},
              Case{MakeGradient(Fifth, Opaque), false, false, true, false, 0.6},
+             Case{MakeGradient(Opaque, {10, 20, 30, 204}), false, false, true, false, 0.9},
              Case{FillGradient::Create(FillGradient::Radial, nullptr), true, false, true, true,
                   0.0},
              Case{bitmap(ExtendType::Clamp, false), false, false, true, false, 0.6},

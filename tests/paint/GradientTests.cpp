@@ -171,10 +171,11 @@ TEST(FillGradient, CorrectionRulesByType)
             EXPECT_EQ(fill->TreatRadialAsElliptical(), flag && c.asElliptical);
         }
     }
-    EXPECT_NEAR(FillGradient(FillGradient::Radial, BlackToWhite(), true, FillGradient::Pad, {3, 4})
-                    .GetFocus()
-                    .y,
-                0.8, 1e-12);
+    const FillGradient beyond(FillGradient::Radial, BlackToWhite(), true, FillGradient::Pad,
+                              {3, 4});
+    EXPECT_NEAR(beyond.GetFocus().y, 0.8, 1e-12);
+    EXPECT_FALSE(beyond.IsEqual(
+        FillGradient(FillGradient::Radial, BlackToWhite(), true, FillGradient::Pad, {0.5, 0.8})));
 }
 
 TEST(FillGradient, CSS)
