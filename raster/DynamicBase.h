@@ -15,7 +15,8 @@ public:
 
     /// Brings the host's copy of the pixels up to date before the CPU reads or writes them.
     virtual void SyncHostCache() const;
-    /// Says that the CPU has changed the pixels of \p rect.
+    /// Says that the CPU has changed the pixels of \p rect, in pixels from the first one; perhaps
+    /// empty. Must not throw.
     virtual void InvalidateHardwareCache(const Kernel::RectT<int>& rect);
 };
 

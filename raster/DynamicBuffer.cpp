@@ -5,7 +5,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <utility>
 
 #include <raster/Pixel.h>
 
@@ -46,34 +45,37 @@ void DynamicBuffer::FreeMemory::operator()(unsigned char* memory) const noexcept
     std::free(block);
 }
 
-Kernel::Counted<DynamicBuffer> DynamicBuffer::Create(Format format, unsigned width, unsigned height)
-{
-    const std::uint64_t pixelSize = Raster::GetPixelSize(format);
-    const std::uint64_t rowBytes = pixelSize * width;
-    if (rowBytes == 0 || rowBytes > MaxSide || height == 0 || height > MaxSide)
-        return {};
-
-    const std::uint64_t stride = (rowBytes + RowMultiple - 1) / RowMultiple * RowMultiple;
-    if (stride > MaxBytes / height)
-        return {};
-    Memory data(AllocateZeroed(stride * height));
-    if (!data)
-        return {};
-    return Kernel::Counted<DynamicBuffer>(
-        new (std::nothrow) DynamicBuffer(format, width, height, static_cast<unsigned>(pixelSize),
-                                         static_cast<std::ptrdiff_t>(stride), std::move(data)));
-}
-
-DynamicBuffer::DynamicBuffer(Format format, unsigned width, unsigned height, unsigned pixelSize,
-                             std::ptrdiff_t stride, Memory data) noexcept
+DynamicBuffer::DynamicBuffer(std::nothrow_t, Format format, unsigned width,
+                             unsigned height) noexcept
     : m_format(format),
       m_width(width),
       m_height(height),
-      m_pixelSize(pixelSize),
-      m_stride(stride),
-      m_data(std::move(data))
-{}
+      m_pixelSize(unsigned(Raster::GetPixelSize(format)))
+{
+    const std::uint64_t rowBytes = std::uint64_t{m_pixelSize} * width;
+    if (rowBytes == 0 || rowBytes > MaxSide || height == 0 || height > MaxSide)
+        return;
+    const std::uint64_t stride = (rowBytes + RowMultiple - 1) / RowMultiple * RowMultiple;
+    if (stride > MaxBytes / height)
+        return;
+    m_stride = static_cast<std::ptrdiff_t>(stride);
+    m_data.reset(AllocateZeroed(stride * height));
+}
+
+DynamicBuffer::DynamicBuffer(Format format, unsigned width, unsigned height)
+    : DynamicBuffer(std::nothrow, format, width, height)
+{
+    if (!m_data)
+        throw std::bad_alloc();
+}
 
 DynamicBuffer::~DynamicBuffer() = default;
+
+Kernel::Counted<DynamicBuffer> DynamicBuffer::Create(Format format, unsigned width, unsigned height)
+{
+    const Kernel::Counted<DynamicBuffer> buffer(
+        new (std::nothrow) DynamicBuffer(std::nothrow, format, width, height));
+    return buffer && buffer->m_data ? buffer : nullptr;
+}
 
 } // namespace Raster

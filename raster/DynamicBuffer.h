@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 
 #include <kernel/Counted.h>
 #include <raster/DynamicBase.h>
@@ -37,6 +38,11 @@ public:
         return m_data.get() + m_stride * std::ptrdiff_t(y);
     }
 
+protected:
+    /// A buffer of transparent pixels for hosts that keep a second copy of them and override the
+    /// hooks. \throws std::bad_alloc where Create returns null.
+    DynamicBuffer(Format format, unsigned width, unsigned height);
+
 private:
     struct FreeMemory
     {
@@ -44,14 +50,14 @@ private:
     };
     using Memory = std::unique_ptr<unsigned char[], FreeMemory>;
 
-    DynamicBuffer(Format format, unsigned width, unsigned height, unsigned pixelSize,
-                  std::ptrdiff_t stride, Memory data) noexcept;
+    /// Leaves GetData() null where the buffer cannot be had.
+    DynamicBuffer(std::nothrow_t, Format format, unsigned width, unsigned height) noexcept;
 
     Format m_format;
     unsigned m_width;
     unsigned m_height;
     unsigned m_pixelSize;
-    std::ptrdiff_t m_stride;
+    std::ptrdiff_t m_stride = 0;
     Memory m_data;
 };
 

@@ -33,6 +33,30 @@ private:
     bool m_hasGammaCurve = false;
 };
 
+/// Lasts while the present buffer's pixels are written: the host's copy of them is brought up to date
+/// before and dropped after, also when the work is cut short.
+class PixelRenderTarget::WriteScope
+{
+public:
+    /// \param rect of the page, within which pixels change; what lies outside the buffer is left out.
+    WriteScope(PixelRenderTarget& target, const Kernel::RectT<int>& rect)
+        : m_buffer(target.m_current), m_rect(rect.Intersect(target.GetVisibleRect()))
+    {
+        m_rect.left -= target.m_currentOrigin.x;
+        m_rect.top -= target.m_currentOrigin.y;
+        m_rect.right -= target.m_currentOrigin.x;
+        m_rect.bottom -= target.m_currentOrigin.y;
+        m_buffer->SyncHostCache();
+    }
+    WriteScope(const WriteScope&) = delete;
+    WriteScope& operator=(const WriteScope&) = delete;
+    ~WriteScope() { m_buffer->InvalidateHardwareCache(m_rect); }
+
+private:
+    const Kernel::Counted<Raster::DynamicBuffer> m_buffer;
+    Kernel::RectT<int> m_rect;
+};
+
 /// A group of the size of one shape. Unless it is painted, what was drawn into it is dropped, so
 /// that a call that fails half-way leaves clips and groups as they were.
 class PixelRenderTarget::ShapeGroup

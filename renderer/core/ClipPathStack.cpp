@@ -77,6 +77,11 @@ ClipPath::ClipPath(Kernel::Counted<const Polygons> polygons, bool evenOdd)
       m_isUpright(IsUpright(*m_polygons))
 {}
 
+void ClipPath::MakeRoomForMember()
+{
+    MakeRoomForOne(m_members);
+}
+
 void ClipPath::RemoveMember()
 {
     if (!m_members.empty())
@@ -141,14 +146,19 @@ void ClipPathStack::Pop()
 
 void ClipPathStack::BeginGroup()
 {
-    GetLevel().openGroups.emplace_back();
+    // Where the group will go, nothing else goes before: ending it needs no memory.
+    auto& groups = GetLevel().openGroups;
+    if (groups.empty())
+        MakeRoomForOne(GetLevel().paths);
+    else
+        groups.back().MakeRoomForMember();
+    groups.emplace_back();
 }
 
 void ClipPathStack::EndGroup()
 {
     if (GetLevel().openGroups.empty())
         return;
-    MakeRoomForOne(GetLevel().paths);
     ClipPath group = std::move(GetLevel().openGroups.back());
     GetLevel().openGroups.pop_back();
     Push(std::move(group));

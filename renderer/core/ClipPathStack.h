@@ -29,6 +29,8 @@ public:
 
     void AddMember(ClipPath member) { m_members.push_back(std::move(member)); }
     void RemoveMember();
+    /// Makes sure that the next AddMember needs no memory.
+    void MakeRoomForMember();
 
     /// Narrows \p state by what this path lets through.
     void Narrow(ClipState& state, Coverage::CoverageStore& store) const;
@@ -83,10 +85,33 @@ public:
         ClipPathStack& m_stack;
     };
 
+    /// Whether there is nothing at all, in force or not.
+    bool IsPlain() const noexcept
+    {
+        return m_depth == 0 && m_levels[0].paths.empty() && m_levels[0].openGroups.empty();
+    }
+
     /// What all paths in force let through within \p rect.
     const ClipState& Update(const Kernel::RectT<int>& rect);
 
     void Clear();
+
+private:
+    struct Level;
+
+public:
+    /// The paths of a stack, apart from its working memory.
+    struct Saved
+    {
+        std::vector<Level> levels;
+        std::size_t depth;
+    };
+    Saved Save() const { return {m_levels, m_depth}; }
+    void Restore(Saved saved) noexcept
+    {
+        m_levels = std::move(saved.levels);
+        m_depth = saved.depth;
+    }
 
 private:
     /// The paths between two composite groups.

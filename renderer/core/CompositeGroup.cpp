@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <new>
+
+#include <renderer/core/MakeRoom.h>
 
 #include <kernel/Tiles.h>
 
@@ -44,11 +47,16 @@ Counted<DynamicBuffer> SpareBuffers::Take(Raster::Format format, unsigned width,
     return DynamicBuffer::Create(format, width, height);
 }
 
-void SpareBuffers::Give(Counted<DynamicBuffer> buffer, const Kernel::RectT<int>& used)
+bool SpareBuffers::Give(Counted<DynamicBuffer> buffer, const Kernel::RectT<int>& used)
 {
     // Somebody who still looks at the pixels keeps the buffer.
-    if (!buffer || buffer->GetReferenceCount() != 1)
-        return;
+    if (!buffer || buffer->GetReferenceCount() != 1 || m_buffers.size() >= MostBuffers)
+        return false;
+    try {
+        MakeRoomForOne(m_buffers);
+    } catch (const std::bad_alloc&) {
+        return false; // the group is painted all the same
+    }
     const std::size_t pixelSize = buffer->GetPixelSize();
     Kernel::ForEachTile(used, [&](const Kernel::RectT<int>& tile) {
         for (int y = tile.top; y < tile.bottom; ++y)
@@ -56,6 +64,7 @@ void SpareBuffers::Give(Counted<DynamicBuffer> buffer, const Kernel::RectT<int>&
                         std::size_t(tile.Width()) * pixelSize);
     });
     m_buffers.push_back(std::move(buffer));
+    return true;
 }
 
 } // namespace Renderer

@@ -29,6 +29,8 @@ struct CompositeGroup
     Kernel::RectT<int> parentTouched{};
     /// How many device clips lie below the group's own; pops inside the group end there.
     std::size_t deviceClips = 0;
+    /// How many clipping masks lie below the group, out of force inside.
+    std::size_t masks = 0;
     /// All pixels of the group outside are as it began with them; set when the group is closed.
     Kernel::RectT<int> touched{};
     /// The same for the whole buffer, which may be larger.
@@ -36,15 +38,19 @@ struct CompositeGroup
 };
 
 /// Buffers of closed groups, kept for the next ones. They are transparent, so that a group clears
-/// only what it drew. No more are kept than groups were open at once.
+/// only what it drew. Groups leave no more than were open at once, and none are kept beyond
+/// MostBuffers.
 class SpareBuffers
 {
 public:
+    static constexpr std::size_t MostBuffers = 32;
+
     /// A transparent buffer of at least the given size; empty when none can be had.
     Kernel::Counted<Raster::DynamicBuffer> Take(Raster::Format format, unsigned width,
                                                 unsigned height);
-    /// Takes a buffer back. \param used the part of it that may be other than transparent.
-    void Give(Kernel::Counted<Raster::DynamicBuffer> buffer, const Kernel::RectT<int>& used);
+    /// Takes a buffer that nobody else holds. \param used the part of it that may be other than
+    /// transparent. \return false when the buffer is not kept.
+    bool Give(Kernel::Counted<Raster::DynamicBuffer> buffer, const Kernel::RectT<int>& used);
     void Clear() { m_buffers.clear(); }
 
 private:

@@ -5,6 +5,7 @@
 
 #include <geometry/Stroker.h>
 #include <renderer/core/BitmapRenderTarget.h>
+#include <renderer/core/ClippingMask.h>
 #include <renderer/core/ClipPathStack.h>
 #include <renderer/core/CompositeGroup.h>
 #include <renderer/core/RenderTargetRasterizer.h>
@@ -78,6 +79,9 @@ public:
                             const FillDescriptorConst& transparency) override;
     void PopCompositeAsFillAndInterpolate(const FillDescriptorConst& fill) override;
     void PopCompositeAsTransparencyAndInterpolate(const FillDescriptorConst& fill) override;
+    void PushClippingMask(const Kernel::RectT<double>& bounds,
+                          Kernel::Counted<const Raster::DynamicBuffer> mask) override;
+    void PopClippingMask() override;
 
     // State
     /// The format is fixed; only the profiles are taken.
@@ -119,6 +123,7 @@ public:
     void SetGamma(double gamma) override;
     void PushLiveFilters(Kernel::RectT<int> rect) override;
     void PopLiveFilters() override;
+    bool TransferBitmapToSpareComposites(Kernel::Counted<Raster::DynamicBuffer> buffer) override;
 
 protected:
     /// \param table the blend functions of the format; kept by reference.
@@ -169,6 +174,10 @@ protected:
     /// nothing and succeeds. \return false when nothing can be drawn.
     bool AddTransPopulator(const FillDescriptorConst& transparency,
                            const Kernel::RectT<int>& bounds);
+    /// Outlines a rectangle of the page in place, for debugging: a line of black and white dashes, one
+    /// pixel wide along the inside of its edges, within the device clip, whatever clip paths and
+    /// masks are in force.
+    void DebugShowDeviceRectangle(Kernel::RectT<int> rect);
     /// Feeds polygons, mapped by \p transform, to the rasteriser and runs the span loop.
     void RasterizePolyPolygon(const PolyPolygon& polygons, const Transform& transform,
                               const PathRule& rule);
@@ -176,6 +185,10 @@ protected:
 private:
     /// Resets populators and rasteriser at the end of a call, on every path.
     class CallScope;
+    /// Keeps a host's copy of the present buffer right while the buffer is written.
+    class WriteScope;
+    /// What a BufferState knows beyond the destination.
+    class Nesting;
     /// A group of the size of one shape.
     class ShapeGroup;
 
@@ -220,7 +233,15 @@ private:
     void NarrowDeviceClip(const Kernel::RectT<int>& rect, bool withClipPath);
     /// The part of the present buffer that the device clip leaves; perhaps empty, never inside out.
     Kernel::RectT<int> GetVisibleRect() const;
+    /// What all masks in force let through.
+    const ClippingMask& GetMask() const;
+    /// How many masks are out of force until the innermost group is closed.
+    std::size_t GetFirstMask() const;
+    /// The part of GetVisibleRect() where the masks let something through.
+    Kernel::RectT<int> GetUnmaskedRect() const;
 
+    /// Ends all clips, masks and groups.
+    void EndNesting();
     void ShowBuffer(const Kernel::Counted<Raster::DynamicBuffer>& buffer,
                     Kernel::PointT<int> origin);
     /// Notes that pixels of the present buffer may change.
@@ -266,6 +287,7 @@ private:
 
     std::vector<DeviceClip> m_deviceClips; // what each push replaced
     ClipPathStack m_clipPaths;
+    std::vector<ClippingMask> m_masks; // each the product with those below in its group
     std::vector<CompositeGroup> m_groups;
     SpareBuffers m_spareBuffers;
     ColourTransforms m_colourTransforms;

@@ -115,7 +115,7 @@ void PixelRenderTarget::DrawPainted(const PolyPolygon& polygons, const Transform
                                     const Composition& composition, const AddPaint& addPaint,
                                     const FillDescriptorConst& transparency, const PathRule& rule)
 {
-    const RectT<int> visible = GetVisibleRect();
+    const RectT<int> visible = GetUnmaskedRect();
     const auto box = polygons.GetBoundingBox();
     if (visible.IsEmpty() || !box.IsValid())
         return;
@@ -128,7 +128,9 @@ void PixelRenderTarget::DrawPainted(const PolyPolygon& polygons, const Transform
     const RectT<int> bounds = TruncateToPixels(device).Intersect(visible);
     CallScope scope(*this);
     scope.SetGammaCurve(composition.options.GetAntialiasingGamma());
-    m_rasterizer.SelectBlend(composition.mode, composition.options.GetBlendGamma());
+    const ClippingMask& mask = GetMask();
+    m_rasterizer.SelectBlend(composition.mode, composition.options.GetBlendGamma(),
+                             mask.buffer.Get(), mask.origin);
     if (!addPaint(bounds))
         return;
     AddColourTransformPopulators();
@@ -171,9 +173,8 @@ void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
         const bool antialias =
             GetAntialias() && (clipped ? rule.antialiasUnderClip : rule.antialias);
         Touch(m_rasterizer.GetBounds(antialias));
-        m_current->SyncHostCache();
+        const WriteScope write(*this, GetVisibleRect());
         m_rasterizer.Render(antialias, clip, GetAbortingPointer());
-        m_current->InvalidateHardwareCache(GetDeviceClip());
     }
     m_rasterizer.SetEvenOdd(evenOdd);
 }
@@ -227,8 +228,8 @@ void PixelRenderTarget::DrawPolyCurve(Counted<const Geometry::PolyCurveDbl> curv
     const bool filled = !fill.IsFillNone();
     const bool stroked = lineStyle.IsLineStyleVisible(lineFill);
     // Fill and stroke that overlap and do not simply cover what is below are one object.
-    const bool plain =
-        opacity >= 1.0F && mode == FillBlendMode::Normal && transparency.IsFillNone();
+    const bool plain = opacity >= 1.0F && mode == FillBlendMode::Normal &&
+                       transparency.IsFillNone() && !GetMask().buffer;
     if (filled && stroked && !plain &&
         lineStyle.GetStrokeAlignment() != LineStyleDescriptorConst::Outside) {
         const RectT<double> bounds =

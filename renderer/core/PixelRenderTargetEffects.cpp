@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <renderer/core/MakeRoom.h>
 #include <renderer/core/PixelRenderTarget.h>
 
 namespace Renderer {
@@ -33,6 +34,7 @@ void PixelRenderTarget::PopFilterEffectsSupport() {}
 void PixelRenderTarget::PushLiveFilters(RectT<int> rect)
 {
     // Overlapping rectangles become one, until none overlap.
+    MakeRoomForOne(m_liveFilters);
     m_liveFilterLevels.push_back(m_liveFilters);
     for (auto other = m_liveFilters.begin(); other != m_liveFilters.end();) {
         if (rect.Intersect(*other).IsEmpty()) {

@@ -35,8 +35,10 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
                          m_currentOrigin,
                          m_touched,
                          m_deviceClips.size(),
+                         m_masks.size(),
+                         {},
                          {}};
-    group.rect = CommonPart(group.rect, GetVisibleRect());
+    group.rect = CommonPart(group.rect, CommonPart(GetUnmaskedRect(), Coverage::GuardRect));
     if (m_current && !group.rect.IsEmpty())
         group.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(group.rect.Width()),
                                            unsigned(group.rect.Height()));
@@ -75,6 +77,7 @@ void ClearAlpha(Raster::Format format, void* pixels, unsigned count)
 void PixelRenderTarget::CopyBackdrop(const CompositeGroup& group, bool colourOnly)
 {
     const std::size_t pixelSize = group.buffer->GetPixelSize();
+    m_current->SyncHostCache();
     Kernel::ForEachTile(group.rect, [&](const RectT<int>& tile) {
         const auto width = unsigned(tile.Width());
         for (int y = tile.top; y < tile.bottom && !IsAborting(); ++y) {
@@ -96,6 +99,7 @@ CompositeGroup PixelRenderTarget::CloseComposite()
     // What was pushed inside and not popped goes with the group.
     SetDeviceClip(m_deviceClips[group.deviceClips].rect);
     m_deviceClips.resize(group.deviceClips);
+    m_masks.resize(group.masks);
     m_clipPaths.Unseal();
     ShowBuffer(group.parent, group.parentOrigin);
     group.touched = CommonPart(m_touched, group.rect);
@@ -150,11 +154,13 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
 {
     // Where nothing was drawn nothing changes, but under Mask, which clears there.
     const bool isSparse = group.mode != FillBlendMode::Mask;
-    const RectT<int> area = isSparse ? group.touched : group.rect;
+    const ClippingMask& mask = GetMask();
+    const RectT<int> area = CommonPart(isSparse ? group.touched : group.rect, mask.rect);
     if (!group.buffer || !(group.opacity > 0.0F) || area.IsEmpty() || IsAborting())
         return;
     CallScope scope(*this);
-    m_rasterizer.SelectCompositeBlend(group.mode, group.options.GetBlendGamma());
+    m_rasterizer.SelectCompositeBlend(group.mode, group.options.GetBlendGamma(), mask.buffer.Get(),
+                                      mask.origin);
     // As paint the group lies below the fill; as transparency it scales it.
     const bool painted =
         groupRole == PopulatorRole::Colour
@@ -172,14 +178,13 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
     const Coverage::ClipCoverage* const clip =
         m_clipPaths.IsEmpty() ? nullptr : UpdateClipRasterizer().coverage.Get();
     Touch(area); // before anything can fail half-way
-    m_current->SyncHostCache();
     m_rasterizer.SetClipBox(area);
+    const WriteScope write(*this, area);
     if (isSparse)
         m_rasterizer.RenderContent(area, *group.buffer, {group.rect.left, group.rect.top}, clip,
                                    GetAbortingPointer());
     else
         m_rasterizer.RenderRect(area, clip, GetAbortingPointer());
-    m_current->InvalidateHardwareCache(area);
 }
 
 bool PixelRenderTarget::AddGroupPopulator(const CompositeGroup& group, PopulatorRole role)
@@ -205,16 +210,16 @@ void PixelRenderTarget::Matte(Kernel::Consolidated<Colour> colour)
     const RectT<int> area = GetVisibleRect();
     if (!m_current || !colour || area.IsEmpty() || IsAborting())
         return;
+    const FillDescriptorConst fill(FillSolid::Create(std::move(colour)));
     CallScope scope(*this);
     m_rasterizer.SelectBlend(FillBlendMode::Normal, BlendOptions::Identity().GetBlendGamma());
-    if (!AddFillPopulator(FillDescriptorConst(FillSolid::Create(std::move(colour))), area))
+    if (!AddFillPopulator(fill, area))
         return;
     AddColourTransformPopulators();
     Touch(area);
-    m_current->SyncHostCache();
     m_rasterizer.SetClipBox(area);
+    const WriteScope write(*this, area);
     m_rasterizer.RenderBelow(area, GetAbortingPointer());
-    m_current->InvalidateHardwareCache(area);
 }
 
 // Interpolation is not offered yet: the group is closed and what it holds is dropped.

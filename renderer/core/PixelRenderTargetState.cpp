@@ -1,10 +1,8 @@
-// Clips, colour transforms and buffers of PixelRenderTarget.
+// Clips and colour transforms of PixelRenderTarget.
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
-#include <kernel/Tiles.h>
 #include <renderer/core/DevicePixels.h>
 #include <renderer/core/MakeRoom.h>
 #include <renderer/core/PixelRenderTarget.h>
@@ -56,6 +54,26 @@ void PixelRenderTarget::PushClipCurvesPath(Counted<const Geometry::PolyCurveDbl>
     PushClip(m_polygons, GetCurrentTransform(), winding);
 }
 
+namespace {
+
+/// Puts a transform in front of a target's for a while.
+class OwnFrame
+{
+public:
+    OwnFrame(RenderTarget& target, const AffineTransform::Params& transform) : m_target(target)
+    {
+        target.PushTransform(transform, RenderTarget::TransformScalarMode::Inherit);
+    }
+    OwnFrame(const OwnFrame&) = delete;
+    OwnFrame& operator=(const OwnFrame&) = delete;
+    ~OwnFrame() { m_target.PopTransform(); }
+
+private:
+    RenderTarget& m_target;
+};
+
+} // namespace
+
 void PixelRenderTarget::PushClipPolyCurvesPath(Counted<const ConstPolyPolyCurve> curves,
                                                WindingOrderMode winding)
 {
@@ -65,11 +83,10 @@ void PixelRenderTarget::PushClipPolyCurvesPath(Counted<const ConstPolyPolyCurve>
             if (!entry.curve)
                 continue;
             // The tolerance is that of the curve's own frame.
-            PushTransform(entry.transform, TransformScalarMode::Inherit);
-            PolyPolygon flat;
-            entry.curve->ExpandAdaptive(GetFlatteningTolerance(), flat);
-            AppendMapped(flat, GetCurrentTransform(), *device);
-            PopTransform();
+            const OwnFrame frame(*this, entry.transform);
+            m_polygons.Clear();
+            entry.curve->ExpandAdaptive(GetFlatteningTolerance(), m_polygons);
+            AppendMapped(m_polygons, GetCurrentTransform(), *device);
         }
     }
     m_clipPaths.Push(ClipPath(device, winding == WindingOrderMode::EvenOdd));
@@ -170,112 +187,6 @@ void PixelRenderTarget::SetColourTransforms(const ColourTransforms& transforms)
 RenderTarget::ColourTransforms PixelRenderTarget::GetColourTransforms() const
 {
     return m_colourTransforms;
-}
-
-// ---- buffers ----
-
-bool PixelRenderTarget::CreateBuffer(unsigned width, unsigned height)
-{
-    const Counted<Raster::DynamicBuffer> buffer =
-        Raster::DynamicBuffer::Create(GetColourFormat(), width, height);
-    return buffer && AttachBuffer(buffer, {0, 0, int(width), int(height)});
-}
-
-bool PixelRenderTarget::AttachBuffer(Counted<Raster::DynamicBuffer> buffer, RectT<int> rect)
-{
-    if (!buffer || buffer->GetFormat() != GetColourFormat() || rect.right < rect.left ||
-        rect.bottom < rect.top)
-        return false;
-    const RectT<int> whole{0, 0, int(buffer->GetWidth()), int(buffer->GetHeight())};
-    const bool inPlace = whole.Contains(rect);
-    if (!inPlace && (std::int64_t{rect.right} - rect.left > whole.right ||
-                     std::int64_t{rect.bottom} - rect.top > whole.bottom))
-        return false;
-    DetachBuffer();
-    m_buffer = std::move(buffer);
-    m_bufferRect = rect;
-    m_bufferOrigin = inPlace ? Kernel::PointT<int>{} : Kernel::PointT<int>{rect.left, rect.top};
-    ShowBuffer(m_buffer, m_bufferOrigin);
-    SetDeviceClip(rect);
-    return true;
-}
-
-void PixelRenderTarget::ShowBuffer(const Counted<Raster::DynamicBuffer>& buffer,
-                                   Kernel::PointT<int> origin)
-{
-    m_current = buffer;
-    m_currentOrigin = origin;
-    if (buffer)
-        m_rasterizer.Create(buffer->GetData(), buffer->GetWidth(), buffer->GetHeight(),
-                            int(buffer->GetStride()), m_pixelSize, origin);
-    else
-        m_rasterizer.Create(nullptr, 0, 0, 0, m_pixelSize);
-}
-
-void PixelRenderTarget::DetachBuffer()
-{
-    m_groups.clear();
-    m_clipPaths.Clear();
-    m_deviceClips.clear();
-    m_buffer.Reset();
-    m_spareBuffers.Clear();
-    m_bufferRect = {};
-    m_bufferOrigin = {};
-    m_touched = {};
-    ShowBuffer({}, {});
-    SetDeviceClip({});
-}
-
-Counted<Raster::DynamicBuffer> PixelRenderTarget::GetBuffer() const
-{
-    return m_buffer;
-}
-
-Counted<Raster::DynamicBuffer> PixelRenderTarget::GetCurrentBuffer() const
-{
-    // The caller may write anywhere.
-    Touch(m_rasterizer.GetDestinationRect());
-    return m_current;
-}
-
-Counted<Raster::DynamicBuffer> PixelRenderTarget::GetCurrentMaskBuffer() const
-{
-    return {};
-}
-
-BufferState PixelRenderTarget::GetBufferState() const
-{
-    return {m_buffer, m_bufferRect, GetDeviceClip()};
-}
-
-bool PixelRenderTarget::SetBufferState(BufferState state)
-{
-    if (!state.buffer) {
-        DetachBuffer();
-        return true;
-    }
-    if (!AttachBuffer(state.buffer, state.rect))
-        return false;
-    if (!state.deviceClip.IsUnset())
-        SetDeviceClip(CommonPart(state.deviceClip, state.rect));
-    return true;
-}
-
-void PixelRenderTarget::Clear()
-{
-    if (!m_current || IsAborting())
-        return;
-    const RectT<int> part = GetVisibleRect();
-    if (part.IsEmpty())
-        return;
-    m_current->SyncHostCache();
-    Kernel::ForEachTile(part, [&](const RectT<int>& tile) {
-        for (int y = tile.top; y < tile.bottom && !IsAborting(); ++y)
-            std::memset(m_rasterizer.GetRow(y) +
-                            std::size_t(tile.left - m_currentOrigin.x) * m_pixelSize,
-                        0, std::size_t(tile.Width()) * m_pixelSize);
-    });
-    m_current->InvalidateHardwareCache(part);
 }
 
 void PixelRenderTarget::SetGamma(double gamma)

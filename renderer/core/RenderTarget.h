@@ -217,7 +217,13 @@ public:
     /// Closes the group and interpolates towards \p fill by its alpha.
     virtual void PopCompositeAsTransparencyAndInterpolate(const FillDescriptorConst& fill) = 0;
 
-    /// Between the two, what is drawn is scaled by a mask that covers \p bounds (logical).
+    /// Between the two, what is drawn is scaled by a mask that fills \p bounds (logical); outside
+    /// nothing is drawn. Masks nest as clip paths do and apply to a group as a whole.
+    ///
+    /// Masks of one channel are taken as they are; of grey formats the intensity times the alpha
+    /// counts, of colour formats the alpha. A null mask, empty bounds and a map that is singular or
+    /// not finite let nothing through. Targets without pixels ignore masks.
+    /// \param mask resampled like a bitmap; it must not change until it is popped.
     virtual void PushClippingMask(const Kernel::RectT<double>& bounds,
                                   Kernel::Counted<const Raster::DynamicBuffer> mask);
     virtual void PopClippingMask();

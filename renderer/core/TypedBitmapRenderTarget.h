@@ -37,7 +37,14 @@ public:
 
     using PixelRenderTarget::Clear;
     /// Fills the whole destination with one premultiplied pixel, whatever the clips.
-    void Clear(const Pixel& pixel) { GetBitmap().Clear(pixel); }
+    void Clear(const Pixel& pixel)
+    {
+        const auto buffer = GetBuffer();
+        GetBitmap().Clear(pixel);
+        if (buffer)
+            buffer->InvalidateHardwareCache(
+                {0, 0, int(buffer->GetWidth()), int(buffer->GetHeight())});
+    }
 
 protected:
     bool MakeFillPopulator(const Fill& fill, const Transform& fillToDevice, PopulatorRole role,

@@ -1,4 +1,4 @@
-// Replaces the program's operator new by one that counts.
+// Replaces the program's operator new by one that counts and fails on command.
 
 #include <support/AllocationCount.h>
 
@@ -9,10 +9,13 @@
 namespace {
 
 std::atomic<unsigned long> allocations{0};
+std::atomic<long> untilFailure{-1};
 
 void* Allocate(std::size_t size) noexcept
 {
     ++allocations;
+    if (untilFailure.load() >= 0 && untilFailure-- == 0)
+        return nullptr;
     return std::malloc(size ? size : 1);
 }
 
@@ -28,6 +31,11 @@ void* AllocateOrThrow(std::size_t size)
 unsigned long TestSupport::GetAllocationCount()
 {
     return allocations;
+}
+
+void TestSupport::FailAllocationAfter(long count)
+{
+    untilFailure = count;
 }
 
 void* operator new(std::size_t size)

@@ -6,4 +6,7 @@ namespace TestSupport {
 /// AllocationCount.cpp is a part of.
 unsigned long GetAllocationCount();
 
+/// Makes one request for memory fail: the one that comes after \p count others. Negative: none.
+void FailAllocationAfter(long count);
+
 } // namespace TestSupport

@@ -56,17 +56,18 @@ unsigned char GetLuminance(const unsigned char* pixel, bool linear)
                   255.0);
 }
 
-/// Puts the mask's value of each RGBA8 pixel into its alpha.
-void MakeMask(DynamicBuffer& buffer, const Style& style)
+/// The mask's value of each pixel of an RGBA8 buffer. \return null when there is no memory for it.
+Kernel::Counted<const DynamicBuffer> MakeMask(const DynamicBuffer& drawn, const Style& style)
 {
-    for (unsigned y = 0; y < buffer.GetHeight(); ++y) {
-        unsigned char* pixel = buffer.GetRow(y);
-        for (unsigned x = 0; x < buffer.GetWidth(); ++x, pixel += 4) {
-            const unsigned char value =
-                style.alphaMask ? pixel[3] : GetLuminance(pixel, style.linearLuminance);
-            std::fill_n(pixel, 4, value);
-        }
+    const auto mask =
+        DynamicBuffer::Create(Raster::Format::M8, drawn.GetWidth(), drawn.GetHeight());
+    for (unsigned y = 0; mask && y < drawn.GetHeight(); ++y) {
+        const unsigned char* pixel = drawn.GetRow(y);
+        unsigned char* const values = mask->GetRow(y);
+        for (unsigned x = 0; x < drawn.GetWidth(); ++x, pixel += 4)
+            values[x] = style.alphaMask ? pixel[3] : GetLuminance(pixel, style.linearLuminance);
     }
+    return mask;
 }
 
 bool HasBoxUnits(const Element& mask, std::string_view attribute, bool byDefault)
@@ -127,18 +128,18 @@ Masks::Result Masks::Draw(const Element& mask, const LengthContext& lengths, con
     if (contentInBox || HasBoxUnits(mask, "maskUnits", true)) {
         const auto bounds = measure();
         if (!bounds.IsValid() || bounds.GetRect().IsEmpty())
-            return {{}, true};
+            return {{}, {}, true};
         box = bounds.GetRect();
     }
     const RectT<double> region = FindRegion(mask, box, units);
     const RectT<int> pixels =
         region.IsEmpty() ? RectT<int>{} : Offscreen::FindPixels(m_target, region);
     if (!m_context.SpendPixels(PassesPerPixel * pixels.Width() * pixels.Height()))
-        return {{}, true};
+        return {{}, {}, true};
     // Luminance is that of sRGB, whatever the target's own colours are.
     const auto layer = Offscreen::MakeTarget(m_target, pixels, Raster::Format::RGBA8, {});
     if (!layer)
-        return {{}, true};
+        return {{}, {}, true};
     layer->SetLogToDevTransform(m_target.GetCurrentTransform());
     {
         Masks inner(m_context, *layer, m_draw);
@@ -148,18 +149,16 @@ Masks::Result Masks::Draw(const Element& mask, const LengthContext& lengths, con
             return outer;
         layer->PushClipRectanglePath(region);
         const ClipScope clip(*layer, 1);
-        const GroupScope group(*layer, {.mask = outer.transparency});
+        const MaskScope outerMask(*layer, outer);
+        const GroupScope group(*layer, {.isolates = outer.pixels != nullptr});
         const TransformScope content(*layer,
                                      contentInBox ? AffineTransform::FromRect(box) : Transform{});
         if (contentInBox)
             units.viewportWidth = units.viewportHeight = 1.0;
         m_draw(*layer, mask, units);
     }
-    const auto buffer = layer->GetBuffer();
-    MakeMask(*buffer, style);
-    return {
-        Offscreen::MakeFill(m_target, pixels, Kernel::MakeCounted<Raster::DynamicBitmap>(buffer)),
-        false};
+    const auto made = MakeMask(*layer->GetBuffer(), style);
+    return {made, pixels, !made};
 }
 
 } // namespace Svg

@@ -5,23 +5,19 @@
 
 #include <geometry/BoundingBox.h>
 #include <renderer/core/RenderTarget.h>
-#include <renderer/paint/FillDescriptorConst.h>
 
 #include "Context.h"
 #include "Offscreen.h"
+#include "Scopes.h"
 
 namespace Svg {
 
-/// Turns masks into transparencies for a target: bitmaps in the resolution of its device whose
-/// alpha is the luminance times the alpha, or the alpha alone, of what the mask holds.
+/// Draws masks for a target, in the resolution of its device: the luminance times the alpha, or the
+/// alpha alone, of what the mask holds.
 class Masks
 {
 public:
-    struct Result
-    {
-        Renderer::FillDescriptorConst transparency; ///< empty where nothing is masked
-        bool hidesAll = false;                      ///< nothing is left to be seen
-    };
+    using Result = MaskPixels;
     /// Measures the element that is masked, in its own coordinates; called only where needed.
     using Measure = std::function<Geometry::BoundingBoxT<double>()>;
 
@@ -30,8 +26,8 @@ public:
         : m_context(context), m_target(target), m_draw(std::move(draw))
     {}
 
-    /// Draws what a `mask` refers to, for use under the target's current transform. A reference to
-    /// nothing masks nothing, and neither does a mask within itself.
+    /// Draws what a `mask` refers to. A reference to nothing masks nothing, and neither does a mask
+    /// within itself.
     Result Make(std::string_view reference, const LengthContext& lengths, const Measure& measure);
 
 private:

@@ -50,14 +50,12 @@ struct Grouping
 {
     double opacity = 1.0;
     Renderer::FillBlendMode::BlendMode mode = Renderer::FillBlendMode::Normal;
-    Renderer::FillDescriptorConst mask{}; ///< scales the group by its alpha; empty for none
-    bool isolates = false;                ///< what is inside must not blend with what is below
+    bool isolates = false; ///< what is inside must not blend with what is below
 
     /// Whether drawing without a group would look different.
     bool IsNeeded() const
     {
-        return isolates || opacity < 1.0 || mode != Renderer::FillBlendMode::Normal ||
-               !mask.IsFillNone();
+        return isolates || opacity < 1.0 || mode != Renderer::FillBlendMode::Normal;
     }
 };
 
@@ -66,7 +64,7 @@ class GroupScope
 {
 public:
     GroupScope(Renderer::RenderTarget& target, const Grouping& grouping)
-        : m_target(target), m_mask(grouping.mask), m_isOpen(grouping.IsNeeded())
+        : m_target(target), m_isOpen(grouping.IsNeeded())
     {
         if (m_isOpen) {
             target.PushComposite(Renderer::RenderTarget::CompositeInit::Clear, grouping.mode,
@@ -77,15 +75,66 @@ public:
     ~GroupScope()
     {
         if (m_isOpen)
-            m_target.PopCompositeAsFill({}, m_mask);
+            m_target.PopCompositeAsFill({}, {});
     }
     GroupScope(const GroupScope&) = delete;
     GroupScope& operator=(const GroupScope&) = delete;
 
 private:
     Renderer::RenderTarget& m_target;
-    Renderer::FillDescriptorConst m_mask;
     bool m_isOpen;
+};
+
+/// A mask in the resolution of a target's device.
+struct MaskPixels
+{
+    Kernel::Counted<const Raster::DynamicBuffer> pixels; ///< M8; empty where nothing is masked
+    Kernel::RectT<int> rect{};                           ///< where on the device they lie
+    bool hidesAll = false;                               ///< nothing is left to be seen
+};
+
+/// A mask in force, if there is one.
+class MaskScope
+{
+public:
+    MaskScope(Renderer::RenderTarget& target, const MaskPixels& mask) : m_target(target)
+    {
+        using Raster::AffineTransform;
+        const Transform current = target.GetCurrentTransform();
+        Transform toLogical;
+        m_inForce = mask.pixels && AffineTransform::Invert(current, toLogical);
+        if (!m_inForce)
+            return;
+        const Kernel::RectT<double> rect{double(mask.rect.left), double(mask.rect.top),
+                                         double(mask.rect.right), double(mask.rect.bottom)};
+        const bool upright = current.m01 == 0.0 && current.m10 == 0.0 && current.m00 > 0.0 &&
+                             current.m11 > 0.0;
+        if (upright) {
+            target.PushClippingMask(AffineTransform::MapRect(toLogical, rect), mask.pixels);
+            return;
+        }
+        // Pushes nest: what is drawn gets its coordinates back by a second transform.
+        m_isTurned = true;
+        target.PushTransform(toLogical, Renderer::RenderTarget::TransformScalarMode::Inherit);
+        target.PushClippingMask(rect, mask.pixels);
+        target.PushTransform(current, Renderer::RenderTarget::TransformScalarMode::Inherit);
+    }
+    ~MaskScope()
+    {
+        if (m_isTurned)
+            m_target.PopTransform();
+        if (m_inForce)
+            m_target.PopClippingMask();
+        if (m_isTurned)
+            m_target.PopTransform();
+    }
+    MaskScope(const MaskScope&) = delete;
+    MaskScope& operator=(const MaskScope&) = delete;
+
+private:
+    Renderer::RenderTarget& m_target;
+    bool m_inForce = false;
+    bool m_isTurned = false;
 };
 
 /// Bitmaps are magnified without smoothing.

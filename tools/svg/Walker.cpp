@@ -140,7 +140,8 @@ private:
 } // namespace
 
 /// How an element is laid over what is below. \return false when nothing of it can be seen.
-bool Walker::FindGrouping(const Element& element, const Style& style, Grouping& grouping)
+bool Walker::FindGrouping(const Element& element, const Style& style, Grouping& grouping,
+                          MaskPixels& mask)
 {
     grouping.opacity = style.opacity;
     grouping.mode = style.blendMode;
@@ -155,22 +156,24 @@ bool Walker::FindGrouping(const Element& element, const Style& style, Grouping& 
         return false;
     }
     const LengthContext lengths = MakeLengths(style);
-    Masks::Result mask = m_masks.Make(
-        style.mask, lengths, [&] { return MeasureBounds(m_context, element, style, lengths); });
-    grouping.mask = std::move(mask.transparency);
+    mask = m_masks.Make(style.mask, lengths,
+                        [&] { return MeasureBounds(m_context, element, style, lengths); });
+    if (mask.pixels)
+        grouping.isolates = true; // it acts on the whole
     return !mask.hidesAll;
 }
 
 void Walker::DrawContent(const Element& element, const Style& style, const Element* use)
 {
     Grouping grouping;
-    if (!FindGrouping(element, style, grouping))
+    MaskPixels mask;
+    if (!FindGrouping(element, style, grouping, mask))
         return;
-    const MaskCount masks(m_context.GetMaskDepth(), !grouping.mask.IsFillNone());
+    const MaskCount masks(m_context.GetMaskDepth(), mask.pixels != nullptr);
+    const MaskScope maskScope(m_target, mask);
     const bool isImage = element.tag == Tag::Image;
     Composition composition;
-    if (grouping.mask.IsFillNone() &&
-        (isImage || (IsShape(element.tag) && !Markers::HasMarkers(element, style)))) {
+    if (isImage || (IsShape(element.tag) && !Markers::HasMarkers(element, style))) {
         // A single object needs no group.
         composition = {grouping.opacity, grouping.mode};
         grouping = {};

@@ -54,7 +54,8 @@ private:
     void DrawUse(const Element& element, const Style& style);
     void DrawViewport(const Element& element, const Style& style, const Viewport& viewport);
     void DrawContainer(const Element& element, const Style& style, const Element* use);
-    bool FindGrouping(const Element& element, const Style& style, Grouping& grouping);
+    bool FindGrouping(const Element& element, const Style& style, Grouping& grouping,
+                      MaskPixels& mask);
     void NoteUnsupported(const Element& element, const Style& style);
     LengthContext MakeLengths(const Style& style) const;
     bool IsStopped() const;
