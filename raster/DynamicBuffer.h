@@ -10,13 +10,14 @@
 
 namespace Raster {
 
-/// A rectangle of pixels of any format, in memory that it owns. Rows run from the top; their distance
-/// is a multiple of 16 bytes. Colour channels are premultiplied.
+/// A rectangle of pixels of any format, in memory that it owns. Rows run from the top; their
+/// distance is a multiple of 16 bytes. Colour channels are premultiplied.
 class RASTER_EXPORT DynamicBuffer : public DynamicBase
 {
 public:
     /// Makes a buffer of transparent (all zero) pixels.
-    /// \return null when the format stores no pixels, a side is 0, a row's bytes or the height exceed
+    /// \return null when the format stores no pixels, a side is 0, a row's bytes or the height
+    /// exceed
     ///         2³¹ − 16, or the memory cannot be had.
     static Kernel::Counted<DynamicBuffer> Create(Format format, unsigned width, unsigned height);
 
@@ -32,7 +33,10 @@ public:
     unsigned char* GetData() noexcept { return m_data.get(); }
     const unsigned char* GetData() const noexcept { return m_data.get(); }
     /// The first pixel of row \p y, 0 ≤ y < height.
-    unsigned char* GetRow(unsigned y) noexcept { return m_data.get() + m_stride * std::ptrdiff_t(y); }
+    unsigned char* GetRow(unsigned y) noexcept
+    {
+        return m_data.get() + m_stride * std::ptrdiff_t(y);
+    }
     const unsigned char* GetRow(unsigned y) const noexcept
     {
         return m_data.get() + m_stride * std::ptrdiff_t(y);

@@ -40,11 +40,11 @@ public:
     /// Makes a transparent buffer of the target's format and attaches it at (0, 0).
     /// \return false, with the target as it was, when the buffer cannot be had.
     virtual bool CreateBuffer(unsigned width, unsigned height) = 0;
-    /// Ends all clips, masks and groups and draws into a caller's buffer from now on, limited to \p rect of the page, which becomes the
-    /// device clip. A buffer that holds the rectangle at its own coordinates shows the page from
-    /// (0, 0); any other buffer of at least the rectangle's size shows the page from the
-    /// rectangle's left top corner. \return false, with the target as it was, for a buffer of
-    /// another format or too small a one.
+    /// Ends all clips, masks and groups and draws into a caller's buffer from now on, limited to \p
+    /// rect of the page, which becomes the device clip. A buffer that holds the rectangle at its
+    /// own coordinates shows the page from (0, 0); any other buffer of at least the rectangle's
+    /// size shows the page from the rectangle's left top corner. \return false, with the target as
+    /// it was, for a buffer of another format or too small a one.
     virtual bool AttachBuffer(Kernel::Counted<Raster::DynamicBuffer> buffer,
                               Kernel::RectT<int> rect) = 0;
     /// Releases every attached buffer; the device clip becomes (0, 0, 0, 0).
@@ -58,9 +58,9 @@ public:
     virtual Kernel::Counted<Raster::DynamicBuffer> GetCurrentMaskBuffer() const = 0;
     virtual BufferState GetBufferState() const = 0;
     /// Attaches what a state says and opens again what was open when it was taken, from this target
-    /// or another one of the format; what is open now ends. Transforms and colour transforms stay as
-    /// they are. \return false, with the target as it was, when the buffer has another format, is
-    /// too small or not the one that the nesting belongs to.
+    /// or another one of the format; what is open now ends. Transforms and colour transforms stay
+    /// as they are. \return false, with the target as it was, when the buffer has another format,
+    /// is too small or not the one that the nesting belongs to.
     virtual bool SetBufferState(BufferState state) = 0;
     /// The gamma of coverage: a pixel covered by c gets c^gamma. 1 by default.
     virtual void SetGamma(double gamma) = 0;
@@ -71,8 +71,7 @@ public:
     /// pixels are cleared.
     /// \param buffer handed over with std::move: a buffer that others hold is not taken.
     /// \return whether it was taken; buffers of other formats are not.
-    virtual bool
-    TransferBitmapToSpareComposites(Kernel::Counted<Raster::DynamicBuffer> buffer) = 0;
+    virtual bool TransferBitmapToSpareComposites(Kernel::Counted<Raster::DynamicBuffer> buffer) = 0;
 
     Kernel::Counted<RenderTarget>
     PushSubRender(const Kernel::RectT<double>& bounds, Raster::Format format,

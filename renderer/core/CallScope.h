@@ -33,12 +33,13 @@ private:
     bool m_hasGammaCurve = false;
 };
 
-/// Lasts while the present buffer's pixels are written: the host's copy of them is brought up to date
-/// before and dropped after, also when the work is cut short.
+/// Lasts while the present buffer's pixels are written: the host's copy of them is brought up to
+/// date before and dropped after, also when the work is cut short.
 class PixelRenderTarget::WriteScope
 {
 public:
-    /// \param rect of the page, within which pixels change; what lies outside the buffer is left out.
+    /// \param rect of the page, within which pixels change; what lies outside the buffer is left
+    /// out.
     WriteScope(PixelRenderTarget& target, const Kernel::RectT<int>& rect)
         : m_buffer(target.m_current), m_rect(rect.Intersect(target.GetVisibleRect()))
     {

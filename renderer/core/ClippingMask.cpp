@@ -93,8 +93,7 @@ Counted<const DynamicBuffer> MakeBytes(const Counted<const DynamicBuffer>& bytes
 {
     const RectT<int>& rect = part.window;
     const auto length = unsigned(rect.Width());
-    const auto result =
-        DynamicBuffer::Create(Raster::Format::M8, length, unsigned(rect.Height()));
+    const auto result = DynamicBuffer::Create(Raster::Format::M8, length, unsigned(rect.Height()));
     if (!result)
         return {};
     Raster::SpanSampler<Raster::PixelAlpha8> sampler(bytes, deviceToUnit, placement.up,
@@ -123,8 +122,8 @@ ClippingMask MakeClippingMask(const Counted<const DynamicBuffer>& mask,
                               const RectT<int>& visible, Coverage::CoverageStore& store)
 {
     const ClippingMask nothing{{}, {}, {}};
-    const auto frame = AffineTransform::Concatenate(AffineTransform::FromRect(placement.rect),
-                                                    placement.current);
+    const auto frame =
+        AffineTransform::Concatenate(AffineTransform::FromRect(placement.rect), placement.current);
     AffineTransform::Params deviceToUnit;
     if (!mask || placement.rect.IsEmpty() || !AffineTransform::Invert(frame, deviceToUnit))
         return nothing;

@@ -5,8 +5,8 @@
 
 #include <geometry/Stroker.h>
 #include <renderer/core/BitmapRenderTarget.h>
-#include <renderer/core/ClippingMask.h>
 #include <renderer/core/ClipPathStack.h>
+#include <renderer/core/ClippingMask.h>
 #include <renderer/core/CompositeGroup.h>
 #include <renderer/core/RenderTargetRasterizer.h>
 #include <renderer/core/span/BitmapCache.h>
@@ -174,9 +174,9 @@ protected:
     /// nothing and succeeds. \return false when nothing can be drawn.
     bool AddTransPopulator(const FillDescriptorConst& transparency,
                            const Kernel::RectT<int>& bounds);
-    /// Outlines a rectangle of the page in place, for debugging: a line of black and white dashes, one
-    /// pixel wide along the inside of its edges, within the device clip, whatever clip paths and
-    /// masks are in force.
+    /// Outlines a rectangle of the page in place, for debugging: a line of black and white dashes,
+    /// one pixel wide along the inside of its edges, within the device clip, whatever clip paths
+    /// and masks are in force.
     void DebugShowDeviceRectangle(Kernel::RectT<int> rect);
     /// Feeds polygons, mapped by \p transform, to the rasteriser and runs the span loop.
     void RasterizePolyPolygon(const PolyPolygon& polygons, const Transform& transform,

@@ -52,15 +52,14 @@ Counted<DynamicBuffer> PixelRenderTarget::GetCurrentMaskBuffer() const
 {
     if (!m_current || m_masks.size() == GetFirstMask())
         return {};
-    auto result = DynamicBuffer::Create(Raster::Format::M8, m_current->GetWidth(),
-                                        m_current->GetHeight());
+    auto result =
+        DynamicBuffer::Create(Raster::Format::M8, m_current->GetWidth(), m_current->GetHeight());
     const ClippingMask& mask = GetMask();
     if (!result || !mask.buffer)
         return result;
     const RectT<int> part = CommonPart(mask.rect, m_rasterizer.GetDestinationRect());
     for (int y = part.top; y < part.bottom; ++y)
-        std::copy_n(mask.buffer->GetRow(unsigned(y - mask.origin.y)) +
-                        (part.left - mask.origin.x),
+        std::copy_n(mask.buffer->GetRow(unsigned(y - mask.origin.y)) + (part.left - mask.origin.x),
                     part.Width(),
                     result->GetRow(unsigned(y - m_currentOrigin.y)) +
                         (part.left - m_currentOrigin.x));

@@ -38,6 +38,11 @@ void TestSupport::FailAllocationAfter(long count)
     untilFailure = count;
 }
 
+bool TestSupport::HasAllocationFailed()
+{
+    return untilFailure < 0;
+}
+
 void* operator new(std::size_t size)
 {
     return AllocateOrThrow(size);

@@ -8,5 +8,7 @@ unsigned long GetAllocationCount();
 
 /// Makes one request for memory fail: the one that comes after \p count others. Negative: none.
 void FailAllocationAfter(long count);
+/// Whether it has failed since.
+bool HasAllocationFailed();
 
 } // namespace TestSupport

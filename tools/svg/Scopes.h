@@ -107,8 +107,8 @@ public:
             return;
         const Kernel::RectT<double> rect{double(mask.rect.left), double(mask.rect.top),
                                          double(mask.rect.right), double(mask.rect.bottom)};
-        const bool upright = current.m01 == 0.0 && current.m10 == 0.0 && current.m00 > 0.0 &&
-                             current.m11 > 0.0;
+        const bool upright =
+            current.m01 == 0.0 && current.m10 == 0.0 && current.m00 > 0.0 && current.m11 > 0.0;
         if (upright) {
             target.PushClippingMask(AffineTransform::MapRect(toLogical, rect), mask.pixels);
             return;

@@ -150,9 +150,12 @@ private:
         switch (Pick(14)) {
         case 0:
         case 1: {
-            const Raster::AffineTransform::Params map{
-                Pick(9) ? 1.1 : 0.0,     Pick(2) ? 0.0 : 0.3, double(Pick(5)),
-                Pick(2) ? 0.0 : -0.2, 0.9,                 0.25 * Pick(9)};
+            const Raster::AffineTransform::Params map{Pick(9) ? 1.1 : 0.0,
+                                                      Pick(2) ? 0.0 : 0.3,
+                                                      double(Pick(5)),
+                                                      Pick(2) ? 0.0 : -0.2,
+                                                      0.9,
+                                                      0.25 * Pick(9)};
             Now().PushTransform(map, modes[Pick(3)]);
             return Opened([](RandomSession& s) { s.Now().PopTransform(); });
         }

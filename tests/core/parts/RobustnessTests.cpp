@@ -97,6 +97,7 @@ TEST_F(RobustnessTest, TheSameCallsGiveTheSamePixels)
 TEST_F(RobustnessTest, AnAbortAtAnyMomentLeavesTheTargetUsable)
 {
     std::mt19937 random(1);
+    int aborts = 0; // that came in time
     for (unsigned seed = 0; seed < 200; ++seed) {
         SCOPED_TRACE(seed);
         std::atomic<bool> isDone{false};
@@ -107,6 +108,7 @@ TEST_F(RobustnessTest, AnAbortAtAnyMomentLeavesTheTargetUsable)
             target->SetAbort(true);
         });
         RandomSession(target, seed).Play(200);
+        aborts += target->IsAborting();
         isDone = true;
         aborter.join();
         target->SetAbort(false);
@@ -114,11 +116,13 @@ TEST_F(RobustnessTest, AnAbortAtAnyMomentLeavesTheTargetUsable)
         if (HasFatalFailure())
             return;
     }
+    EXPECT_GT(aborts, 20);
 }
 
 TEST_F(RobustnessTest, MemoryThatRunsOutAtAnyMomentLeavesTheTargetUsable)
 {
     std::mt19937 random(2);
+    int failures = 0;
     for (unsigned seed = 0; seed < 600; ++seed) {
         SCOPED_TRACE(seed);
         // Targets that are new ask for more.
@@ -128,11 +132,13 @@ TEST_F(RobustnessTest, MemoryThatRunsOutAtAnyMomentLeavesTheTargetUsable)
         RandomSession session(target, seed);
         TestSupport::FailAllocationAfter(long(random() % 1500));
         session.Play(60);
+        failures += TestSupport::HasAllocationFailed();
         TestSupport::FailAllocationAfter(-1);
         ExpectAsNew();
         if (HasFatalFailure())
             return;
     }
+    EXPECT_GT(failures, 200);
 }
 
 } // namespace

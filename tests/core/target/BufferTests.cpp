@@ -153,11 +153,10 @@ TEST_F(BufferTest, MatteIsThePictureOverTheColour)
     for (const Format format : AllFormats) {
         const auto matted = MakeTarget(format, 300, 9), expected = MakeTarget(format, 300, 9);
         const auto paint = [&](const auto& on) {
-            on->DrawPolyPolygon(Kernel::MakeCounted<PolyPolygon>(RectT<double>{0, 0, 290.5, 8.5}),
-                                1.0F,
-                                MakeGradient(FillGradient::Linear,
-                                             {{{255, 0, 9, 0}}, {{0, 255, 30, 255}}, Nothing},
-                                             {280, 5, 3, -9, 50, 1}));
+            on->DrawPolyPolygon(
+                Kernel::MakeCounted<PolyPolygon>(RectT<double>{0, 0, 290.5, 8.5}), 1.0F,
+                MakeGradient(FillGradient::Linear, {{{255, 0, 9, 0}}, {{0, 255, 30, 255}}, Nothing},
+                             {280, 5, 3, -9, 50, 1}));
         };
         const auto pixel = [&] { return static_cast<unsigned char>(random()); };
         for (const bool opaque : {true, false}) {
@@ -185,9 +184,9 @@ TEST_F(BufferTest, MatteIsThePictureOverTheColour)
             expected->Clear();
             expected->Matte(colour.GetFill()->GetColour());
             expected->PopDeviceClip();
-            EXPECT_EQ(std::memcmp(expected->GetBuffer()->GetRow(1),
-                                  matted->GetBuffer()->GetRow(1), 9),
-                      0);
+            EXPECT_EQ(
+                std::memcmp(expected->GetBuffer()->GetRow(1), matted->GetBuffer()->GetRow(1), 9),
+                0);
         }
     }
 }
@@ -244,11 +243,11 @@ TEST_F(BufferTest, HostsLearnWhatIsWritten)
              group(CompositeInit::Clear);
              Fill(shape, Red);
              target->Clear();
-             Fill(shape, Red);
+             Fill({1000, 2000, 1016, 2012}, Red);
              EXPECT_EQ(buffer->Take(), "");
              target->PopCompositeAsFill({}, {});
          },
-         "sync 1,1,3,4 ", "sync 2,3,3,4 "},
+         all, part},
         {"group that begins with the backdrop",
          [&] {
              group(CompositeInit::CopyBackdrop);
@@ -257,9 +256,7 @@ TEST_F(BufferTest, HostsLearnWhatIsWritten)
          },
          all, part},
         {"fill and stroke as one",
-         [&] {
-             target->DrawRectangle(shape, 0.5F, red, red, LineStyleDescriptorConst(2.0));
-         },
+         [&] { target->DrawRectangle(shape, 0.5F, red, red, LineStyleDescriptorConst(2.0)); },
          "sync 0,0,4,5 ", "sync 2,3,4,5 "},
         {"nothing",
          [&] {

@@ -107,7 +107,8 @@ TEST_F(MaskTest, ScaleWhateverIsDrawn)
              target->PopCompositeAsFill({}, {});
          },
          0.5F},
-        {"group as transparency", [&] {
+        {"group as transparency",
+         [&] {
              PushGroup();
              FillAll();
              target->PopCompositeAsTransparency(red, {});
@@ -144,16 +145,16 @@ TEST_F(MaskTest, LieWhereTheSamePaintWould)
     const auto mask = MakeMask(9, 7);
     const auto paint = MakePaint(*mask);
     const auto painted = Make();
-    const AffineTransform::Params maps[]{
-        {1, 0, 0, 0, 1, 0},       {1, 0, 0.5, 0, 1, 0.25}, {2.5, 0, -3, 0, 1.75, 2},
-        {0.4, 0, 9, 0, 0.6, 8},   {-1, 0, 30, 0, 1, 3},    {0, 1, 4, -1, 0, 25},
-        {1.6, 0.7, 2, -0.6, 2, 9}};
+    const AffineTransform::Params maps[]{{1, 0, 0, 0, 1, 0},       {1, 0, 0.5, 0, 1, 0.25},
+                                         {2.5, 0, -3, 0, 1.75, 2}, {0.4, 0, 9, 0, 0.6, 8},
+                                         {-1, 0, 30, 0, 1, 3},     {0, 1, 4, -1, 0, 25},
+                                         {1.6, 0.7, 2, -0.6, 2, 9}};
     for (const auto& map : maps) {
         for (const auto up : {ResamplerType::NearestNeighbour, ResamplerType::Bilinear,
                               ResamplerType::Bicubic, ResamplerType::Lanczos3}) {
             for (const auto down : {ResamplerType::NearestNeighbour, ResamplerType::Bilinear}) {
-                SCOPED_TRACE(testing::Message() << map.m00 << ' ' << map.m01 << ' ' << int(up)
-                                                << ' ' << int(down));
+                SCOPED_TRACE(testing::Message()
+                             << map.m00 << ' ' << map.m01 << ' ' << int(up) << ' ' << int(down));
                 const RectT<double> place{2, 3, 14, 10};
                 for (const auto& t : {target, painted}) {
                     t->Clear();
@@ -238,8 +239,8 @@ TEST_F(MaskTest, ComeInAnyFormat)
     {
         Format format;
         int expected; // of the pixel below
-    } cases[]{{Format::M8, 100},   {Format::M16, 100},    {Format::MF, 100},
-              {Format::IA8, 100},  {Format::IA16, 100},   {Format::RGBA8, 200},
+    } cases[]{{Format::M8, 100},     {Format::M16, 100},    {Format::MF, 100},
+              {Format::IA8, 100},    {Format::IA16, 100},   {Format::RGBA8, 200},
               {Format::RGBA16, 200}, {Format::CMYKA8, 200}, {Format::LABA16, 200},
               {Format::RGBAUF, 200}};
     for (const auto& c : cases) {
