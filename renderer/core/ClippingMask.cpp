@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <vector>
 
+#include <kernel/Tiles.h>
 #include <raster/Pixel.h>
 #include <raster/Resample.h>
 #include <renderer/core/coverage/MultiplyCovers.h>
@@ -92,26 +93,32 @@ Counted<const DynamicBuffer> MakeBytes(const Counted<const DynamicBuffer>& bytes
                                        const ClipState& part)
 {
     const RectT<int>& rect = part.window;
-    const auto length = unsigned(rect.Width());
-    const auto result = DynamicBuffer::Create(Raster::Format::M8, length, unsigned(rect.Height()));
+    const auto result =
+        DynamicBuffer::Create(Raster::Format::M8, unsigned(rect.Width()), unsigned(rect.Height()));
     if (!result)
         return {};
-    Raster::SpanSampler<Raster::PixelAlpha8> sampler(bytes, deviceToUnit, placement.up,
-                                                     placement.down, Raster::ExtendType::Clamp);
-    std::vector<unsigned char> covers(length), room(length);
-    for (int y = rect.top; y < rect.bottom; ++y) {
-        unsigned char* const row = result->GetRow(unsigned(y - rect.top));
-        sampler.Sample(rect.left, y, length, reinterpret_cast<Raster::PixelAlpha8*>(row));
-        if (part.coverage) {
-            part.coverage->ReadRow(rect.left, y, length, covers.data());
-            ScaleRow(row, covers.data(), room.data(), length);
+    // Samplers serve one thread each.
+    const Raster::SpanSampler<Raster::PixelAlpha8> model(bytes, deviceToUnit, placement.up,
+                                                         placement.down, Raster::ExtendType::Clamp);
+    Kernel::ForEachTile(rect, [&](const RectT<int>& tile) {
+        const auto width = unsigned(tile.Width());
+        auto sampler = model;
+        std::vector<unsigned char> covers(width), room(width);
+        for (int y = tile.top; y < tile.bottom; ++y) {
+            unsigned char* const row =
+                result->GetRow(unsigned(y - rect.top)) + (tile.left - rect.left);
+            sampler.Sample(tile.left, y, width, reinterpret_cast<Raster::PixelAlpha8*>(row));
+            if (part.coverage) {
+                part.coverage->ReadRow(tile.left, y, width, covers.data());
+                ScaleRow(row, covers.data(), room.data(), width);
+            }
+            if (within.buffer)
+                ScaleRow(row,
+                         within.buffer->GetRow(unsigned(y - within.origin.y)) +
+                             (tile.left - within.origin.x),
+                         room.data(), width);
         }
-        if (within.buffer)
-            ScaleRow(row,
-                     within.buffer->GetRow(unsigned(y - within.origin.y)) +
-                         (rect.left - within.origin.x),
-                     room.data(), length);
-    }
+    });
     return result;
 }
 
