@@ -97,26 +97,23 @@ TEST_F(RobustnessTest, TheSameCallsGiveTheSamePixels)
 TEST_F(RobustnessTest, AnAbortAtAnyMomentLeavesTheTargetUsable)
 {
     std::mt19937 random(1);
-    int aborts = 0; // that came in time
-    for (unsigned seed = 0; seed < 200; ++seed) {
+    for (unsigned seed = 0; seed < 100; ++seed) {
         SCOPED_TRACE(seed);
-        std::atomic<bool> isDone{false};
-        const unsigned delay = unsigned(random() % 4000000);
+        std::atomic<unsigned> left = unsigned(random() % 100000);
         std::thread aborter([&] {
-            for (unsigned i = 0; i < delay && !isDone; ++i)
-                ;
+            while (left > 0)
+                --left;
             target->SetAbort(true);
         });
-        RandomSession(target, seed).Play(200);
-        aborts += target->IsAborting();
-        isDone = true;
+        // Whenever the other thread comes to it, this one is drawing.
+        for (unsigned round = 0; !target->IsAborting(); ++round)
+            RandomSession(target, seed + 1000 * round).Play(40);
         aborter.join();
         target->SetAbort(false);
         ExpectAsNew();
         if (HasFatalFailure())
             return;
     }
-    EXPECT_GT(aborts, 20);
 }
 
 TEST_F(RobustnessTest, MemoryThatRunsOutAtAnyMomentLeavesTheTargetUsable)
