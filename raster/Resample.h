@@ -11,6 +11,13 @@
 
 namespace Raster {
 
+/// The next cheaper resampler; of the cheapest, itself.
+constexpr ResamplerType GetCheaper(ResamplerType type) noexcept
+{
+    return static_cast<int>(type) > 0 ? static_cast<ResamplerType>(static_cast<int>(type) - 1)
+                                      : ResamplerType::NearestNeighbour;
+}
+
 /// Pixels.
 struct PictureSize
 {

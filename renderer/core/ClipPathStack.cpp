@@ -88,42 +88,88 @@ void ClipPath::RemoveMember()
         m_members.pop_back();
 }
 
-void ClipPath::Narrow(ClipState& state, Coverage::CoverageStore& store) const
+void ClipPath::Narrow(ClipState& state, ClipWork& work) const
 {
     if (!m_wholePixels.IsUnset()) {
         state.window = CommonPart(state.window, m_wholePixels);
-    } else if (m_isGroup && m_members.size() == 1) {
-        m_members.front().Narrow(state, store);
-    } else if (m_isUpright) {
+        return;
+    }
+    if (m_isGroup && m_members.size() == 1) {
+        m_members.front().Narrow(state, work);
+        return;
+    }
+    if (work.isExact)
+        state.regions.push_back(GetRegion(state.window, work));
+    if (m_isUpright) {
         // Within a window most of these let everything through that they don't cut off.
-        const auto coverage = GetCoverage(state.window, store);
+        const auto coverage = GetCoverage(state.window, work, {});
         state.window = CommonPart(state.window, coverage->GetRect());
-        if (!coverage->IsFull())
-            state.coverage =
-                state.coverage ? ClipCoverage::Multiply(*state.coverage, *coverage) : coverage;
+        if (coverage->IsFull())
+            return;
+        Coverage::CommonArea* const area = work.isExact ? &work.area : nullptr;
+        if (area)
+            area->Begin(state.regions, nullptr, state.window);
+        state.coverage =
+            state.coverage ? ClipCoverage::Multiply(*state.coverage, *coverage, area) : coverage;
     } else {
         // Coverage knows how far the path reaches, mostly far less than the page.
-        state.coverage = GetCoverage(state.window, store, state.coverage.Get());
+        state.coverage = GetCoverage(state.window, work, state.regions, state.coverage.Get());
         state.window = CommonPart(state.window, state.coverage->GetRect());
     }
 }
 
-Kernel::Counted<const ClipCoverage> ClipPath::GetCoverage(const RectT<int>& rect,
-                                                          Coverage::CoverageStore& store,
+Kernel::Counted<const ClipCoverage> ClipPath::GetCoverage(const RectT<int>& rect, ClipWork& work,
+                                                          const Coverage::Regions& regions,
                                                           const ClipCoverage* within) const
 {
     if (!m_wholePixels.IsUnset())
         return ClipCoverage::FromRect(rect.Intersect(m_wholePixels));
-    if (!m_isGroup) {
-        store.Reset(rect);
-        Coverage::AddPolygons(store, *m_polygons, {});
-        return ClipCoverage::FromStore(store, {m_evenOdd, nullptr}, within);
+    Kernel::Counted<const ClipCoverage> united;
+    if (m_isGroup) {
+        united = Unite(rect, work);
+        if (!within)
+            return united;
     }
+    Coverage::CommonArea* const area = work.isExact && within ? &work.area : nullptr;
+    if (area)
+        area->Begin(regions, nullptr, rect);
+    if (m_isGroup)
+        return ClipCoverage::Multiply(*within, *united, area);
+    work.store.Reset(rect);
+    Coverage::AddPolygons(work.store, *m_polygons, {});
+    return ClipCoverage::FromStore(work.store, {m_evenOdd, nullptr}, within, area);
+}
+
+Kernel::Counted<const ClipCoverage> ClipPath::Unite(const RectT<int>& rect, ClipWork& work) const
+{
+    Coverage::Regions regions;
+    if (work.isExact)
+        regions.push_back(GetRegion(rect, work));
     // An empty group lets nothing through.
     Kernel::Counted<const ClipCoverage> united = ClipCoverage::FromRect({});
+    for (const ClipPath& member : m_members) {
+        const auto coverage = member.GetCoverage(rect, work, {});
+        if (work.isExact)
+            work.area.Begin(regions, nullptr, rect);
+        united = ClipCoverage::Unite(*united, *coverage, work.isExact ? &work.area : nullptr);
+    }
+    return united;
+}
+
+Kernel::Counted<const Coverage::Region> ClipPath::GetRegion(const RectT<int>& rect,
+                                                            ClipWork& work) const
+{
+    auto region = Kernel::MakeCounted<Coverage::Region>();
+    AddTo(*region, rect, work);
+    return region;
+}
+
+void ClipPath::AddTo(Coverage::Region& region, const RectT<int>& rect, ClipWork& work) const
+{
+    if (!m_isGroup)
+        region.AddPath(*m_polygons, {}, m_evenOdd, rect.top, rect.bottom, work.store);
     for (const ClipPath& member : m_members)
-        united = ClipCoverage::Unite(*united, *member.GetCoverage(rect, store));
-    return within ? ClipCoverage::Multiply(*within, *united) : united;
+        member.AddTo(region, rect, work);
 }
 
 void ClipPathStack::Push(ClipPath path)
@@ -177,13 +223,16 @@ void ClipPathStack::Unseal() noexcept
     --m_depth;
 }
 
-const ClipState& ClipPathStack::Update(const RectT<int>& rect)
+const ClipState& ClipPathStack::Update(const RectT<int>& rect, bool isExact)
 {
     Level& level = GetLevel();
     if (level.paths.empty()) {
         m_everything.window = rect;
         return m_everything;
     }
+    if (level.isExact != isExact)
+        level.states.clear();
+    level.isExact = m_work.isExact = isExact;
     if (level.states.empty()) {
         level.rect = rect;
     } else if (!level.rect.Contains(rect)) {
@@ -193,11 +242,11 @@ const ClipState& ClipPathStack::Update(const RectT<int>& rect)
         level.rect = areSound ? level.rect.Union(rect) : rect;
     }
     while (level.states.size() < level.paths.size()) {
-        ClipState state{level.rect, {}};
+        ClipState state{level.rect, {}, {}};
         if (!level.states.empty())
             state = level.states.back();
         // No path can widen the window, so later ones need to be known within it alone.
-        level.paths[level.states.size()].Narrow(state, m_store);
+        level.paths[level.states.size()].Narrow(state, m_work);
         level.states.push_back(std::move(state));
     }
     return level.states.back();

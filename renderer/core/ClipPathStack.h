@@ -7,6 +7,7 @@
 #include <kernel/Counted.h>
 #include <kernel/Rect.h>
 #include <renderer/core/coverage/ClipCoverage.h>
+#include <renderer/core/coverage/CommonArea.h>
 #include <renderer/core/coverage/CoverageStore.h>
 
 namespace Renderer {
@@ -17,6 +18,18 @@ struct ClipState
 {
     Kernel::RectT<int> window{};
     Kernel::Counted<const Coverage::ClipCoverage> coverage;
+    /// With exact clipping, what the paths enclose that have a share in the coverage.
+    Coverage::Regions regions;
+};
+
+/// How clip paths become coverage: the ways and the means.
+struct ClipWork
+{
+    /// Whether pixels that several paths cover in part get the area that these have in common,
+    /// rather than the product of the coverages.
+    bool isExact = false;
+    Coverage::CoverageStore store;
+    Coverage::CommonArea area;
 };
 
 /// One clip path in device coordinates, or a group of them that are united.
@@ -33,14 +46,21 @@ public:
     void MakeRoomForMember();
 
     /// Narrows \p state by what this path lets through.
-    void Narrow(ClipState& state, Coverage::CoverageStore& store) const;
+    void Narrow(ClipState& state, ClipWork& work) const;
 
 private:
     /// What this path lets through of \p rect.
-    /// \param within if not null, the result is the product with it.
+    /// \param within if not null, the result is combined with it.
+    /// \param regions the path's and, if there is a coverage within, those of that; for exact work.
     Kernel::Counted<const Coverage::ClipCoverage>
-    GetCoverage(const Kernel::RectT<int>& rect, Coverage::CoverageStore& store,
+    GetCoverage(const Kernel::RectT<int>& rect, ClipWork& work, const Coverage::Regions& regions,
                 const Coverage::ClipCoverage* within = nullptr) const;
+    Kernel::Counted<const Coverage::ClipCoverage> Unite(const Kernel::RectT<int>& rect,
+                                                        ClipWork& work) const;
+    /// What the path encloses in the rows of \p rect.
+    Kernel::Counted<const Coverage::Region> GetRegion(const Kernel::RectT<int>& rect,
+                                                      ClipWork& work) const;
+    void AddTo(Coverage::Region& region, const Kernel::RectT<int>& rect, ClipWork& work) const;
 
     Kernel::Counted<const Geometry::PolyPolygonType<double>> m_polygons;
     bool m_evenOdd = true;
@@ -92,7 +112,9 @@ public:
     }
 
     /// What all paths in force let through within \p rect.
-    const ClipState& Update(const Kernel::RectT<int>& rect);
+    /// \param isExact whether the paths' common area counts rather than the product of their
+    ///        coverages.
+    const ClipState& Update(const Kernel::RectT<int>& rect, bool isExact = false);
 
     void Clear();
 
@@ -121,6 +143,7 @@ private:
         std::vector<ClipPath> openGroups;
         std::vector<ClipState> states; ///< per path, the product with those before
         Kernel::RectT<int> rect{};     ///< what the states were made for
+        bool isExact = false;          ///< and how
 
         void Clear() noexcept
         {
@@ -137,7 +160,7 @@ private:
     std::vector<Level> m_levels{1};
     std::size_t m_depth = 0; // the one in force
     ClipState m_everything;
-    Coverage::CoverageStore m_store;
+    ClipWork m_work;
 };
 
 } // namespace Renderer

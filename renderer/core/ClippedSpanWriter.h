@@ -3,23 +3,57 @@
 #include <algorithm>
 
 #include <renderer/core/coverage/ClipCoverage.h>
+#include <renderer/core/coverage/CommonArea.h>
 #include <renderer/core/coverage/MultiplyCovers.h>
 
 namespace Renderer {
 
-/// Multiplies spans with a clip's coverage and hands what is left to another writer.
-template<class Writer>
+/// What becomes of pixels that shape and clip both cover in part: their product stays.
+class ProductOfCovers
+{
+public:
+    static constexpr bool Corrects = false;
+};
+
+/// The same, by their common area instead.
+class AreaOfCovers
+{
+public:
+    static constexpr bool Corrects = true;
+
+    /// \param area of the clip's and the shape's regions; must outlive the object.
+    explicit AreaOfCovers(Coverage::CommonArea& area) noexcept : m_area(area) {}
+
+    /// The common area of pixels from (x, y) on.
+    const unsigned char* Get(int x, int y) const
+    {
+        return m_area.GetRow(y) + (x - m_area.GetLeft());
+    }
+
+private:
+    Coverage::CommonArea& m_area;
+};
+
+/// Combines spans with a clip's coverage and hands what is left to another writer.
+///
+/// \tparam Partial ProductOfCovers or AreaOfCovers. Where one of both coverages is nothing or full
+///         there is no difference.
+template<class Writer, class Partial = ProductOfCovers>
 class ClippedSpanWriter
 {
 public:
+    static constexpr bool Corrects = Partial::Corrects;
+
     /// \param covers room for a byte per pixel of the longest span.
-    ClippedSpanWriter(Writer& writer, const Coverage::ClipCoverage& clip, unsigned char* covers)
-        : m_writer(writer), m_clip(clip), m_covers(covers)
+    ClippedSpanWriter(Writer& writer, const Coverage::ClipCoverage& clip, unsigned char* covers,
+                      Partial partial = {})
+        : m_writer(writer), m_clip(clip), m_covers(covers), m_partial(partial)
     {}
 
     void BeginRow(int y)
     {
         m_writer.BeginRow(y);
+        m_y = y;
         const bool inside = y >= m_clip.GetRect().top && y < m_clip.GetRect().bottom;
         m_run = inside ? m_clip.BeginRow(y) : nullptr;
         m_end = inside ? m_clip.EndRow(y) : nullptr;
@@ -29,15 +63,12 @@ public:
     {
         ForEachPart(x, length,
                     [&](int from, unsigned count, const unsigned char* clip, unsigned char solid) {
-                        if (!clip) {
-                            if (const unsigned char product = Coverage::MultiplyBytes(cover, solid))
-                                m_writer.Run(from, count, product);
-                        } else if (cover == 255) {
+                        if (!clip)
+                            WriteRun(from, count, cover, solid);
+                        else if (cover == 255)
                             m_writer.Mask(from, count, clip);
-                        } else {
-                            Coverage::MultiplyCovers(m_covers, clip, cover, count);
-                            m_writer.Mask(from, count, m_covers);
-                        }
+                        else
+                            WriteMask(from, count, clip, cover);
                     });
     }
 
@@ -46,19 +77,51 @@ public:
         ForEachPart(x, length,
                     [&](int from, unsigned count, const unsigned char* clip, unsigned char solid) {
                         const unsigned char* const in = covers + (from - x);
-                        if (!clip && solid == 255) {
-                            m_writer.Mask(from, count, in);
-                            return;
-                        }
                         if (clip)
-                            Coverage::MultiplyCovers(m_covers, in, clip, count);
+                            WriteMask(from, count, in, clip);
+                        else if (solid == 255)
+                            m_writer.Mask(from, count, in);
                         else
-                            Coverage::MultiplyCovers(m_covers, in, solid, count);
-                        m_writer.Mask(from, count, m_covers);
+                            WriteMask(from, count, in, solid);
                     });
     }
 
 private:
+    static bool IsPartial(unsigned char cover) noexcept { return cover != 0 && cover != 255; }
+    static unsigned char At(const unsigned char* covers, unsigned i) noexcept { return covers[i]; }
+    static unsigned char At(unsigned char cover, unsigned) noexcept { return cover; }
+
+    /// A run of which the clip, too, covers every pixel alike.
+    void WriteRun(int x, unsigned length, unsigned char cover, unsigned char solid)
+    {
+        if constexpr (Partial::Corrects) {
+            if (IsPartial(cover) && IsPartial(solid)) {
+                m_writer.Mask(x, length, m_partial.Get(x, m_y));
+                return;
+            }
+        }
+        if (const unsigned char product = Coverage::MultiplyBytes(cover, solid))
+            m_writer.Run(x, length, product);
+    }
+
+    /// \param b bytes like \p a, or one for all pixels.
+    template<class Covers>
+    void WriteMask(int x, unsigned length, const unsigned char* a, Covers b)
+    {
+        Coverage::MultiplyCovers(m_covers, a, b, length);
+        if constexpr (Partial::Corrects) {
+            const unsigned char* area = nullptr; // most rows do without
+            for (unsigned i = 0; i < length; ++i) {
+                if (!IsPartial(a[i]) || !IsPartial(At(b, i)))
+                    continue;
+                if (!area)
+                    area = m_partial.Get(x, m_y);
+                m_covers[i] = area[i];
+            }
+        }
+        m_writer.Mask(x, length, m_covers);
+    }
+
     /// Calls \p part for every piece of [x, x + length) that one run of the clip covers. Spans of a
     /// row come from left to right, so runs that end before x are never needed again.
     template<class Part>
@@ -81,6 +144,8 @@ private:
     unsigned char* m_covers;
     const Coverage::ClipCoverage::Run* m_run = nullptr;
     const Coverage::ClipCoverage::Run* m_end = nullptr;
+    int m_y = 0;
+    [[no_unique_address]] Partial m_partial;
 };
 
 } // namespace Renderer

@@ -271,8 +271,9 @@ private:
     PopulatorStore m_populators;
     BitmapCache m_bitmaps;
     GradientCache m_gradients;
-    PolyPolygon m_polygons; // what a call flattens, kept for its memory
-    PolyPolygon m_outline;  // of the call's stroke
+    PolyPolygon m_polygons;            // what a call flattens, kept for its memory
+    PolyPolygon m_outline;             // of the call's stroke
+    Coverage::CommonArea m_commonArea; // of clip and shape, for perfect clipping
     Geometry::PathStroker m_stroker;
     double m_gamma = 1.0;
     mutable Flattening m_flattening; // of the last call

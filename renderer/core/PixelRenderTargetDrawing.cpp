@@ -5,6 +5,7 @@
 #include <geometry/Stroker.h>
 #include <renderer/core/CallScope.h>
 #include <renderer/core/DevicePixels.h>
+#include <renderer/core/MidPixelSnap.h>
 #include <renderer/core/PixelRenderTarget.h>
 #include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillBuffer.h>
@@ -21,8 +22,9 @@ using Raster::AffineTransform;
 
 PopulatorContext PixelRenderTarget::GetPopulatorContext()
 {
-    return {GetProfiles(), GetDownResamplerType(), m_current.Get(), m_currentOrigin, m_bitmaps,
-            m_gradients};
+    return {
+        GetProfiles(), GetDownResamplerType(), m_current.Get(),         m_currentOrigin, m_bitmaps,
+        m_gradients,   GetDithering(),         IsAllowDegradedBitmaps()};
 }
 
 bool PixelRenderTarget::AddFillPopulator(const FillDescriptorConst& fill, const RectT<int>&)
@@ -107,7 +109,7 @@ double PixelRenderTarget::GetFlatteningTolerance() const
 
 const ClipState& PixelRenderTarget::UpdateClipRasterizer()
 {
-    return m_clipPaths.Update(GetVisibleRect());
+    return m_clipPaths.Update(GetVisibleRect(), GetPerfectClipping());
 }
 
 template<class AddPaint>
@@ -158,23 +160,36 @@ void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
     if (IsAborting() || !m_current)
         return;
     const bool clipped = !m_clipPaths.IsEmpty();
+    const bool antialias = GetAntialias() && (clipped ? rule.antialiasUnderClip : rule.antialias);
     RectT<int> window = GetVisibleRect();
     const Coverage::ClipCoverage* clip = nullptr;
+    const ClipState* exactClip = nullptr;
     if (clipped) {
         const ClipState& state = UpdateClipRasterizer();
         window = window.Intersect(state.window);
         clip = state.coverage.Get();
+        if (clip && antialias && GetPerfectClipping())
+            exactClip = &state;
     }
     m_rasterizer.SetClipBox(window);
     const bool evenOdd = m_rasterizer.IsEvenOdd();
     m_rasterizer.SetEvenOdd(rule.winding == WindingOrderMode::EvenOdd);
+    Coverage::Region shape;
+    if (exactClip) {
+        shape.AddPath(polygons, transform, m_rasterizer.IsEvenOdd(), window.top, window.bottom,
+                      m_rasterizer.GetStore());
+        m_rasterizer.SetClipBox(window);
+    }
     m_rasterizer.AddPolygons(polygons, transform);
+    if (exactClip)
+        m_commonArea.Begin(exactClip->regions, &shape, m_rasterizer.GetBounds(true));
     if (!IsAborting()) {
-        const bool antialias =
-            GetAntialias() && (clipped ? rule.antialiasUnderClip : rule.antialias);
         Touch(m_rasterizer.GetBounds(antialias));
         const WriteScope write(*this, GetVisibleRect());
-        m_rasterizer.Render(antialias, clip, GetAbortingPointer());
+        if (exactClip)
+            m_rasterizer.RenderCommonArea(*clip, m_commonArea, GetAbortingPointer());
+        else
+            m_rasterizer.Render(antialias, clip, GetAbortingPointer());
     }
     m_rasterizer.SetEvenOdd(evenOdd);
 }
@@ -307,7 +322,11 @@ void PixelRenderTarget::DrawStroke(const Path& path, const Composition& composit
     if (!m_stroker.SetPen(stroke))
         return;
     m_outline.Clear();
-    if (onDevice)
+    if (onDevice && GetRoundMidPixel() && IsHairline(stroke.width))
+        StrokeRuns(path, [&](const auto& run, auto... closed) {
+            m_stroker.Stroke(SnapToPixelMiddles(run, closed..., current), closed..., m_outline);
+        });
+    else if (onDevice)
         StrokeRuns(path, [&](auto&&... run) {
             const auto map = [&current](Kernel::PointT<double> p) { return current.Map(p); };
             m_stroker.StrokeMapped(run..., map, m_outline);

@@ -307,14 +307,16 @@ protected:
 
 public:
     bool IsSuppressAsserts() const { return true; }
-    /// Whether bitmaps may be resampled more cheaply. Stored; no target acts on it yet.
+    /// Whether bitmaps are resampled one step more cheaply: Lanczos3 by Bicubic, that by Bilinear,
+    /// that by NearestNeighbour; and minified from halved copies that many sizes share.
     bool IsAllowDegradedBitmaps() const { return m_allowDegradedBitmaps; }
 
     double GetRasterizationScaleFactor() const { return m_rasterizationScaleFactor; }
     /// Stores the factor; round-mid-pixel becomes the lowest bit of the factor rounded to nearest.
     void SetRasterizationScaleFactor(double factor);
-    /// Whether thin resolution-independent strokes go to pixel middles. Stored; no target acts on
-    /// it yet.
+    /// Whether resolution-independent strokes of at most one device pixel go to pixel middles where
+    /// they run along an axis of the device: their segments move across to the nearest one, and
+    /// what joins them goes along.
     bool GetRoundMidPixel() const { return m_roundMidPixel; }
 
     /// The largest distance in device pixels by which a flattened curve may leave the true one.
@@ -350,12 +352,16 @@ public:
 
     bool GetAntialias() const { return m_antialias; }
     void SetAntialias(bool antialias) { m_antialias = antialias; }
-    /// Asks for clips and shapes to be combined at sub-pixel accuracy, so that shapes which abut
-    /// along a clip leave no seam. Stored; no target acts on it yet.
+    /// Asks for clips and shapes to be combined by the area that they have in common rather than by
+    /// the product of their coverages: a shape whose edge is that of the clip keeps its coverage
+    /// there. Its error is that of the coverage of a single path, below 1/256 of a pixel per edge.
+    /// Coverage gamma acts on the common area. What is drawn in a group meets the clips outside of
+    /// it when the group is closed, by their common area times the group's alpha.
     bool GetPerfectClipping() const { return m_perfectClipping; }
     void SetPerfectClipping(bool perfect) { m_perfectClipping = perfect; }
-    /// Asks for dithering where deeper pixels are written into 8 bits. Stored; no target acts on it
-    /// yet.
+    /// Asks for ordered dithering where paint that is known to more than 8 bits (gradients, bitmaps
+    /// and buffers of 16 bits or float, sub-renders of such formats) is drawn in a format of 8 bits.
+    /// The pattern depends on the device pixel alone; what 8 bits hold exactly stays as it is.
     bool GetDithering() const { return m_dithering; }
     void SetDithering(bool dithering) { m_dithering = dithering; }
     bool GetAllowEffects() const { return m_allowEffects; }

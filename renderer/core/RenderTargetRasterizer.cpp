@@ -5,6 +5,7 @@
 #include <limits>
 
 #include <renderer/core/coverage/AddPolygons.h>
+#include <renderer/core/GammaSpanWriter.h>
 #include <renderer/core/RenderTargetRasterizerImpl.h>
 
 namespace Renderer {
@@ -247,10 +248,11 @@ void RenderTargetRasterizer::ClipX(int& x, int& length, const unsigned char*& co
 }
 
 template<class Writer>
-void RenderTargetRasterizer::RenderCoverage(Writer& writer, const bool* abort)
+void RenderTargetRasterizer::RenderCoverage(Writer& writer, const Coverage::CoverageRule& rule,
+                                            const bool* abort)
 {
     m_store.Sweep(
-        m_rule,
+        rule,
         [&](int y) {
             if (IsAbortSet(abort))
                 return false;
@@ -315,9 +317,24 @@ void RenderTargetRasterizer::Render(bool antialias, const Coverage::ClipCoverage
     const auto widest = unsigned(antialias ? bounds.Width() : m_clipBox.Width());
     WithWriter(MakeRoom(widest), widest, clip, [&](auto& writer) {
         if (antialias)
-            RenderCoverage(writer, abort);
+            RenderCoverage(writer, m_rule, abort);
         else
             RenderAliased(writer, abort);
+    });
+}
+
+void RenderTargetRasterizer::RenderCommonArea(const Coverage::ClipCoverage& clip,
+                                              Coverage::CommonArea& area, const bool* abort)
+{
+    const RectT<int> bounds = m_store.GetBounds();
+    if (bounds.IsEmpty() || !m_blend.run)
+        return;
+    const auto widest = unsigned(bounds.Width());
+    const SpanRoom room = MakeRoom(widest);
+    WithPlainWriter(room, widest, [&](auto& writer) {
+        GammaSpanWriter changed(writer, m_rule.gamma);
+        ClippedSpanWriter common(changed, clip, room.covers, AreaOfCovers(area));
+        RenderCoverage(common, {m_rule.evenOdd, nullptr}, abort);
     });
 }
 

@@ -24,7 +24,8 @@ struct SpanRoom;
 
 namespace Coverage {
 class ClipCoverage;
-}
+class CommonArea;
+} // namespace Coverage
 
 /// Turns the polygons of one drawing call into anti-aliased coverage, row by row, and drives the
 /// span pipeline: for every run of covered pixels the colour populators write the scratch span, the
@@ -126,6 +127,11 @@ public:
     /// \param clip scales coverage; null lets everything through.
     /// \param abort tested once per row, or per few rows that are alike.
     void Render(bool antialias, const Coverage::ClipCoverage* clip, const bool* abort);
+    /// Runs the anti-aliased span loop over what path and clip have in common; coverage gamma acts
+    /// on the outcome.
+    /// \param area of the path's region and those of the clip, for the clip box.
+    void RenderCommonArea(const Coverage::ClipCoverage& clip, Coverage::CommonArea& area,
+                          const bool* abort);
 
     // The following go tile by tile, on several threads where the populators serve them. The abort
     // flag is tested before each row.
@@ -167,6 +173,9 @@ private:
     template<class Work>
     void WithWriter(const SpanRoom& room, unsigned widest, const Coverage::ClipCoverage* clip,
                     const Work& work) const;
+    /// The same without a clip.
+    template<class Work>
+    void WithPlainWriter(const SpanRoom& room, unsigned widest, const Work& work) const;
     /// Calls \p work for each tile of \p rect within the clip box, from several threads at once
     /// where the populators serve them, with the tile's part of the rectangle and room for its
     /// spans.
@@ -180,7 +189,7 @@ private:
     void RenderRows(const Kernel::RectT<int>& rect, const Coverage::ClipCoverage* clip,
                     const bool* abort, const Work& work);
     template<class Writer>
-    void RenderCoverage(Writer& writer, const bool* abort);
+    void RenderCoverage(Writer& writer, const Coverage::CoverageRule& rule, const bool* abort);
     template<class Writer>
     void RenderAliased(Writer& writer, const bool* abort);
 

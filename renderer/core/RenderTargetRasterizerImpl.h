@@ -16,22 +16,28 @@ template<class Work>
 void RenderTargetRasterizer::WithWriter(const SpanRoom& room, unsigned widest,
                                         const Coverage::ClipCoverage* clip, const Work& work) const
 {
-    const auto withClip = [&](auto& writer) {
+    WithPlainWriter(room, widest, [&](auto& writer) {
         if (clip) {
             ClippedSpanWriter clipped(writer, *clip, room.covers);
             work(clipped);
         } else {
             work(writer);
         }
-    };
+    });
+}
+
+template<class Work>
+void RenderTargetRasterizer::WithPlainWriter(const SpanRoom& room, unsigned widest,
+                                             const Work& work) const
+{
     if (m_blend.solidRun && !m_maskData && GetGammaRatio() == 1.0 && HasUniformPaint()) {
         alignas(16) unsigned char pixel[SpanBlend::LargestPixel]{};
         Populate(pixel, 0, 0, 1);
         SolidSpanWriter writer(*this, m_blend, pixel, m_pixelSize);
-        withClip(writer);
+        work(writer);
     } else {
         SpanWriter writer(*this, room, widest);
-        withClip(writer);
+        work(writer);
     }
 }
 

@@ -109,6 +109,8 @@ MakeTarget(const Extent& extent, const DrawOptions& options, const Profile& prof
     if (!target || !target->CreateBuffer(extent.width, extent.height))
         throw FileException(options.input, "there is not enough memory for the picture");
     target->SetDeviceExpansionTolerance(ExpansionTolerance);
+    target->SetDithering(options.dither);
+    target->SetPerfectClipping(options.perfectClipping);
     if (!options.background.empty()) {
         target->Blend(1.0F, Renderer::FillBlendMode::Normal, Renderer::BlendOptions::Identity(),
                       Svg::MakeSolidFill(*Svg::ParseColour(options.background), 1.0), {});

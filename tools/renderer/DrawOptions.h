@@ -16,6 +16,8 @@ struct DrawOptions
     std::string profile;            ///< a file with the picture's profile; empty: sRGB
     std::string background;         ///< a CSS colour; empty: transparent
     std::string target = "bitmap";
+    bool dither = false;          ///< gradients and deep images in formats of 8 bits
+    bool perfectClipping = false; ///< by common areas instead of products of coverages
 };
 
 } // namespace Command

@@ -29,6 +29,10 @@ void AddDraw(CLI::App& app, Command::DrawOptions& options)
                      "ICC profile of the picture, of the format's colours; sRGB without it");
     draw->add_option("--background", options.background,
                      "Colour below the drawing, as in CSS; transparent without it");
+    draw->add_flag("--dither", options.dither,
+                   "Dither gradients, and images of more than 8 bits, into formats of 8 bits");
+    draw->add_flag("--perfect-clipping", options.perfectClipping,
+                   "Cut shapes by the exact area that they share with their clips");
     draw->add_option("--target", options.target, "What is drawn on")->capture_default_str();
 }
 

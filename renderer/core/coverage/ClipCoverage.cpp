@@ -136,9 +136,9 @@ private:
 };
 
 Counted<const ClipCoverage> ClipCoverage::FromStore(CoverageStore& store, const CoverageRule& rule,
-                                                    const ClipCoverage* within)
+                                                    const ClipCoverage* within, CommonArea* area)
 {
-    const auto sweep = [&](auto& writer) {
+    const auto sweep = [&](auto&& writer) {
         store.Sweep(
             rule,
             [&](int y) {
@@ -153,8 +153,10 @@ Counted<const ClipCoverage> ClipCoverage::FromStore(CoverageStore& store, const 
     Builder builder(bounds);
     if (within) {
         std::vector<unsigned char> covers(std::size_t(bounds.Width()));
-        ClippedSpanWriter clipped(builder, *within, covers.data());
-        sweep(clipped);
+        if (area)
+            sweep(ClippedSpanWriter(builder, *within, covers.data(), AreaOfCovers(*area)));
+        else
+            sweep(ClippedSpanWriter(builder, *within, covers.data()));
     } else {
         sweep(builder);
     }
@@ -172,16 +174,12 @@ Counted<const ClipCoverage> ClipCoverage::FromRect(const RectT<int>& rect)
     return builder.Finish();
 }
 
-Counted<const ClipCoverage> ClipCoverage::Multiply(const ClipCoverage& a, const ClipCoverage& b)
+template<class Clipped>
+void ClipCoverage::MultiplyRows(const ClipCoverage& a, const ClipCoverage& b,
+                                const RectT<int>& rect, Builder& builder, Clipped&& clipped)
 {
-    const RectT<int> rect = a.m_rect.Intersect(b.m_rect);
-    if (rect.IsEmpty())
-        return FromRect({});
-    Builder builder(rect);
-    std::vector<unsigned char> covers(std::size_t(b.m_rect.Width())); // runs of b may reach beyond
-    ClippedSpanWriter clipped(builder, a, covers.data());
     for (int y = rect.top; y < rect.bottom; ++y) {
-        if (y > rect.top && a.SharesRow(y, y - 1) && b.SharesRow(y, y - 1)) {
+        if (!clipped.Corrects && y > rect.top && a.SharesRow(y, y - 1) && b.SharesRow(y, y - 1)) {
             builder.RepeatRow(y + 1);
             continue;
         }
@@ -193,6 +191,21 @@ Counted<const ClipCoverage> ClipCoverage::Multiply(const ClipCoverage& a, const 
                 clipped.Mask(run->x, run->length, b.GetBytes(*run));
         }
     }
+}
+
+Counted<const ClipCoverage> ClipCoverage::Multiply(const ClipCoverage& a, const ClipCoverage& b,
+                                                   CommonArea* area)
+{
+    const RectT<int> rect = a.m_rect.Intersect(b.m_rect);
+    if (rect.IsEmpty())
+        return FromRect({});
+    Builder builder(rect);
+    std::vector<unsigned char> covers(std::size_t(b.m_rect.Width())); // runs of b may reach beyond
+    if (area)
+        MultiplyRows(a, b, rect, builder,
+                     ClippedSpanWriter(builder, a, covers.data(), AreaOfCovers(*area)));
+    else
+        MultiplyRows(a, b, rect, builder, ClippedSpanWriter(builder, a, covers.data()));
     return builder.Finish();
 }
 
@@ -224,7 +237,8 @@ void ForEachStretch(const Run* a, const Run* endA, const Run* b, const Run* endB
 
 } // namespace
 
-Counted<const ClipCoverage> ClipCoverage::Unite(const ClipCoverage& a, const ClipCoverage& b)
+Counted<const ClipCoverage> ClipCoverage::Unite(const ClipCoverage& a, const ClipCoverage& b,
+                                                CommonArea* area)
 {
     if (a.m_rect.IsEmpty())
         return Counted<const ClipCoverage>(&b);
@@ -232,6 +246,7 @@ Counted<const ClipCoverage> ClipCoverage::Unite(const ClipCoverage& a, const Cli
         return Counted<const ClipCoverage>(&a);
     const RectT<int> rect = a.m_rect.Union(b.m_rect);
     Builder builder(rect);
+    int row = 0;
     const auto unite = [&](int from, int to, const Run* runA, const Run* runB) {
         if (!runA || !runB)
             return runA ? builder.Copy(a, *runA, from, to) : builder.Copy(b, *runB, from, to);
@@ -241,15 +256,24 @@ Counted<const ClipCoverage> ClipCoverage::Unite(const ClipCoverage& a, const Cli
         const unsigned char* const bytesA = solidA ? &runA->cover : a.GetBytes(*runA);
         const unsigned char* const bytesB = solidB ? &runB->cover : b.GetBytes(*runB);
         unsigned char* out = builder.AddMask(from, unsigned(to - from));
-        for (int x = from; x < to; ++x)
-            *out++ = static_cast<unsigned char>(
-                255 - MultiplyBytes(255U - bytesA[solidA ? 0 : x - runA->x],
-                                    255U - bytesB[solidB ? 0 : x - runB->x]));
+        const unsigned char* both = nullptr;
+        for (int x = from; x < to; ++x) {
+            const unsigned leftA = 255U - bytesA[solidA ? 0 : x - runA->x];
+            const unsigned leftB = 255U - bytesB[solidB ? 0 : x - runB->x];
+            if (area && leftA % 255 != 0 && leftB % 255 != 0) {
+                if (!both)
+                    both = area->GetRow(row);
+                *out++ = both[x - area->GetLeft()];
+            } else {
+                *out++ = static_cast<unsigned char>(255 - MultiplyBytes(leftA, leftB));
+            }
+        }
     };
     for (int y = rect.top; y < rect.bottom; ++y) {
         const bool clearA = a.IsRowClear(y), clearB = b.IsRowClear(y);
         if (clearA && clearB)
             continue;
+        row = y;
         builder.BeginRow(y);
         ForEachStretch(clearA ? nullptr : a.BeginRow(y), clearA ? nullptr : a.EndRow(y),
                        clearB ? nullptr : b.BeginRow(y), clearB ? nullptr : b.EndRow(y), unite);

@@ -11,6 +11,8 @@
 
 namespace Renderer::Coverage {
 
+class CommonArea;
+
 /// What a clip lets through: coverage per pixel of a rectangle, kept as runs per row; 0 outside.
 /// Rows that are alike may share their runs. Immutable once built, shared.
 class ClipCoverage : public Kernel::Countable
@@ -54,21 +56,31 @@ public:
 
     /// Rasterises the edges of \p store within its window; the rectangle is what they can touch.
     /// \param within if not null, the result is the product with it.
-    static Kernel::Counted<const ClipCoverage>
-    FromStore(CoverageStore& store, const CoverageRule& rule, const ClipCoverage* within = nullptr);
+    /// \param area if not null, what both have in common: pixels that both cover in part get it
+    ///        instead of the product.
+    static Kernel::Counted<const ClipCoverage> FromStore(CoverageStore& store,
+                                                         const CoverageRule& rule,
+                                                         const ClipCoverage* within = nullptr,
+                                                         CommonArea* area = nullptr);
     /// Coverage 255 within \p rect, which may be empty.
     static Kernel::Counted<const ClipCoverage> FromRect(const Kernel::RectT<int>& rect);
-    /// The product of both: what both let through.
-    static Kernel::Counted<const ClipCoverage> Multiply(const ClipCoverage& a,
-                                                        const ClipCoverage& b);
+    /// The product of both: what both let through. \param area as for FromStore.
+    static Kernel::Counted<const ClipCoverage>
+    Multiply(const ClipCoverage& a, const ClipCoverage& b, CommonArea* area = nullptr);
     /// a + b − a·b: what either lets through.
-    static Kernel::Counted<const ClipCoverage> Unite(const ClipCoverage& a, const ClipCoverage& b);
+    /// \param area if not null, of the two united; for pixels that both cover in part.
+    static Kernel::Counted<const ClipCoverage> Unite(const ClipCoverage& a, const ClipCoverage& b,
+                                                     CommonArea* area = nullptr);
 
     /// Writes the coverage of pixels [x, x + length) of row \p y; 0 outside the rectangle.
     void ReadRow(int x, int y, unsigned length, unsigned char* out) const;
 
 private:
     class Builder;
+
+    template<class Clipped>
+    static void MultiplyRows(const ClipCoverage& a, const ClipCoverage& b,
+                             const Kernel::RectT<int>& rect, Builder& builder, Clipped&& clipped);
 
     /// Which of the runs a row has.
     struct Row

@@ -35,6 +35,8 @@ struct PixProcessor
     static constexpr bool IsInteger = std::is_integral_v<ChannelType>;
     /// Whether look-up tables hold a colour as well as computing it does.
     static constexpr bool UsesTables = sizeof(ChannelType) == 1;
+    /// Whether paint that is known more finely can be dithered into the format.
+    static constexpr bool CanDither = sizeof(ChannelType) == 1 && !AlphaOnly;
     /// The first channel that is computed.
     static constexpr std::size_t FirstChannel = AlphaOnly ? Pixel::AlphaIndex : 0;
     /// Pixels that are worked on at once: large enough to vectorise, small enough for the stack.
@@ -88,13 +90,15 @@ struct PixProcessor
 
     /// Premultiplies and stores, rounding to nearest. Integer channels and alpha are clamped to
     /// 0…1.
-    static constexpr Pixel Store(const FloatPixel& colour) noexcept
+    /// \param rounding what is added to integers before they are cut.
+    static constexpr Pixel Store(const FloatPixel& colour, float rounding = 0.5F) noexcept
     {
         Pixel result{};
         const float alpha = Clamp(colour[Pixel::AlphaIndex]);
         for (std::size_t i = FirstChannel; i < Pixel::ColourCount; ++i)
-            result[i] = StoreChannel(IsInteger ? Clamp(colour[i]) * alpha : colour[i] * alpha);
-        result.Alpha() = StoreChannel(alpha);
+            result[i] =
+                StoreChannel(IsInteger ? Clamp(colour[i]) * alpha : colour[i] * alpha, rounding);
+        result.Alpha() = StoreChannel(alpha, rounding);
         return result;
     }
 
@@ -103,16 +107,31 @@ struct PixProcessor
     static constexpr bool HasWords = Blending::MakesWord<ChannelType, Pixel::ChannelCount>;
 
     /// What Store gives as one word, in a form that loops over pixels vectorise.
-    static constexpr auto StoreWord(const FloatPixel& colour) noexcept requires HasWords
+    static constexpr auto StoreWord(const FloatPixel& colour,
+                                    float rounding = 0.5F) noexcept requires HasWords
     {
         constexpr unsigned Bits = 8 * sizeof(ChannelType);
         const float alpha = Clamp(colour[Pixel::AlphaIndex]);
-        auto word = static_cast<Word>(Word{StoreChannel(alpha)} << (Bits * Pixel::AlphaIndex));
+        auto word =
+            static_cast<Word>(Word{StoreChannel(alpha, rounding)} << (Bits * Pixel::AlphaIndex));
         for (std::size_t i = FirstChannel; i < Pixel::ColourCount; ++i)
             word = static_cast<Word>(
-                word |
-                static_cast<Word>(Word{StoreChannel(Clamp(colour[i]) * alpha)} << (Bits * i)));
+                word | static_cast<Word>(Word{StoreChannel(Clamp(colour[i]) * alpha, rounding)}
+                                         << (Bits * i)));
         return word;
+    }
+
+    /// Stores a premultiplied colour, brought into 0 ≤ colour ≤ alpha ≤ 1.
+    static constexpr Pixel StorePremultiplied(const FloatPixel& colour, float rounding) noexcept
+    {
+        Pixel result{};
+        const float alpha = Clamp(colour[Pixel::AlphaIndex]);
+        for (std::size_t i = FirstChannel; i < Pixel::ColourCount; ++i) {
+            const float value = Clamp(colour[i]);
+            result[i] = StoreChannel(value < alpha ? value : alpha, rounding);
+        }
+        result.Alpha() = StoreChannel(alpha, rounding);
+        return result;
     }
 
     /// Scales all channels of a premultiplied pixel, exactly rounded.
@@ -172,11 +191,11 @@ private:
     }
 
     /// \pre \p value is within 0…1 for integer channels.
-    static constexpr ChannelType StoreChannel(float value) noexcept
+    static constexpr ChannelType StoreChannel(float value, float rounding) noexcept
     {
         if constexpr (IsInteger)
             return static_cast<ChannelType>(
-                static_cast<int>(value * static_cast<float>(Pixel::Max) + 0.5F));
+                static_cast<int>(value * static_cast<float>(Pixel::Max) + rounding));
         else
             return value;
     }

@@ -74,6 +74,14 @@ bool HasFullAlpha(const Raster::DynamicBuffer& buffer)
     });
 }
 
+/// A side halved as often as it stays at least as long as needed.
+unsigned Halve(unsigned side, unsigned needed) noexcept
+{
+    while (side > 1 && (side + 1) / 2 >= needed)
+        side = (side + 1) / 2;
+    return side;
+}
+
 /// Finds an entry, which comes first then; null when there is none.
 template<class Entries, class IsWanted>
 auto Find(Entries& entries, IsWanted isWanted)
@@ -108,13 +116,16 @@ BitmapCache::Get(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap, Ras
 Kernel::Counted<const Raster::DynamicBuffer>
 BitmapCache::GetReduced(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap,
                         Raster::Format format, const Raster::ICCManager::ICCProfileSet& profiles,
-                        bool ignoreAlpha, const Raster::AffineTransform::Params& deviceToUnit)
+                        bool ignoreAlpha, const Raster::AffineTransform::Params& deviceToUnit,
+                        bool halves)
 {
     if (!bitmap->GetBuffer())
         return {};
     const Raster::PictureSize whole{bitmap->GetBuffer()->GetWidth(),
                                     bitmap->GetBuffer()->GetHeight()};
-    const Raster::PictureSize size = Raster::GetReducedSize(whole, deviceToUnit);
+    Raster::PictureSize size = Raster::GetReducedSize(whole, deviceToUnit);
+    if (halves)
+        size = {Halve(whole.width, size.width), Halve(whole.height, size.height)};
     if (size == whole)
         return Get(bitmap, format, profiles, ignoreAlpha);
     Entry wanted{bitmap, format, profiles, ignoreAlpha, {}};

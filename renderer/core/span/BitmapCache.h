@@ -40,10 +40,12 @@ public:
     /// The same reduced by area for a map from the device to the unit square that the bitmap
     /// occupies; not reduced where the map does not minify or the memory cannot be had. A bitmap
     /// whose conversion is too large to be kept is not converted again for the same reduction.
+    /// \param halves only halves, as often as it can be done without becoming smaller: up to twice
+    ///        the pixels a side, but the same for many placements.
     Kernel::Counted<const Raster::DynamicBuffer>
     GetReduced(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap, Raster::Format format,
                const Raster::ICCManager::ICCProfileSet& profiles, bool ignoreAlpha,
-               const Raster::AffineTransform::Params& deviceToUnit);
+               const Raster::AffineTransform::Params& deviceToUnit, bool halves = false);
 
     /// Whether all pixels have full alpha, if that can be told cheaply: large pictures count as
     /// not opaque.

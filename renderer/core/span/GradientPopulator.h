@@ -7,6 +7,7 @@
 #include <renderer/core/span/GradientColours.h>
 #include <renderer/core/span/GradientGeometry.h>
 #include <renderer/core/span/NoiseField.h>
+#include <renderer/core/span/OrderedDither.h>
 
 namespace Renderer {
 
@@ -14,7 +15,8 @@ namespace Renderer {
 /// does not depend on the span that holds it.
 ///
 /// \tparam HasNoise adds the grain of the stops' noise amounts.
-template<class ProcessorT, bool HasNoise>
+/// \tparam IsDithered dithers the colours, which are known exactly, into the format.
+template<class ProcessorT, bool HasNoise, bool IsDithered = false>
 class GradientPopulator
 {
 public:
@@ -32,7 +34,7 @@ public:
 
     void Populate(int x, int y, unsigned length, Pixel* out) const noexcept
     {
-        if (m_geometry.IsConstantAlongRows()) {
+        if (!IsDithered && m_geometry.IsConstantAlongRows()) {
             PaintBlock(x, y, 1, out);
             std::fill_n(out + 1, length - 1, Pixel(*out));
         } else {
@@ -64,7 +66,13 @@ private:
 
     void PaintBlock(int x, int y, unsigned count, Pixel* out) const noexcept
     {
-        if constexpr (Processor::UsesTables) {
+        if constexpr (IsDithered) {
+            alignas(32) double t[BlockLength];
+            alignas(32) float thresholds[BlockLength];
+            m_geometry.FindParameters(x, y, count, t);
+            OrderedDither::GetThresholds(x, y, count, thresholds);
+            m_colours->GetRamp().EvaluateDithered(t, count, out, thresholds);
+        } else if constexpr (Processor::UsesTables) {
             alignas(32) std::int32_t cells[BlockLength];
             const auto& table = m_colours->GetTable();
             m_geometry.FindCells(x, y, count, table.GetCellsPerUnit(), cells);

@@ -95,15 +95,18 @@ public:
     /// The premultiplied pixels of \p count parameters within [−1, 1].
     void Evaluate(const double* t, unsigned count, Pixel* out) const noexcept
     {
-        std::size_t index = 0;
-        for (unsigned i = 0; i < count;) {
-            index = Find(t[i], index);
-            unsigned end = i + 1;
-            while (end < count && Holds(index, t[end]))
-                ++end;
-            EvaluateFast(m_segments[index], t + i, end - i, out + i);
-            i = end;
-        }
+        ForStretches(t, count, [&](const Segment& segment, unsigned begin, unsigned length) {
+            EvaluateFast<ToNearest>(segment, t + begin, length, out + begin, nullptr);
+        });
+    }
+
+    /// The same with what is added to each pixel's channels before they are cut to integers.
+    void EvaluateDithered(const double* t, unsigned count, Pixel* out,
+                          const float* thresholds) const noexcept
+    {
+        ForStretches(t, count, [&](const Segment& segment, unsigned begin, unsigned length) {
+            EvaluateFast<ByThreshold>(segment, t + begin, length, out + begin, thresholds + begin);
+        });
     }
 
     bool IsOpaque() const noexcept
@@ -139,10 +142,42 @@ private:
                (index + 1 == GetCount() || t < m_segments[index + 1].start);
     }
 
+    /// Calls \p function for neighbours that lie in one segment.
+    template<class Function>
+    void ForStretches(const double* t, unsigned count, const Function& function) const
+    {
+        std::size_t index = 0;
+        for (unsigned i = 0; i < count;) {
+            index = Find(t[i], index);
+            unsigned end = i + 1;
+            while (end < count && Holds(index, t[end]))
+                ++end;
+            function(m_segments[index], i, end - i);
+            i = end;
+        }
+    }
+
+    /// How channels become integers.
+    struct ToNearest
+    {
+        static float Get(const float*, unsigned) noexcept { return 0.5F; }
+        static const float* Move(const float*, unsigned) noexcept { return nullptr; }
+    };
+    struct ByThreshold
+    {
+        static float Get(const float* thresholds, unsigned i) noexcept { return thresholds[i]; }
+        static const float* Move(const float* thresholds, unsigned i) noexcept
+        {
+            return thresholds + i;
+        }
+    };
+
     /// The pixels of \p count parameters that all lie in one segment.
+    template<class Rounding>
     struct EvaluateWithin
     {
-        static void Apply(const Segment* segment, const double* t, unsigned count, Pixel* out)
+        static void Apply(const Segment* segment, const double* t, unsigned count, Pixel* out,
+                          const float* thresholds)
         {
             const Segment s = *segment; // out of the way of what is written
             for (unsigned begin = 0; begin < count; begin += Processor::BlockLength) {
@@ -156,35 +191,41 @@ private:
                         mixes[i] =
                             static_cast<float>(s.mapping.Mix((t[begin + i] - s.start) * s.scale));
                 }
-                StoreMixes(s, mixes, length, out + begin);
+                StoreMixes<Rounding>(s, mixes, length, out + begin,
+                                     Rounding::Move(thresholds, begin));
             }
         }
     };
 
-    static void StoreMixes(const Segment& segment, const float* mixes, unsigned count,
-                           Pixel* out) noexcept
+    template<class Rounding>
+    static void StoreMixes(const Segment& segment, const float* mixes, unsigned count, Pixel* out,
+                           const float* thresholds) noexcept
     {
         if constexpr (Processor::HasWords) {
             typename Processor::Word words[Processor::BlockLength];
             for (unsigned i = 0; i < count; ++i)
-                words[i] = Processor::StoreWord(Mix(segment, mixes[i]));
+                words[i] =
+                    Processor::StoreWord(Mix(segment, mixes[i]), Rounding::Get(thresholds, i));
             std::memcpy(out->channels.data(), words, count * sizeof(Pixel));
         } else {
             for (unsigned i = 0; i < count; ++i)
-                out[i] = Processor::Store(Mix(segment, mixes[i]));
+                out[i] = Processor::Store(Mix(segment, mixes[i]), Rounding::Get(thresholds, i));
         }
     }
 
     /// EvaluateWithin for the present processor.
-    static void EvaluateFast(const Segment& segment, const double* t, unsigned count, Pixel* out)
+    template<class Rounding>
+    static void EvaluateFast(const Segment& segment, const double* t, unsigned count, Pixel* out,
+                             const float* thresholds)
     {
         using namespace Blending;
-        static const auto function =
-            HasWideCode()
-                ? &WideCode::Call<EvaluateWithin, const Segment*, const double*, unsigned, Pixel*>
-                : &BaselineCode::Call<EvaluateWithin, const Segment*, const double*, unsigned,
-                                      Pixel*>;
-        function(&segment, t, count, out);
+        using Work = EvaluateWithin<Rounding>;
+        static const auto function = HasWideCode()
+                                         ? &WideCode::Call<Work, const Segment*, const double*,
+                                                           unsigned, Pixel*, const float*>
+                                         : &BaselineCode::Call<Work, const Segment*, const double*,
+                                                               unsigned, Pixel*, const float*>;
+        function(&segment, t, count, out, thresholds);
     }
 
     static Segment MakeSegment(const Gradient::ColourPosition& stop,

@@ -23,6 +23,7 @@ class FillBitmap;
 class FillBuffer;
 class FillGradient;
 class FillSolid;
+class GradientGeometry;
 
 /// What populators need to know about the target that they paint for.
 struct PopulatorContext
@@ -36,6 +37,10 @@ struct PopulatorContext
     Kernel::PointT<int> backBufferOrigin;
     BitmapCache& bitmaps;
     GradientCache& gradients;
+    /// Whether paint that is known to more than 8 bits is dithered into formats of 8 bits.
+    bool dithers = false;
+    /// Whether bitmaps are resampled one step more cheaply.
+    bool degradesBitmaps = false;
 };
 
 /// Makes populators of one pixel format. Use it through the functions below.
@@ -66,11 +71,22 @@ private:
     static bool MakeBackBuffer(const Call& call);
     static bool MakeBitmap(const FillBitmap& fill, const Call& call);
     static bool MakeBuffer(const FillBuffer& fill, const Call& call);
-    template<class FillT>
-    static bool MakeSampled(const FillT& fill,
-                            const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
-                            const Params& deviceToUnit, bool isOpaque, const Call& call);
+    template<class FillT, class GetPixels>
+    static bool MakeFromPixels(const FillT& fill, const Raster::DynamicBuffer& buffer,
+                               const Kernel::Counted<const Raster::ICCProfile>& profile,
+                               const GetPixels& getPixels, const Call& call);
+    template<class Source, class FillT, class GetPixels>
+    static bool MakeFromDeepPixels(const FillT& fill,
+                                   const Kernel::Counted<const Raster::ICCProfile>& profile,
+                                   const GetPixels& getPixels, const Call& call);
+    template<class Populator, class FillT, class GetPixels, class... Args>
+    static bool MakeSampled(const FillT& fill, Raster::Format format,
+                            const typename Processor::Profiles& profiles,
+                            const GetPixels& getPixels, const Call& call, Args&&... args);
     static bool MakeGradient(const FillGradient& fill, const Call& call);
+    template<bool IsDithered>
+    static bool MakeGradientOf(const FillGradient& fill, const GradientGeometry& geometry,
+                               const Call& call);
     static bool MakeLastStop(const FillGradient& fill, const Call& call);
     template<class Populator, class... Args>
     static bool Finish(const Call& call, Args&&... args);

@@ -9,6 +9,7 @@
 #include <renderer/core/span/BackBufferPopulator.h>
 #include <renderer/core/span/BitmapPopulator.h>
 #include <renderer/core/span/ColourTransformPopulator.h>
+#include <renderer/core/span/DeepBitmapPopulator.h>
 #include <renderer/core/span/GradientPopulator.h>
 #include <renderer/core/span/PopulatorFactory.h>
 #include <renderer/core/span/SolidPopulator.h>
@@ -124,46 +125,114 @@ bool PopulatorFactory<Processor>::MakeBackBuffer(const Call& call)
 template<class Processor>
 bool PopulatorFactory<Processor>::MakeBitmap(const FillBitmap& fill, const Call& call)
 {
-    if (!fill.GetBitmap())
-        return false;
-    Params deviceToUnit;
-    if (!Raster::AffineTransform::Invert(call.fillToDevice, deviceToUnit))
+    const auto& bitmap = fill.GetBitmap();
+    if (!bitmap)
         return false;
     const PopulatorContext& context = call.context;
-    constexpr Raster::Format format = Raster::FormatOfPixel<Pixel>;
     const bool reduces = context.downResampler != Raster::ResamplerType::NearestNeighbour;
-    const auto pixels = reduces
-                            ? context.bitmaps.GetReduced(fill.GetBitmap(), format, context.profiles,
-                                                         fill.GetIgnoreAlpha(), deviceToUnit)
-                            : context.bitmaps.Get(fill.GetBitmap(), format, context.profiles,
-                                                  fill.GetIgnoreAlpha());
-    return pixels &&
-           MakeSampled(fill, pixels, deviceToUnit, context.bitmaps.IsOpaque(pixels), call);
+    const auto getPixels = [&](Raster::Format format, const auto& profiles, const Params& map) {
+        return reduces ? context.bitmaps.GetReduced(bitmap, format, profiles, fill.GetIgnoreAlpha(),
+                                                    map, context.degradesBitmaps)
+                       : context.bitmaps.Get(bitmap, format, profiles, fill.GetIgnoreAlpha());
+    };
+    return MakeFromPixels(fill, *bitmap->GetBuffer(), bitmap->GetProfile(), getPixels, call);
 }
 
 template<class Processor>
 bool PopulatorFactory<Processor>::MakeBuffer(const FillBuffer& fill, const Call& call)
 {
-    if (!fill.GetBuffer())
+    const auto& buffer = fill.GetBuffer();
+    if (!buffer)
         return false;
+    // Buffers change between calls: nothing that is derived from one is kept.
+    const auto getPixels = [&](Raster::Format format, const auto& profiles, const Params&) {
+        return Raster::ConvertBuffer(buffer, {}, format, profiles);
+    };
+    return MakeFromPixels(fill, *buffer, {}, getPixels, call);
+}
+
+/// \p getPixels brings the fill's pixels into a format and the profiles of a set, perhaps reduced
+/// for a map from the device to the unit square.
+template<class Processor>
+template<class FillT, class GetPixels>
+bool PopulatorFactory<Processor>::MakeFromPixels(
+    const FillT& fill, const Raster::DynamicBuffer& buffer,
+    const Kernel::Counted<const Raster::ICCProfile>& profile, const GetPixels& getPixels,
+    const Call& call)
+{
+    if constexpr (Processor::CanDither) {
+        if (call.context.dithers && IsDeepFormat(buffer.GetFormat())) {
+            return Raster::WithPixelOfFormat(buffer.GetFormat(), false, [&]<class Source>(Source) {
+                return MakeFromDeepPixels<Source>(fill, profile, getPixels, call);
+            });
+        }
+    }
+    return MakeSampled<BitmapPopulator<Processor>>(fill, Raster::FormatOfPixel<Pixel>,
+                                                   call.context.profiles, getPixels, call);
+}
+
+/// \tparam Source the pixels as they are.
+template<class Processor>
+template<class Source, class FillT, class GetPixels>
+bool PopulatorFactory<Processor>::MakeFromDeepPixels(
+    const FillT& fill, const Kernel::Counted<const Raster::ICCProfile>& profile,
+    const GetPixels& getPixels, const Call& call)
+{
+    const auto& profiles = call.context.profiles;
+    if constexpr (!std::is_void_v<DeepPixelOf<Pixel>>) {
+        using Deep = DeepPixelOf<Pixel>;
+        using Channels = DeepChannels<Deep>;
+        return MakeSampled<DeepBitmapPopulator<Processor, Deep, Channels>>(
+            fill, Raster::FormatOfPixel<Deep>, profiles, getPixels, call, Channels());
+    } else {
+        // Buffers hold no deep inks: pixels stay in their space until they are painted. Masks are
+        // greys; what has 8 bits does not come here.
+        using Deep = std::conditional_t<(Source::ColourCount > 0 &&
+                                         sizeof(typename Source::ChannelType) > 1),
+                                        Source, Raster::PixelIA16>;
+        constexpr Raster::Format format = Raster::FormatOfPixel<Deep>;
+        constexpr Raster::ColourSpace space = SpaceOfDeepPixel<Deep>;
+        auto own = profiles;
+        if (profile)
+            own.SetProfile(format, profile);
+        auto from = own;
+        if (space == Raster::ColourSpace::RGB)
+            from.SetRGB(own.GetProfile(format)); // float pixels have a slot of their own
+        using Inks = DeepInks<Deep>;
+        return MakeSampled<DeepBitmapPopulator<Processor, Deep, Inks>>(
+            fill, format, own, getPixels, call,
+            Inks(space, Raster::ICCManager::GetInstance().GetFloatTransform(
+                            space, from, Raster::ColourSpace::CMYK, profiles)));
+    }
+}
+
+/// Makes a populator that reads pixels of a format and profiles through the fill's placement.
+template<class Processor>
+template<class Populator, class FillT, class GetPixels, class... Args>
+bool PopulatorFactory<Processor>::MakeSampled(const FillT& fill, Raster::Format format,
+                                              const typename Processor::Profiles& profiles,
+                                              const GetPixels& getPixels, const Call& call,
+                                              Args&&... args)
+{
     Params deviceToUnit;
     if (!Raster::AffineTransform::Invert(call.fillToDevice, deviceToUnit))
         return false;
-    // Buffers change between calls: nothing that is derived from one is kept.
-    const auto pixels = Raster::ConvertBuffer(fill.GetBuffer(), {}, Raster::FormatOfPixel<Pixel>,
-                                              call.context.profiles);
-    return pixels && MakeSampled(fill, pixels, deviceToUnit, false, call);
-}
-
-template<class Processor>
-template<class FillT>
-bool PopulatorFactory<Processor>::MakeSampled(
-    const FillT& fill, const Kernel::Counted<const Raster::DynamicBuffer>& pixels,
-    const Params& deviceToUnit, bool isOpaque, const Call& call)
-{
-    return Finish<BitmapPopulator<Processor>>(call, pixels, deviceToUnit, fill.GetUpSampler(),
-                                              call.context.downResampler, fill.GetExtendType(),
-                                              isOpaque);
+    const auto pixels = getPixels(format, profiles, deviceToUnit);
+    if (!pixels)
+        return false;
+    // Only pixels of bitmaps stay as they are, so that it pays to know them.
+    constexpr bool isBitmap = std::is_same_v<FillT, FillBitmap>;
+    const PopulatorContext& context = call.context;
+    const bool isOpaque = isBitmap && context.bitmaps.IsOpaque(pixels);
+    auto up = fill.GetUpSampler();
+    auto down = context.downResampler;
+    if (context.degradesBitmaps) {
+        up = Raster::GetCheaper(up);
+        if (isBitmap) // halved pixels are read as they are
+            down = Raster::ResamplerType::NearestNeighbour;
+    }
+    return Finish<Populator>(call, pixels, deviceToUnit, up, down, fill.GetExtendType(), isOpaque,
+                             std::forward<Args>(args)...);
 }
 
 template<class Processor>
@@ -174,13 +243,27 @@ bool PopulatorFactory<Processor>::MakeGradient(const FillGradient& fill, const C
     const auto geometry = GradientGeometry::Make(fill, call.fillToDevice, call.store);
     if (!geometry)
         return MakeLastStop(fill, call);
+    if constexpr (Processor::CanDither) {
+        if (call.context.dithers)
+            return MakeGradientOf<true>(fill, *geometry, call);
+    }
+    return MakeGradientOf<false>(fill, *geometry, call);
+}
+
+template<class Processor>
+template<bool IsDithered>
+bool PopulatorFactory<Processor>::MakeGradientOf(const FillGradient& fill,
+                                                 const GradientGeometry& geometry, const Call& call)
+{
     auto colours = call.context.gradients.template Get<GradientColours<Processor>>(
         fill.GetGradient(), call.context.profiles);
     if constexpr (!Processor::IsAlphaOnly) { // grain leaves alpha alone
         if (colours->HasNoise())
-            return Finish<GradientPopulator<Processor, true>>(call, *geometry, std::move(colours));
+            return Finish<GradientPopulator<Processor, true, IsDithered>>(call, geometry,
+                                                                          std::move(colours));
     }
-    return Finish<GradientPopulator<Processor, false>>(call, *geometry, std::move(colours));
+    return Finish<GradientPopulator<Processor, false, IsDithered>>(call, geometry,
+                                                                   std::move(colours));
 }
 
 /// A gradient whose vector or radius has no length paints its last colour, as SVG has it.
