@@ -10,8 +10,8 @@ namespace Renderer::Coverage {
 
 namespace {
 
-/// Where an edge is at \p y, rounded down; whichever way it runs, so that edges that coincide stay
-/// together.
+/// Where an edge is at \p y, rounded down as in the walker's arithmetic; whichever way it runs, so
+/// that edges that coincide stay together.
 int GetX(const Edge& edge, int y) noexcept
 {
     const bool down = edge.y1 < edge.y2;
@@ -83,6 +83,8 @@ const unsigned char* CommonArea::GetRow(int y)
     for (std::size_t i = 0; i + 1 < m_cuts.size(); ++i)
         if (m_cuts[i] < m_cuts[i + 1])
             AddSlab(m_cuts[i], m_cuts[i + 1]);
+    for (ActiveEdge& active : m_active)
+        WalkPiece(active);
     m_covers.assign(std::size_t(m_window.Width()), 0);
     m_rows.SweepRow(y, {false, nullptr}, RowSink{m_covers.data(), m_window.left});
     return m_covers.data();
@@ -105,7 +107,7 @@ void CommonArea::FindActiveEdges(int y)
             if (Region::GetTop(edge) >= bottom)
                 break;
             if (Region::GetBottom(edge) > top)
-                m_active.push_back({&edge, i});
+                m_active.push_back({&edge, i, 0, 0, 0});
         }
     }
 }
@@ -119,18 +121,18 @@ void CommonArea::AddSlab(int top, int bottom)
         AddSlab(middle, bottom);
         return;
     }
-    WalkBoundary(top, bottom);
+    FindBoundary(top, bottom);
 }
 
 /// Finds the edges that run through a slab, from left to right by their middles.
 void CommonArea::FindCrossings(int top, int bottom)
 {
     m_crossings.clear();
-    for (const ActiveEdge& active : m_active) {
-        const Edge& edge = *active.edge;
+    for (std::size_t i = 0; i < m_active.size(); ++i) {
+        const Edge& edge = *m_active[i].edge;
         if (Region::GetTop(edge) <= top && Region::GetBottom(edge) >= bottom)
-            m_crossings.push_back(
-                {GetX(edge, top), GetX(edge, bottom), active.path, edge.y1 < edge.y2 ? 1 : -1});
+            m_crossings.push_back({GetX(edge, top), GetX(edge, bottom), m_active[i].path,
+                                   edge.y1 < edge.y2 ? 1 : -1, i});
     }
     // A full order: which rows came before must not show.
     const auto key = [](const Crossing& crossing) {
@@ -156,22 +158,48 @@ bool CommonArea::HasCrossedEdges() const noexcept
     return false;
 }
 
-/// Walks the edges at which one enters or leaves all regions.
-void CommonArea::WalkBoundary(int top, int bottom)
+/// Finds the edges at which one enters or leaves all regions.
+void CommonArea::FindBoundary(int top, int bottom)
 {
     for (Path& path : m_paths)
         path.winding = 0;
     std::fill(m_insides.begin(), m_insides.end(), 0);
-    EdgeWalker<CoverageRows> walker({m_window.left, m_row, m_window.right, m_row + 1}, m_rows);
     int outside = int(m_insides.size()); // regions that one is not inside of
     for (const Crossing& crossing : m_crossings) {
         const bool wasInside = outside == 0;
         outside -= Pass(crossing);
-        if (!wasInside && outside == 0)
-            walker.Walk({crossing.top, top, crossing.bottom, bottom});
-        else if (wasInside && outside != 0)
-            walker.Walk({crossing.bottom, bottom, crossing.top, top});
+        if (wasInside != (outside == 0))
+            AddPiece(m_active[crossing.active], wasInside ? -1 : 1, top, bottom);
     }
+}
+
+/// Notes that an edge bounds the common area between two heights.
+void CommonArea::AddPiece(ActiveEdge& active, int direction, int top, int bottom)
+{
+    if (active.direction != direction || active.bottom != top) {
+        WalkPiece(active);
+        active.direction = direction;
+        active.top = top;
+    }
+    active.bottom = bottom;
+}
+
+/// Makes cells of the piece of an edge that was found last. What is the edge's whole part in the
+/// row is walked as that of any path is, with the same outcome.
+void CommonArea::WalkPiece(ActiveEdge& active)
+{
+    if (active.direction == 0)
+        return;
+    Edge piece = *active.edge;
+    const int rowTop = m_row * SubPixelScale;
+    if (active.top > std::max(Region::GetTop(piece), rowTop) ||
+        active.bottom < std::min(Region::GetBottom(piece), rowTop + SubPixelScale))
+        piece = {GetX(*active.edge, active.top), active.top, GetX(*active.edge, active.bottom),
+                 active.bottom};
+    if ((piece.y1 < piece.y2) != (active.direction > 0))
+        piece = {piece.x2, piece.y2, piece.x1, piece.y1};
+    active.direction = 0;
+    EdgeWalker<CoverageRows>({m_window.left, m_row, m_window.right, m_row + 1}, m_rows).Walk(piece);
 }
 
 int CommonArea::Pass(const Crossing& crossing) noexcept

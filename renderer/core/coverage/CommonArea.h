@@ -16,10 +16,10 @@ using Regions = std::vector<Kernel::Counted<const Region>>;
 /// of their coverages.
 ///
 /// A row is cut at all ends of edges, and further where edges cross, down to 1/256 of a pixel.
-/// Between two cuts the edges have an order from left to right; those that bound the common area
-/// become cells as the edges of any path do. So the result is as exact as the coverage of one path:
-/// an edge is off by less than 1/256 of a pixel, along its length and at crossings. It depends on
-/// the regions and the row alone, not on what else is drawn.
+/// Between two cuts the edges have an order from left to right; the pieces that bound the common
+/// area become cells as the edges of any path do. So the result is as exact as the coverage of one
+/// path: an edge is off by less than 1/256 of a pixel, along its length and at crossings. It
+/// depends on the regions and the row alone, not on what else is drawn.
 class CommonArea
 {
 public:
@@ -49,6 +49,9 @@ private:
     {
         const Edge* edge;
         std::size_t path;
+        // The piece of the row in which it was last found to bound the area:
+        int direction; ///< 1 where one enters the area, −1 where one leaves it, 0 for none
+        int top, bottom;
     };
     /// An edge within a slab.
     struct Crossing
@@ -56,6 +59,7 @@ private:
         int top, bottom; ///< x there
         std::size_t path;
         int winding;
+        std::size_t active;
     };
 
     void AddRegion(const Region& region);
@@ -63,7 +67,9 @@ private:
     void AddSlab(int top, int bottom);
     void FindCrossings(int top, int bottom);
     bool HasCrossedEdges() const noexcept;
-    void WalkBoundary(int top, int bottom);
+    void FindBoundary(int top, int bottom);
+    void AddPiece(ActiveEdge& active, int direction, int top, int bottom);
+    void WalkPiece(ActiveEdge& active);
     /// Passes an edge. \return by how much the number of regions that one is inside of changes.
     int Pass(const Crossing& crossing) noexcept;
 
