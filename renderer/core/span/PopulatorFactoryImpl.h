@@ -126,7 +126,7 @@ template<class Processor>
 bool PopulatorFactory<Processor>::MakeBitmap(const FillBitmap& fill, const Call& call)
 {
     const auto& bitmap = fill.GetBitmap();
-    if (!bitmap)
+    if (!bitmap || !bitmap->GetBuffer())
         return false;
     const PopulatorContext& context = call.context;
     const bool reduces = context.downResampler != Raster::ResamplerType::NearestNeighbour;
