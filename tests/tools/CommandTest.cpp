@@ -194,7 +194,7 @@ TEST_F(Command, DrawsInEveryFormatAndKeepsWhatTheFileHolds)
 
 TEST_F(Command, DithersAndClipsPerfectlyWhenAsked)
 {
-    const std::string in = WriteFile(
+    const std::string in = m_folder.Write(
         "in.svg",
         MakeDocument("<linearGradient id='g'><stop offset='0' stop-color='#101010'/>"
                      "<stop offset='1' stop-color='#111111'/></linearGradient>"
@@ -202,13 +202,13 @@ TEST_F(Command, DithersAndClipsPerfectlyWhenAsked)
                      "<rect width='256' height='8' fill='url(#g)'/>"
                      "<rect x='2.5' y='12' width='9' height='4' clip-path='url(#c)'/>",
                      "width='256' height='20'"));
-    ASSERT_EQ(Run("draw " + in + " " + Path("a.png")), 0) << m_errors;
-    ASSERT_EQ(Run("draw --dither --perfect-clipping " + in + " " + Path("b.png")), 0) << m_errors;
-    EXPECT_EQ(GetPixel(Path("a.png"), 128, 0, 256, 20)[0], 17);
-    EXPECT_EQ(GetPixel(Path("b.png"), 128, 0, 256, 20)[0], 16);
-    EXPECT_EQ(GetPixel(Path("b.png"), 129, 0, 256, 20)[0], 17);
-    EXPECT_EQ(GetPixel(Path("a.png"), 2, 13, 256, 20)[3], 64);
-    EXPECT_EQ(GetPixel(Path("b.png"), 2, 13, 256, 20)[3], 128);
+    ASSERT_EQ(Draw(in, "a.png"), 0) << m_errors;
+    ASSERT_EQ(Draw(in, "b.png", "--dither --perfect-clipping"), 0) << m_errors;
+    EXPECT_EQ(GetPixel("a.png", 128, 0, 256, 20)[0], 17);
+    EXPECT_EQ(GetPixel("b.png", 128, 0, 256, 20)[0], 16);
+    EXPECT_EQ(GetPixel("b.png", 129, 0, 256, 20)[0], 17);
+    EXPECT_EQ(GetPixel("a.png", 2, 13, 256, 20)[3], 64);
+    EXPECT_EQ(GetPixel("b.png", 2, 13, 256, 20)[3], 128);
 }
 
 TEST_F(Command, RefusesWrongUsage)
