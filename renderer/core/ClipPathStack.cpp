@@ -232,7 +232,7 @@ const ClipState& ClipPathStack::Update(const RectT<int>& rect, bool isExact)
     }
     if (level.isExact != isExact)
         level.states.clear();
-    level.isExact = m_work.isExact = isExact;
+    level.isExact = isExact;
     if (level.states.empty()) {
         level.rect = rect;
     } else if (!level.rect.Contains(rect)) {
@@ -241,12 +241,13 @@ const ClipState& ClipPathStack::Update(const RectT<int>& rect, bool isExact)
         const bool areSound = !level.rect.IsEmpty() && !rect.IsEmpty();
         level.rect = areSound ? level.rect.Union(rect) : rect;
     }
+    ClipWork work{isExact, m_store, m_area};
     while (level.states.size() < level.paths.size()) {
         ClipState state{level.rect, {}, {}};
         if (!level.states.empty())
             state = level.states.back();
         // No path can widen the window, so later ones need to be known within it alone.
-        level.paths[level.states.size()].Narrow(state, m_work);
+        level.paths[level.states.size()].Narrow(state, work);
         level.states.push_back(std::move(state));
     }
     return level.states.back();

@@ -27,9 +27,9 @@ struct ClipWork
 {
     /// Whether pixels that several paths cover in part get the area that these have in common,
     /// rather than the product of the coverages.
-    bool isExact = false;
-    Coverage::CoverageStore store;
-    Coverage::CommonArea area;
+    bool isExact;
+    Coverage::CoverageStore& store;
+    Coverage::CommonArea& area;
 };
 
 /// One clip path in device coordinates, or a group of them that are united.
@@ -160,7 +160,8 @@ private:
     std::vector<Level> m_levels{1};
     std::size_t m_depth = 0; // the one in force
     ClipState m_everything;
-    ClipWork m_work;
+    Coverage::CoverageStore m_store;
+    Coverage::CommonArea m_area;
 };
 
 } // namespace Renderer

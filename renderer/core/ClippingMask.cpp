@@ -146,9 +146,11 @@ ClippingMask MakeClippingMask(const Counted<const DynamicBuffer>& mask,
         const RectT<int> whole = RoundToPixels(device);
         return {bytes, {whole.left, whole.top}, CommonPart(needed, whole)};
     }
-    ClipState part{needed, {}};
+    ClipState part{needed, {}, {}};
+    Coverage::CommonArea area;
+    ClipWork work{false, store, area};
     const Geometry::PolyPolygonType<double> outline(placement.rect);
-    ClipPath(MapPolygons(outline, placement.current), false).Narrow(part, store);
+    ClipPath(MapPolygons(outline, placement.current), false).Narrow(part, work);
     if (part.window.IsEmpty())
         return nothing;
     ClippingMask made{MakeBytes(bytes, deviceToUnit, placement, within, part),
