@@ -1,6 +1,7 @@
 # What the libraries stand on. Every dependency is an imported target named here once.
 find_package(PkgConfig REQUIRED)
 find_package(TBB REQUIRED)
+pkg_check_modules(CBOR REQUIRED IMPORTED_TARGET libcbor)
 find_package(PNG REQUIRED)
 find_package(JPEG REQUIRED)
 pkg_check_modules(TIFF REQUIRED IMPORTED_TARGET libtiff-4>=4.5)

@@ -1,9 +1,12 @@
 #pragma once
 
-#include <bit>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 #include <type_traits>
+
+#include <kernel/String.h>
 
 namespace Kernel {
 
@@ -21,10 +24,30 @@ public:
         Mix(static_cast<std::uint64_t>(value));
     }
 
-    /// Adds a number; −0 hashes as 0, since the two compare equal.
+    /// Adds bytes: eight at a time, then the rest with its length.
+    void AddToHash(const void* data, std::size_t size) noexcept
+    {
+        const auto* bytes = static_cast<const unsigned char*>(data);
+        std::uint64_t word = 0;
+        for (; size >= sizeof word; size -= sizeof word, bytes += sizeof word) {
+            std::memcpy(&word, bytes, sizeof word);
+            Mix(word);
+        }
+        if (size == 0)
+            return;
+        word = 0;
+        std::memcpy(&word, bytes, size);
+        Mix(word ^ std::uint64_t{size} << 56);
+    }
+
+    /// Adds the bytes of a number; −0 and 0, which compare equal, count as four zero bytes.
     void Add(double value) noexcept
     {
-        Mix(std::bit_cast<std::uint64_t>(value == 0.0 ? 0.0 : value));
+        static constexpr unsigned char Zero[4] = {};
+        if (value == 0.0)
+            AddToHash(Zero, sizeof Zero);
+        else
+            AddToHash(&value, sizeof value);
     }
     void Add(float value) noexcept { Add(static_cast<double>(value)); }
 
@@ -32,8 +55,7 @@ public:
     void Add(std::string_view text) noexcept
     {
         Mix(text.size());
-        for (const char c : text)
-            Mix(static_cast<unsigned char>(c));
+        AddToHash(text.data(), text.size());
     }
 
     /// Adds the identity of a consolidated or shared object.
@@ -55,5 +77,12 @@ private:
 
     std::uint64_t m_hash = 0;
 };
+
+/// Adds a text with its length.
+template<class Encoding>
+void AddToHash(HashAccumulator& hash, const StringT<Encoding>& text) noexcept
+{
+    hash.Add(std::string_view(text));
+}
 
 } // namespace Kernel

@@ -7,6 +7,9 @@
 
 namespace Kernel {
 
+class FileStore;
+class InSerialiser;
+class OutSerialiser;
 class SharedClassProperties;
 
 /// Root of the immutable value objects that many holders share: colours, fills, gradients, line
@@ -16,6 +19,16 @@ class SharedClassProperties;
 class KERNEL_EXPORT SharedSerialisable : public virtual Countable
 {
 public:
+    /// Writes the members as items, those of the base class first. The default writes none.
+    virtual void Save(OutSerialiser& out) const;
+
+    /// Reads the members of a fresh object; what the file does not hold takes its default.
+    /// \param in the items of this object; valid during the call.
+    /// \param store where delay-loaded payloads stay.
+    /// \param version the version of the class that wrote the object.
+    /// \return false when the object cannot exist without what is missing; it is discarded then.
+    virtual bool Load(const InSerialiser& in, FileStore& store, unsigned short version);
+
     /// Adds every member that CompareMembers looks at to the look-up key.
     virtual void AccumulateHash(HashAccumulator& hash) const = 0;
 
@@ -36,7 +49,9 @@ public:
     bool IsConsolidated() const noexcept { return m_record != nullptr; }
 
     /// Whether both have the same dynamic type and equal members.
-    bool IsEqual(const SharedSerialisable& other) const;
+    bool Equals(const SharedSerialisable& other) const;
+    /// The same for references that may be null; two nulls are equal.
+    static bool Equals(const SharedSerialisable* a, const SharedSerialisable* b);
 
 protected:
     SharedSerialisable() noexcept = default;

@@ -71,7 +71,7 @@ TEST(Consolidation, OneObjectPerValueAndClass)
     const auto other = Kernel::SharedClassProperties::ConsolidateObjectSacrifice(
         Counted<Number>(new OtherNumber(2)));
     EXPECT_NE(two, other);
-    EXPECT_FALSE(two->IsEqual(*other));
+    EXPECT_FALSE(two->Equals(*other));
 }
 
 TEST(Consolidation, CopyOfCanonicalObjectIsAFreshValue)
@@ -79,7 +79,7 @@ TEST(Consolidation, CopyOfCanonicalObjectIsAFreshValue)
     const Consolidated<Number> six = Number::Create(6);
     Counted<Number> copy(new Number(*six));
     EXPECT_FALSE(copy->IsConsolidated());
-    EXPECT_TRUE(copy->IsEqual(*six));
+    EXPECT_TRUE(copy->Equals(*six));
     copy.Reset(); // must leave the entry of the original alone
     EXPECT_EQ(six, Number::Create(6));
     for (int value = 8; value < 30; value += 2) // and so must others of its hash

@@ -15,6 +15,7 @@ tools     kernel|geometry|raster|renderer|tools'
 # Third-party header and the files that may include it, as regular expressions.
 rooms='
 tbb/.*             kernel/ParallelForTBB\.cpp
+cbor\.h            kernel/(CborReader|SavedWriter)\.cpp
 agg_.*             renderer/core/coverage/.*
 lcms2\.h           raster/ICC[^/]*
 png\.h             raster/P(ng|NG)[^/]*

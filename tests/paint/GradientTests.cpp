@@ -174,7 +174,7 @@ TEST(FillGradient, CorrectionRulesByType)
     const FillGradient beyond(FillGradient::Radial, BlackToWhite(), true, FillGradient::Pad,
                               {3, 4});
     EXPECT_NEAR(beyond.GetFocus().y, 0.8, 1e-12);
-    EXPECT_FALSE(beyond.IsEqual(
+    EXPECT_FALSE(beyond.Equals(
         FillGradient(FillGradient::Radial, BlackToWhite(), true, FillGradient::Pad, {0.5, 0.8})));
 }
 

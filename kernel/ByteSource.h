@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace Kernel {
+
+/// Bytes that are read at any place: an open file, or memory. Safe from many threads.
+class ByteSource
+{
+public:
+    /// Opens a file. What cannot be read at any place, such as a pipe, is read into memory, up to
+    /// 1 GiB. \throws std::system_error
+    explicit ByteSource(const std::filesystem::path& path);
+    explicit ByteSource(std::vector<unsigned char> memory) noexcept;
+    ByteSource(const ByteSource&) = delete;
+    ByteSource& operator=(const ByteSource&) = delete;
+    ~ByteSource();
+
+    std::uint64_t GetSize() const noexcept { return m_size; }
+
+    /// Fills \p bytes from \p offset on.
+    /// \throws FormatException beyond the end, std::system_error when reading fails.
+    void Read(std::uint64_t offset, std::span<unsigned char> bytes) const;
+
+    /// The bytes where they are, if they are in memory; empty for a file.
+    std::span<const unsigned char> GetMemory() const noexcept { return m_memory; }
+
+private:
+    int m_file = -1; // descriptor, -1 for memory
+    std::uint64_t m_size = 0;
+    std::vector<unsigned char> m_memory;
+};
+
+} // namespace Kernel

@@ -1,0 +1,158 @@
+#include <kernel/FileStore.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+
+#include "ByteSource.h"
+#include "CborReader.h"
+#include "SavedFormat.h"
+
+namespace Kernel {
+namespace {
+
+using Kind = CborItem::Kind;
+
+/// The head of a data item at \p offset.
+struct Head
+{
+    unsigned majorType;
+    std::uint64_t argument;
+    std::uint64_t end; ///< offset behind it
+};
+
+/// Reads heads through a small window, so that many small payloads do not take a call of the system
+/// each.
+class HeadReader
+{
+public:
+    explicit HeadReader(const ByteSource& source) noexcept : m_source(source) {}
+
+    /// The head alone, of an item that may be larger than memory: its argument is encoded like an
+    /// unsigned integer, and read as one.
+    Head Read(std::uint64_t offset)
+    {
+        constexpr std::uint64_t MaxHeadSize = 9;
+        const std::uint64_t size = std::min(MaxHeadSize, m_source.GetSize() - offset);
+        Fetch(offset, size);
+        std::array<unsigned char, MaxHeadSize> bytes = {};
+        std::memcpy(bytes.data(), m_window.data() + (offset - m_begin),
+                    static_cast<std::size_t>(size));
+        const unsigned majorType = bytes[0] >> 5U;
+        bytes[0] &= 0x1fU;
+        CborReader reader({bytes.data(), static_cast<std::size_t>(size)},
+                          static_cast<std::size_t>(offset));
+        const std::uint64_t argument = reader.Next().value;
+        return {majorType, argument, offset + reader.GetPosition()};
+    }
+
+private:
+    void Fetch(std::uint64_t offset, std::uint64_t size)
+    {
+        if (offset >= m_begin && offset + size <= m_begin + m_window.size())
+            return;
+        constexpr std::uint64_t WindowSize = 4096;
+        m_window.resize(
+            static_cast<std::size_t>(std::min(WindowSize, m_source.GetSize() - offset)));
+        m_begin = offset;
+        m_source.Read(offset, m_window);
+    }
+
+    const ByteSource& m_source;
+    std::uint64_t m_begin = 0;
+    std::vector<unsigned char> m_window;
+};
+
+constexpr unsigned UnsignedType = 0;
+constexpr unsigned BytesType = 2;
+constexpr unsigned ArrayType = 4;
+
+void CheckMagic(const ByteSource& source)
+{
+    constexpr std::size_t Size = sizeof SavedFormat::Magic;
+    std::array<unsigned char, Size> magic = {};
+    const std::size_t available = std::min<std::uint64_t>(Size, source.GetSize());
+    source.Read(0, std::span(magic).first(available));
+    if (std::memcmp(magic.data(), SavedFormat::Magic, Size - 1) != 0)
+        throw FormatException("not a file of saved values", 0);
+    if (magic.back() != SavedFormat::Version)
+        throw FormatException("the file is of another version of the format", Size - 1);
+}
+
+} // namespace
+
+FileStore::FileStore(std::unique_ptr<ByteSource> source) : m_source(std::move(source))
+{
+    ReadDirectory();
+}
+
+FileStore::~FileStore() = default;
+
+Counted<FileStore> FileStore::Open(const std::filesystem::path& path)
+{
+    return Counted<FileStore>(new FileStore(std::make_unique<ByteSource>(path)));
+}
+
+Counted<FileStore> FileStore::FromMemory(std::vector<unsigned char> bytes)
+{
+    return Counted<FileStore>(new FileStore(std::make_unique<ByteSource>(std::move(bytes))));
+}
+
+std::uint64_t FileStore::GetFileSize() const noexcept
+{
+    return m_source->GetSize();
+}
+
+void FileStore::ReadDirectory()
+{
+    CheckMagic(*m_source);
+    HeadReader heads(*m_source);
+    const std::uint64_t fileSize = m_source->GetSize();
+    const Head length = heads.Read(sizeof SavedFormat::Magic);
+    if (length.majorType != UnsignedType || length.end != SavedFormat::HeaderSize)
+        throw FormatException("the length of the objects is missing", sizeof SavedFormat::Magic);
+    if (length.argument >= fileSize - length.end ||
+        length.argument > SavedFormat::MaxObjectsEnd - length.end)
+        throw FormatException("the objects are longer than the file", sizeof SavedFormat::Magic);
+    m_objectsEnd = length.end + length.argument;
+
+    const Head array = heads.Read(m_objectsEnd);
+    // Each payload belongs to an item, which bounds what the directory takes.
+    if (array.majorType != ArrayType || array.argument > fileSize - array.end ||
+        array.argument > length.argument / SavedFormat::MinItemSize)
+        throw FormatException("the payloads are not an array that the file can hold", m_objectsEnd);
+    std::uint64_t offset = array.end;
+    for (std::uint64_t i = 0; i < array.argument; ++i) {
+        const Head payload = heads.Read(offset);
+        if (payload.majorType != BytesType)
+            throw FormatException("a payload is not a string of bytes", offset);
+        if (payload.argument > fileSize - payload.end)
+            throw FormatException("a payload is longer than the file", offset);
+        m_payloads.push_back({payload.end, payload.argument});
+        offset = payload.end + payload.argument;
+    }
+    if (offset != fileSize)
+        throw FormatException("bytes behind the last payload", offset);
+}
+
+void FileStore::ReadPayload(std::size_t index, std::uint64_t offset,
+                            std::span<unsigned char> bytes) const
+{
+    const Payload& payload = m_payloads[index];
+    if (offset > payload.size || bytes.size() > payload.size - offset)
+        throw FormatException("read beyond the end of a payload", payload.offset);
+    m_source->Read(payload.offset + offset, bytes);
+}
+
+std::span<const unsigned char> FileStore::ReadObjects(std::vector<unsigned char>& memory) const
+{
+    const auto size = static_cast<std::size_t>(m_objectsEnd);
+    if (!m_source->GetMemory().empty())
+        return m_source->GetMemory().first(size);
+    memory.resize(size);
+    m_source->Read(0, memory);
+    return memory;
+}
+
+} // namespace Kernel
