@@ -10,7 +10,7 @@
 namespace Kernel {
 
 /// One data item of CBOR without what it contains, or one of the container's items that are made of
-/// a tag and its content.
+/// several.
 struct CborItem
 {
     enum class Kind : unsigned char
@@ -26,7 +26,8 @@ struct CborItem
         Bool,
         Null,
         Other, ///< well-formed, and nothing that the container uses
-        // Made of a tag and its content:
+        // Made of several:
+        Structure, ///< a nested class item
         Doubles,   ///< little-endian, in data
         Object,    ///< value is the object's index
         Reference, ///< value is the index of the object meant

@@ -33,6 +33,8 @@ public:
     /// unsigned integer, and read as one.
     Head Read(std::uint64_t offset)
     {
+        if (offset >= m_source.GetSize())
+            throw FormatException("the file ends where an item should be", offset);
         constexpr std::uint64_t MaxHeadSize = 9;
         const std::uint64_t size = std::min(MaxHeadSize, m_source.GetSize() - offset);
         Fetch(offset, size);

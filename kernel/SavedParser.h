@@ -30,7 +30,6 @@ struct SavedClass
 {
     ClassUID uid;
     std::uint64_t version;
-    std::size_t position;
 };
 
 /// Walks over the objects of a saved file and checks every rule of the container.
@@ -43,7 +42,7 @@ struct SavedClass
 ///     of the table;
 ///   - `BeginItem(IDTag, position)`, then `Value(CborItem, position)` for each value within the
 ///   item,
-///     containers before their contents, and `EndContainer()` after them;
+///     containers before their contents, and `EndContainer()` after all of them but objects;
 ///   - `SkipObject(index, position)`: answers the position behind an object that was seen before
 ///     (when part of a file is walked again) and the next index, or 0 for a new one;
 ///   - `CheckReference(index)` and `CheckPayload(index)` answer whether there is such a thing.
@@ -77,33 +76,22 @@ public:
     }
 
     /// Reads the items of a nested class item again, onto the end of the table.
-    /// \param item the entry that is a class item, as FindClass tells.
-    void ParseClassAgain(SavedEntry item)
+    /// \pre \p item is a structure.
+    void ParseStructureAgain(const SavedEntry& item)
     {
-        m_in.SetPosition(item.position);
+        ReadStructureHead(item);
         m_nextObject = item.firstObject;
-        m_in.Next(); // the array of three
-        ParseClassHead();
         ParseMap();
     }
     /// Drops the entries behind the first \p count.
     void DropEntries(std::size_t count) { m_entries.resize(count); }
 
-    /// Whether an entry is a nested class item, and its head.
-    bool FindClass(const SavedEntry& item, SavedClass& found)
+    /// The head of a nested class item. \pre \p item is a structure.
+    SavedClass ReadStructureHead(const SavedEntry& item)
     {
-        if (item.value.kind != Kind::Array || item.value.value != 3)
-            return false;
         m_in.SetPosition(item.position);
-        m_in.Next();
-        const std::size_t head = m_in.GetPosition();
-        const CborItem uid = m_in.Next();
-        if (uid.kind != Kind::Text || uid.value != 4 || m_in.Next().kind != Kind::Unsigned ||
-            m_in.Next().kind != Kind::Map)
-            return false;
-        m_in.SetPosition(head);
-        found = ParseClassHead();
-        return true;
+        m_in.Next(); // the array of three
+        return ParseClassHead();
     }
 
     /// Calls \p use with every element of an array that was walked before.
@@ -142,14 +130,15 @@ private:
         CborItem item = m_in.Next();
         switch (item.kind) {
         case Kind::Array:
+            if (item.value == 3 && IsAtClass())
+                return ParseStructure(position);
             m_sink.Value(item, position);
             ParseArray(item, position);
             return item;
         case Kind::Map: {
             m_sink.Value(item, position);
             const Level level(*this, position);
-            const std::size_t first = ParseItems(item, position);
-            DropEntries(first);
+            DropEntries(ParseItems(item, position));
             m_sink.EndContainer();
             return item;
         }
@@ -189,7 +178,7 @@ private:
             return item;
         }
         default: { // of no meaning here, and so is what it marks
-            const CborItem other;
+            const CborItem other = {Kind::Tag, tag, nullptr};
             m_sink.Value(other, position);
             const Level level(*this, position);
             ParseValue();
@@ -235,14 +224,37 @@ private:
         return object;
     }
 
-    SavedClass ParseClassHead()
+    /// Whether what follows the head of an array of three makes it a nested class item.
+    bool IsAtClass()
     {
         const std::size_t position = m_in.GetPosition();
+        const CborItem uid = m_in.Next();
+        const bool isClass = uid.kind == Kind::Text && uid.value == 4 &&
+                             m_in.Next().kind == Kind::Unsigned && m_in.Next().kind == Kind::Map;
+        m_in.SetPosition(position);
+        return isClass;
+    }
+
+    CborItem ParseStructure(std::size_t position)
+    {
+        const CborItem structure = {Kind::Structure, 0, nullptr};
+        m_sink.Value(structure, position);
+        const Level arrayLevel(*this, position);
+        const Level mapLevel(*this, position);
+        m_sink.BeginStructure(ParseClassHead());
+        DropEntries(ParseMap());
+        m_sink.EndContainer();
+        return structure;
+    }
+
+    SavedClass ParseClassHead()
+    {
         const ClassUID uid(ParseCode("a class identifier is not a text of four bytes"));
+        const std::size_t versionPosition = m_in.GetPosition();
         const CborItem version = m_in.Next();
         if (version.kind != Kind::Unsigned)
-            m_in.Fail("a class version is not a number", position);
-        return {uid, version.value, position};
+            m_in.Fail("a class version is not a number", versionPosition);
+        return {uid, version.value};
     }
 
     /// A text of four bytes, which every item begins with.

@@ -143,15 +143,15 @@ bool SavedReader::FindObject(const CborItem& item, Serialisable*& object) const
 bool SavedReader::LoadClass(const SavedEntry& entry, InSerialiser::ClassLoader load,
                             const void* context)
 {
-    SavedClass head;
-    if (!m_parser.FindClass(entry, head))
+    if (entry.value.kind != CborItem::Kind::Structure)
         return false;
+    const SavedClass head = m_parser.ReadStructureHead(entry);
     if (const ClassPropertiesBase* const record = FindRecord(head.uid))
         CheckVersion(head, *record);
     if (head.version > std::numeric_limits<unsigned short>::max())
         return false;
     const std::size_t first = m_parser.GetEntries().size();
-    m_parser.ParseClassAgain(entry);
+    m_parser.ParseStructureAgain(SavedEntry(entry));
     const InSerialiser in(*this, first, m_parser.GetEntries().size() - first);
     const bool loaded = load(context, in, head.uid, static_cast<unsigned short>(head.version));
     m_parser.DropEntries(first);

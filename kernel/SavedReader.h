@@ -40,6 +40,7 @@ public:
     /// @{
     void BeginObject(const SavedClass& head);
     void EndObject(std::size_t firstEntry);
+    void BeginStructure(const SavedClass&) noexcept {}
     void BeginItem(IDTag, std::size_t) noexcept {}
     void Value(const CborItem&, std::size_t) noexcept {}
     void EndContainer() noexcept {}

@@ -63,9 +63,9 @@ TEST(ColourEquality, OneObjectPerValue)
 
     // Attributes are equal within a millionth, though such objects may stay apart.
     const auto close = ColourRGB::CreateFakeTemporary(red, 0.5000005, 2.0, "Brand");
-    EXPECT_TRUE(close->IsEqual(*colour));
+    EXPECT_TRUE(close->Equals(*colour));
     close->SetOverprint(true);
-    EXPECT_FALSE(close->IsEqual(*colour));
+    EXPECT_FALSE(close->Equals(*colour));
     EXPECT_FALSE(close->IsConsolidated());
     EXPECT_EQ(close->Clone()->GetGlobalName(), "Brand");
     EXPECT_TRUE(close->Clone()->IsOverprint());

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "DrawCommand.h"
+#include "InspectCommand.h"
 
 namespace {
 
@@ -36,6 +37,14 @@ void AddDraw(CLI::App& app, Command::DrawOptions& options)
     draw->add_option("--target", options.target, "What is drawn on")->capture_default_str();
 }
 
+CLI::App* AddInspect(CLI::App& app, std::string& path)
+{
+    CLI::App* inspect = app.add_subcommand("inspect", "Print a file of saved values as a tree");
+    inspect->add_option("FILE", path, "The file; what is wrong with a damaged one is told")
+        ->required();
+    return inspect;
+}
+
 int Fail(int status, const char* message)
 {
     std::fprintf(stderr, "renderer: %s\n", message);
@@ -46,13 +55,18 @@ int Fail(int status, const char* message)
 
 int main(int argc, char** argv)
 {
-    CLI::App app("Draws vector drawings.", "renderer");
+    CLI::App app("Draws vector drawings and shows saved values.", "renderer");
     app.require_subcommand(1);
     Command::DrawOptions options;
     AddDraw(app, options);
+    std::string saved;
+    const CLI::App* const inspect = AddInspect(app, saved);
     try {
         app.parse(argc, argv);
-        Command::Draw(options);
+        if (inspect->parsed())
+            Command::Inspect(saved);
+        else
+            Command::Draw(options);
         return 0;
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : UsageError;

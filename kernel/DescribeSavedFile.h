@@ -1,0 +1,14 @@
+#pragma once
+
+#include <kernel/FileStore.h>
+#include <kernel/OutStream.h>
+
+namespace Kernel {
+
+/// Writes what a file of saved values holds as text: a tree of objects, with a line for each item
+/// and payload. Objects need not be of known classes.
+/// \throws FormatException when the file is damaged, after what lies before the damage was written;
+///         OutStream::WriteException
+KERNEL_EXPORT void DescribeSavedFile(const FileStore& store, OutStream& out);
+
+} // namespace Kernel
