@@ -1,4 +1,4 @@
-#include "ByteSource.h"
+#include <kernel/ByteSource.h>
 
 #include <algorithm>
 #include <array>

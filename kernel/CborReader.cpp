@@ -1,4 +1,4 @@
-#include "CborReader.h"
+#include <kernel/CborReader.h>
 
 #include <bit>
 

@@ -11,7 +11,7 @@
 
 #include <kernel/ClassPropertiesBase.h>
 
-#include "SavedParser.h"
+#include <kernel/SavedParser.h>
 
 namespace Kernel {
 namespace {

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <utility>
 
-#include "ByteSource.h"
-#include "CborReader.h"
-#include "SavedFormat.h"
+#include <kernel/ByteSource.h>
+#include <kernel/CborReader.h>
+#include <kernel/SavedFormat.h>
 
 namespace Kernel {
 namespace {

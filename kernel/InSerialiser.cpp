@@ -6,7 +6,7 @@
 
 #include <kernel/DelayLoadHolder.h>
 
-#include "SavedReader.h"
+#include <kernel/SavedReader.h>
 
 namespace Kernel {
 namespace {

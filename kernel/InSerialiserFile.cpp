@@ -3,7 +3,7 @@
 #include <kernel/FileStore.h>
 #include <kernel/FormatException.h>
 
-#include "SavedReader.h"
+#include <kernel/SavedReader.h>
 
 namespace Kernel {
 

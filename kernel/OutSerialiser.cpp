@@ -1,6 +1,6 @@
 #include <kernel/OutSerialiser.h>
 
-#include "SavedWriter.h"
+#include <kernel/SavedWriter.h>
 
 namespace Kernel {
 namespace {

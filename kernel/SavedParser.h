@@ -11,8 +11,8 @@
 
 #include <kernel/FourCharCode.h>
 
-#include "CborReader.h"
-#include "SavedFormat.h"
+#include <kernel/CborReader.h>
+#include <kernel/SavedFormat.h>
 
 namespace Kernel {
 

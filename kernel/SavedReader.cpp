@@ -1,4 +1,4 @@
-#include "SavedReader.h"
+#include <kernel/SavedReader.h>
 
 #include <limits>
 

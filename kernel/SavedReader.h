@@ -17,7 +17,7 @@
 #include <kernel/Serialisable.h>
 #include <kernel/SharedSerialisable.h>
 
-#include "SavedParser.h"
+#include <kernel/SavedParser.h>
 
 namespace Kernel {
 

@@ -1,4 +1,4 @@
-#include "SavedWriter.h"
+#include <kernel/SavedWriter.h>
 
 #include <algorithm>
 #include <limits>
@@ -9,7 +9,7 @@
 #include <kernel/ClassProperties.h>
 #include <kernel/SharedClassProperties.h>
 
-#include "SavedFormat.h"
+#include <kernel/SavedFormat.h>
 
 namespace Kernel {
 namespace {

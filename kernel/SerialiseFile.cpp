@@ -2,7 +2,7 @@
 
 #include <kernel/FileOutStream.h>
 
-#include "SavedWriter.h"
+#include <kernel/SavedWriter.h>
 
 namespace Kernel {
 namespace {
