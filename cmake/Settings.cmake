@@ -34,6 +34,13 @@ if(RENDERER_SANITIZE)
   endif()
 endif()
 
+if(RENDERER_BUILD_FUZZERS)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "RENDERER_BUILD_FUZZERS needs clang: -DCMAKE_CXX_COMPILER=clang++")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 add_library(project_options INTERFACE)
 target_compile_options(project_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror
                                                  -ffp-contract=off)

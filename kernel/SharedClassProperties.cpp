@@ -1,46 +1,83 @@
 #include <kernel/SharedClassProperties.h>
 
 #include <mutex>
-#include <unordered_map>
 #include <vector>
 
 namespace Kernel {
 
+/// A hash table whose entries are the canonical instances themselves, chained.
 struct SharedClassProperties::Table
 {
-    /// The count has an address of its own here: it is a virtual base, and the way to it from an
-    /// object that another thread is destroying would read what the destructor changes.
-    struct Instance
-    {
-        const SharedSerialisable* object;
-        const Countable* count;
-    };
-
     /// Candidates are retained before they are looked at, because an entry whose count is 0 belongs
     /// to an object under destruction. They are released after the lock: the last release removes
     /// the candidate's own entry, which takes the lock again.
     using Candidates = std::vector<Counted<const SharedSerialisable>>;
 
+    const SharedSerialisable*& GetChain(std::uint64_t hash) noexcept
+    {
+        return chains[static_cast<std::size_t>(hash) & (chains.size() - 1)];
+    }
+
     /// \return the instance that equals \p object, with one reference added, or null.
     const SharedSerialisable* Find(const SharedSerialisable& object, std::uint64_t hash,
-                                   Candidates& candidates) const
+                                   Candidates& candidates)
     {
-        const auto [first, last] = instances.equal_range(hash);
-        for (auto entry = first; entry != last; ++entry) {
-            const auto [candidate, count] = entry->second;
-            if (!count->TryRetain())
+        for (const auto* entry = GetChain(hash); entry; entry = entry->m_next) {
+            if (entry->m_hash != hash || !entry->m_count->TryRetain())
                 continue;
-            candidates.push_back(Counted<const SharedSerialisable>::Adopt(candidate));
-            if (candidate->CompareMembers(object)) {
-                candidate->Retain();
-                return candidate;
+            candidates.push_back(Counted<const SharedSerialisable>::Adopt(entry));
+            if (entry->CompareMembers(object)) {
+                entry->Retain();
+                return entry;
             }
         }
         return nullptr;
     }
 
-    mutable std::mutex mutex;
-    std::unordered_multimap<std::uint64_t, Instance> instances;
+    /// \pre the object's hash is set.
+    void Add(const SharedSerialisable& object)
+    {
+        if (count == chains.size())
+            Grow();
+        Link(object);
+        ++count;
+    }
+
+    void Remove(const SharedSerialisable& object) noexcept
+    {
+        const SharedSerialisable** link = &GetChain(object.m_hash);
+        while (*link != &object)
+            link = &(*link)->m_next;
+        *link = object.m_next;
+        --count;
+    }
+
+    std::mutex mutex;
+    std::size_t count = 0;
+
+private:
+    void Link(const SharedSerialisable& object) noexcept
+    {
+        const SharedSerialisable*& chain = GetChain(object.m_hash);
+        object.m_next = chain;
+        chain = &object;
+    }
+
+    void Grow()
+    {
+        std::vector<const SharedSerialisable*> old(2 * chains.size());
+        chains.swap(old);
+        for (const SharedSerialisable* entry : old) {
+            while (entry) {
+                const SharedSerialisable* const next = entry->m_next;
+                Link(*entry);
+                entry = next;
+            }
+        }
+    }
+
+    std::vector<const SharedSerialisable*> chains =
+        std::vector<const SharedSerialisable*>(16); // a power of two
 };
 
 namespace {
@@ -70,7 +107,7 @@ SharedClassProperties::~SharedClassProperties() = default;
 std::size_t SharedClassProperties::GetInstanceCount() const
 {
     const std::lock_guard lock(m_table->mutex);
-    return m_table->instances.size();
+    return m_table->count;
 }
 
 const SharedSerialisable* SharedClassProperties::FindCanonical(const SharedSerialisable& object)
@@ -80,7 +117,7 @@ const SharedSerialisable* SharedClassProperties::FindCanonical(const SharedSeria
         return &object;
     }
     const std::uint64_t hash = FindHash(object);
-    const Table& table = *object.GetObjectSharedClassProperties().m_table;
+    Table& table = *object.GetObjectSharedClassProperties().m_table;
     Table::Candidates candidates; // released after the lock
     const std::lock_guard lock(table.mutex);
     return table.Find(object, hash, candidates);
@@ -98,9 +135,10 @@ const SharedSerialisable* SharedClassProperties::Consolidate(SharedSerialisable&
     const std::lock_guard lock(record.m_table->mutex);
     if (const SharedSerialisable* known = record.m_table->Find(object, hash, candidates))
         return known;
-    record.m_table->instances.emplace(hash, Table::Instance{&object, &object});
-    object.m_record = &record;
     object.m_hash = hash;
+    object.m_count = &object;
+    record.m_table->Add(object);
+    object.m_record = &record;
     object.Retain();
     return &object;
 }
@@ -111,16 +149,10 @@ bool SharedClassProperties::AddAsConsolidated(const Counted<SharedSerialisable>&
     return canonical == object;
 }
 
-void SharedClassProperties::Remove(const SharedSerialisable& object, std::uint64_t hash) const
+void SharedClassProperties::Remove(const SharedSerialisable& object) const
 {
     const std::lock_guard lock(m_table->mutex);
-    const auto [first, last] = m_table->instances.equal_range(hash);
-    for (auto entry = first; entry != last; ++entry) {
-        if (entry->second.object == &object) {
-            m_table->instances.erase(entry);
-            return;
-        }
-    }
+    m_table->Remove(object);
 }
 
 } // namespace Kernel

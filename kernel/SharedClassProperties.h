@@ -70,7 +70,7 @@ private:
     static const SharedSerialisable* FindCanonical(const SharedSerialisable& object);
     /// \return the canonical instance with one reference added for the caller.
     static const SharedSerialisable* Consolidate(SharedSerialisable& object);
-    void Remove(const SharedSerialisable& object, std::uint64_t hash) const;
+    void Remove(const SharedSerialisable& object) const;
 
     Factory m_factory = nullptr;
     const SharedClassProperties* m_base = nullptr;

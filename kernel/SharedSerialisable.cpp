@@ -7,7 +7,7 @@ namespace Kernel {
 SharedSerialisable::~SharedSerialisable()
 {
     if (m_record)
-        m_record->Remove(*this, m_hash);
+        m_record->Remove(*this);
 }
 
 void SharedSerialisable::Save(OutSerialiser&) const {}

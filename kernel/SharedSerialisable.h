@@ -60,8 +60,14 @@ protected:
     SharedSerialisable& operator=(const SharedSerialisable&) = delete;
 
 private:
+    // The table of the canonical instances runs through the objects themselves; its lock guards
+    // what follows.
     const SharedClassProperties* m_record = nullptr; // set while the object is canonical
     std::uint64_t m_hash = 0;
+    mutable const SharedSerialisable* m_next = nullptr; // of those that share a place in the table
+    // The count is a virtual base, and the way to it from an object that another thread is
+    // destroying would read what the destructor changes.
+    const Countable* m_count = nullptr;
 };
 
 } // namespace Kernel

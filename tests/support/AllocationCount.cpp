@@ -6,17 +6,34 @@
 #include <cstdlib>
 #include <new>
 
+#include <malloc.h>
+
 namespace {
 
 std::atomic<unsigned long> allocations{0};
 std::atomic<long> untilFailure{-1};
+
+std::atomic<std::size_t> inUse{0};
+std::atomic<std::size_t> peak{0};
+std::atomic<std::size_t> atReset{0};
 
 void* Allocate(std::size_t size) noexcept
 {
     ++allocations;
     if (untilFailure.load() >= 0 && untilFailure-- == 0)
         return nullptr;
-    return std::malloc(size ? size : 1);
+    void* const memory = std::malloc(size ? size : 1);
+    const std::size_t now = inUse += malloc_usable_size(memory);
+    std::size_t before = peak;
+    while (before < now && !peak.compare_exchange_weak(before, now)) {
+    }
+    return memory;
+}
+
+void Free(void* memory) noexcept
+{
+    inUse -= malloc_usable_size(memory);
+    std::free(memory);
 }
 
 void* AllocateOrThrow(std::size_t size)
@@ -43,6 +60,16 @@ bool TestSupport::HasAllocationFailed()
     return untilFailure < 0;
 }
 
+std::size_t TestSupport::GetPeak()
+{
+    return peak - atReset;
+}
+
+void TestSupport::ResetPeak()
+{
+    peak = atReset = inUse.load();
+}
+
 void* operator new(std::size_t size)
 {
     return AllocateOrThrow(size);
@@ -61,17 +88,17 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 }
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    Free(memory);
 }
 void operator delete[](void* memory) noexcept
 {
-    std::free(memory);
+    Free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    Free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    Free(memory);
 }

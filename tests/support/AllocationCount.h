@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 namespace TestSupport {
 
 /// How often the program has asked for memory through operator new. For programs that
@@ -10,5 +12,10 @@ unsigned long GetAllocationCount();
 void FailAllocationAfter(long count);
 /// Whether it has failed since.
 bool HasAllocationFailed();
+
+/// The most memory from operator new that was in use at a time since the call of ResetPeak, beyond
+/// what was in use then, in bytes.
+std::size_t GetPeak();
+void ResetPeak();
 
 } // namespace TestSupport
