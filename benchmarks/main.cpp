@@ -14,6 +14,7 @@
 #include "Check.h"
 #include "FormatCases.h"
 #include "Peer.h"
+#include "SavedCases.h"
 
 namespace {
 
@@ -113,6 +114,7 @@ int main(int argc, char** argv)
         return DrawOnly(cases, argv[2], std::atoi(argv[3])) ? 0 : 1;
     Register(cases);
     RegisterFormats();
+    RegisterSaved();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

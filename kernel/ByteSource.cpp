@@ -76,13 +76,13 @@ ByteSource::ByteSource(const std::filesystem::path& path)
         m_size = static_cast<std::uint64_t>(status.st_size);
         m_file = file.Take();
     } else {
-        m_memory = ReadToEnd(file.Get());
-        m_size = m_memory.size();
+        m_memory = std::make_shared<const std::vector<unsigned char>>(ReadToEnd(file.Get()));
+        m_size = m_memory->size();
     }
 }
 
-ByteSource::ByteSource(std::vector<unsigned char> memory) noexcept
-    : m_size(memory.size()), m_memory(std::move(memory))
+ByteSource::ByteSource(std::shared_ptr<const std::vector<unsigned char>> memory) noexcept
+    : m_size(memory->size()), m_memory(std::move(memory))
 {}
 
 ByteSource::~ByteSource()
@@ -97,7 +97,7 @@ void ByteSource::Read(std::uint64_t offset, std::span<unsigned char> bytes) cons
         throw FormatException("the file is cut off", m_size);
     if (m_file < 0) {
         if (!bytes.empty())
-            std::memcpy(bytes.data(), m_memory.data() + offset, bytes.size());
+            std::memcpy(bytes.data(), m_memory->data() + offset, bytes.size());
         return;
     }
     while (!bytes.empty()) {

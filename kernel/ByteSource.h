@@ -15,7 +15,7 @@ public:
     /// Opens a file. What cannot be read at any place, such as a pipe, is read into memory, up to
     /// 1 GiB. \throws std::system_error
     explicit ByteSource(const std::filesystem::path& path);
-    explicit ByteSource(std::vector<unsigned char> memory) noexcept;
+    explicit ByteSource(std::shared_ptr<const std::vector<unsigned char>> memory) noexcept;
     ByteSource(const ByteSource&) = delete;
     ByteSource& operator=(const ByteSource&) = delete;
     ~ByteSource();
@@ -27,12 +27,15 @@ public:
     void Read(std::uint64_t offset, std::span<unsigned char> bytes) const;
 
     /// The bytes where they are, if they are in memory; empty for a file.
-    std::span<const unsigned char> GetMemory() const noexcept { return m_memory; }
+    std::span<const unsigned char> GetMemory() const noexcept
+    {
+        return m_memory ? std::span(*m_memory) : std::span<const unsigned char>();
+    }
 
 private:
     int m_file = -1; // descriptor, -1 for memory
     std::uint64_t m_size = 0;
-    std::vector<unsigned char> m_memory;
+    std::shared_ptr<const std::vector<unsigned char>> m_memory; // null for a file
 };
 
 } // namespace Kernel

@@ -96,7 +96,7 @@ Counted<FileStore> FileStore::Open(const std::filesystem::path& path)
     return Counted<FileStore>(new FileStore(std::make_unique<ByteSource>(path)));
 }
 
-Counted<FileStore> FileStore::FromMemory(std::vector<unsigned char> bytes)
+Counted<FileStore> FileStore::FromMemory(Memory bytes)
 {
     return Counted<FileStore>(new FileStore(std::make_unique<ByteSource>(std::move(bytes))));
 }
@@ -150,8 +150,8 @@ void FileStore::ReadPayload(std::size_t index, std::uint64_t offset,
 std::span<const unsigned char> FileStore::ReadObjects(std::vector<unsigned char>& memory) const
 {
     const auto size = static_cast<std::size_t>(m_objectsEnd);
-    if (!m_source->GetMemory().empty())
-        return m_source->GetMemory().first(size);
+    if (const std::span<const unsigned char> all = m_source->GetMemory(); !all.empty())
+        return all.first(size);
     memory.resize(size);
     m_source->Read(0, memory);
     return memory;

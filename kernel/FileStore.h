@@ -23,8 +23,10 @@ public:
     /// Opens a file and finds its sections.
     /// \throws FormatException when it is damaged, std::system_error when it cannot be read.
     static Counted<FileStore> Open(const std::filesystem::path& path);
+    /// A file in memory, which whoever reads it shares.
+    using Memory = std::shared_ptr<const std::vector<unsigned char>>;
     /// The same for a file in memory.
-    static Counted<FileStore> FromMemory(std::vector<unsigned char> bytes);
+    static Counted<FileStore> FromMemory(Memory bytes);
     ~FileStore() override;
 
     std::uint64_t GetFileSize() const noexcept;

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstring>
+#include <limits>
 #include <string_view>
 
 #include <kernel/DelayLoadHolder.h>

@@ -1,6 +1,5 @@
 #include <kernel/InSerialiserFile.h>
 
-#include <kernel/FileStore.h>
 #include <kernel/FormatException.h>
 
 #include <kernel/SavedReader.h>
@@ -12,7 +11,7 @@ InSerialiserFile::Object InSerialiserFile::ParseWithChecks() const
     const auto* const path = std::get_if<std::filesystem::path>(&m_source);
     const Counted<FileStore> store =
         path ? FileStore::Open(*path)
-             : FileStore::FromMemory(std::get<std::vector<unsigned char>>(m_source));
+             : FileStore::FromMemory(std::get<FileStore::Memory>(m_source));
     std::vector<unsigned char> memory;
     SavedReader reader(store->ReadObjects(memory), *store);
     reader.Read();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -8,6 +9,7 @@
 
 #include <kernel/Consolidated.h>
 #include <kernel/Counted.h>
+#include <kernel/FileStore.h>
 #include <kernel/Serialisable.h>
 #include <kernel/SharedSerialisable.h>
 
@@ -32,7 +34,9 @@ public:
     /// A file on disk; opened by ParseWithChecks.
     explicit InSerialiserFile(std::filesystem::path path) : m_source(std::move(path)) {}
     /// A file in memory.
-    explicit InSerialiserFile(std::vector<unsigned char> bytes) : m_source(std::move(bytes)) {}
+    explicit InSerialiserFile(std::vector<unsigned char> bytes)
+        : m_source(std::make_shared<const std::vector<unsigned char>>(std::move(bytes)))
+    {}
 
     /// Reads the file's object.
     /// \throws FormatException when the file is damaged or its object is of no known class or lacks
@@ -58,7 +62,7 @@ public:
 private:
     [[noreturn]] static void FailOtherClass();
 
-    std::variant<std::filesystem::path, std::vector<unsigned char>> m_source;
+    std::variant<std::filesystem::path, FileStore::Memory> m_source;
 };
 
 } // namespace Kernel

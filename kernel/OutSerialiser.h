@@ -2,7 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <functional>
+#include <iterator>
 #include <span>
 #include <type_traits>
 

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <vector>
 
 #include <kernel/DescribeSavedFile.h>
 #include <kernel/FormatException.h>
@@ -42,7 +44,8 @@ bool Describe(const Bytes& bytes)
 {
     Kernel::MemoryOutStream text;
     try {
-        Kernel::DescribeSavedFile(*Kernel::FileStore::FromMemory(bytes), text);
+        Kernel::DescribeSavedFile(
+            *Kernel::FileStore::FromMemory(std::make_shared<const Bytes>(bytes)), text);
         return true;
     } catch (const Kernel::FormatException& error) {
         Check(error.GetOffset().value_or(bytes.size() + 1) <= bytes.size(), "damage has no place");
