@@ -286,15 +286,15 @@ TEST_F(Command, NotesWhatItLeavesOut)
 
 TEST_F(Command, InspectShowsSavedValuesAndTellsWhereTheyAreDamaged)
 {
-    std::string saved = ReadFile(SAVED_GOLDEN "/box.saved");
-    EXPECT_EQ(Run("inspect " + WriteFile("saved", saved)), 0);
-    const std::string tree = ReadFile(Path("out"));
+    std::string saved = m_folder.Read(SAVED_GOLDEN "/box.saved");
+    EXPECT_EQ(Run("inspect " + m_folder.Write("saved", saved)), 0);
+    const std::string tree = m_folder.Read("out");
     EXPECT_TRUE(tree.starts_with("#0 Box_ version 1\n  name  \"outer\"\n  innr  #1")) << tree;
     EXPECT_TRUE(tree.ends_with("736 bytes, 2 payloads\n")) << tree;
 
     saved[saved.find("innr") - 1] = '\x65'; // the length of a key; what is before it is shown
-    EXPECT_EQ(Run("inspect " + WriteFile("damaged", saved)), 1);
-    EXPECT_EQ(ReadFile(Path("out")), "#0 Box_ version 1\n  name  \"outer\"\n");
+    EXPECT_EQ(Run("inspect " + m_folder.Write("damaged", saved)), 1);
+    EXPECT_EQ(m_folder.Read("out"), "#0 Box_ version 1\n  name  \"outer\"\n");
     EXPECT_EQ(m_errors,
               "renderer: " + Path("damaged") + ": byte 38: a key is not a text of four bytes\n");
     EXPECT_EQ(Run("inspect " + Path("missing")), 1);

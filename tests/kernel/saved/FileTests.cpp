@@ -1,7 +1,5 @@
 #include <atomic>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -9,7 +7,6 @@
 
 #include <csignal>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -18,6 +15,8 @@
 #include <kernel/FutureVersionException.h>
 #include <kernel/MemoryOutStream.h>
 #include <kernel/SerialiseFile.h>
+
+#include <support/TestFolder.h>
 
 #include "SavedSamples.h"
 
@@ -32,23 +31,10 @@ using WriteException = Kernel::OutStream::WriteException;
 class SavedFile : public testing::Test
 {
 protected:
-    SavedFile()
-    {
-        std::string name = (fs::temp_directory_path() / "saved-XXXXXX").string();
-        m_folder = mkdtemp(name.data());
-        m_path = m_folder / "file";
-    }
-    ~SavedFile() override { fs::remove_all(m_folder); }
+    std::string Read() const { return m_folder.Read("file"); }
 
-    std::string Read() const
-    {
-        std::ifstream file(m_path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    void Put(const std::string& text) const { std::ofstream(m_path, std::ios::binary) << text; }
-
-    fs::path m_folder;
-    fs::path m_path;
+    TestSupport::TestFolder m_folder;
+    const fs::path m_path = m_folder / "file";
 };
 
 Consolidated<Sample> MakeSample()
@@ -82,7 +68,7 @@ TEST_F(SavedFile, FailedSavesLeaveTheOldFileWhole)
     EXPECT_THROW(Kernel::SerialiseToFile(m_path, *cycle), WriteException);
     cycle->inner = nullptr;
     EXPECT_EQ(Read(), before);
-    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder), fs::directory_iterator()), 1);
+    EXPECT_EQ(m_folder.CountFiles(), 1);
 
     EXPECT_THROW(Kernel::SerialiseToFile("/sys/saved", sample), WriteException); // read-only
     EXPECT_THROW(Kernel::SerialiseToFile("/dev/full", sample), WriteException);
@@ -93,7 +79,7 @@ TEST_F(SavedFile, WhatCannotBeLoadedGivesAnEmptyReference)
     const auto load = [this] { return Kernel::SerialiseFromFile<Sample>(m_path); };
     EXPECT_EQ(load(), nullptr);
     EXPECT_THROW(InSerialiserFile(m_path).ParseWithChecks(), std::system_error);
-    EXPECT_EQ(Kernel::SerialiseFromFile<Sample>(m_folder), nullptr);
+    EXPECT_EQ(Kernel::SerialiseFromFile<Sample>(m_folder.GetPath()), nullptr);
 
     Kernel::SerialiseToFile(m_path, MakeSample());
     const std::string good = Read();
@@ -102,11 +88,11 @@ TEST_F(SavedFile, WhatCannotBeLoadedGivesAnEmptyReference)
     EXPECT_EQ(Kernel::SerialiseFromFile<Box>(m_path), nullptr);
     EXPECT_EQ(Kernel::SerialiseFromFile<Point>(m_path), nullptr);
 
-    Put(good.substr(0, good.size() - 1));
+    m_folder.Write("file", good.substr(0, good.size() - 1));
     EXPECT_EQ(load(), nullptr);
     std::string newer = good;
     newer[newer.find("Smpl") + 4] = 4;
-    Put(newer);
+    m_folder.Write("file", newer);
     EXPECT_EQ(load(), nullptr);
     EXPECT_THROW(InSerialiserFile(m_path).ParseWithChecks(), Kernel::FutureVersionException);
 }

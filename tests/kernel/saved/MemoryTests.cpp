@@ -2,8 +2,6 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include <kernel/FormatException.h>
@@ -11,6 +9,7 @@
 #include <kernel/SerialiseFile.h>
 
 #include <support/AllocationCount.h>
+#include <support/TestFolder.h>
 
 #include "SavedSamples.h"
 
@@ -21,8 +20,8 @@ namespace fs = std::filesystem;
 
 TEST(SavedMemory, ManyObjectsTakeAtMostThreeTimesTheFile)
 {
-    const fs::path path =
-        fs::temp_directory_path() / ("saved-memory-" + std::to_string(::getpid()));
+    const TestSupport::TestFolder folder;
+    const fs::path path = folder / "points";
     std::vector<Consolidated<Point>> points;
     for (int i = 0; i < 50'000; ++i)
         points.push_back(Point::Create(i, 0.5 * i, -i));
@@ -42,7 +41,6 @@ TEST(SavedMemory, ManyObjectsTakeAtMostThreeTimesTheFile)
     const double read = static_cast<double>(TestSupport::GetPeak()) / size;
     RecordProperty("read", std::to_string(read));
     EXPECT_LE(read, 3.0); // the objects themselves among it
-    fs::remove(path);
 }
 
 TEST(SavedMemory, HostileFilesTakeASmallMultipleOfTheirSize)
