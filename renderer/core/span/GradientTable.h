@@ -75,7 +75,7 @@ private:
             using Words [[gnu::vector_size(16)]] = Word;
             constexpr unsigned length = sizeof(Words) / sizeof(Word);
             for (; i + length <= count; i += length) {
-                Words words;
+                Words words{}; // compilers that do not unroll would warn otherwise
 #pragma GCC unroll 8
                 for (unsigned k = 0; k < length; ++k)
                     words[k] = std::bit_cast<Word>(at(i + k));
