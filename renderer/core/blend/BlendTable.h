@@ -24,13 +24,16 @@ public:
     using Pixel = PixelT;
 
     /// The functions that suit this processor.
-    static const SpanBlendTable& GetTable();
+    /// \param alphaOnly of the forms that change alpha alone and leave the bytes of the colour
+    ///        channels: by Erase and Mask as those do, by all other modes as Normal does.
+    static const SpanBlendSet& GetBlends(bool alphaOnly);
+    static const SpanBlendTable& GetTable() { return GetBlends(false).modes; }
 
-    /// \name The builds that GetTable chooses from
+    /// \name The builds that GetBlends chooses from
     /// @{
-    static const SpanBlendTable& GetBaselineTable();
+    static const SpanBlendSet& GetBaselineBlends(bool alphaOnly);
     /// Null where the processor cannot run it.
-    static const SpanBlendTable* GetWideTable();
+    static const SpanBlendSet* GetWideBlends(bool alphaOnly);
     /// @}
 };
 

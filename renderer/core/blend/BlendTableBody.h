@@ -4,8 +4,10 @@
 #include <type_traits>
 #include <utility>
 
+#include <renderer/core/blend/AlphaOnlyKernel.h>
 #include <renderer/core/blend/BlendTable.h>
 #include <renderer/core/blend/FlatKernel.h>
+#include <renderer/core/blend/InterpolationKernel.h>
 #include <renderer/core/blend/Processor.h>
 #include <renderer/core/blend/SolidNormal.h>
 #include <renderer/core/blend/SpanLoop.h>
@@ -129,16 +131,30 @@ constexpr SpanBlend MakeEntry()
     }
 }
 
-template<class PixelT, class Code, std::size_t... modes>
-constexpr SpanBlendTable MakeSpanBlendTable(std::index_sequence<modes...>)
+/// The entry of a mode for drawing alpha alone. Whatever a mode does to colour, it adds up alphas
+/// like Normal, but for the two that scale the backdrop.
+template<class PixelT, BlendMode mode, class Code>
+constexpr SpanBlend MakeAlphaEntry()
 {
-    return {MakeEntry<PixelT, GetFormulaMode(static_cast<BlendMode>(modes)), Code>()...};
+    constexpr BlendMode rule = IsFlat(mode) ? mode : FillBlendMode::Normal;
+    return SpanFunctions<AlphaOnlyKernel<KernelOf<PixelT, rule, Code>>>::Entry;
 }
 
-/// The table for one kind of processor.
-template<class PixelT, class Code>
-inline constexpr SpanBlendTable SpanBlendTableOf =
-    MakeSpanBlendTable<PixelT, Code>(std::make_index_sequence<FillBlendMode::Nameless + 1>{});
+template<class PixelT, class Code, bool alphaOnly, std::size_t... modes>
+constexpr SpanBlendSet MakeSpanBlendSet(std::index_sequence<modes...>)
+{
+    if constexpr (alphaOnly)
+        return {{MakeAlphaEntry<PixelT, GetFormulaMode(static_cast<BlendMode>(modes)), Code>()...},
+                InterpolationFunctions<AlphaOnlyKernel<InterpolationKernel<PixelT, Code>>>::Entry};
+    else
+        return {{MakeEntry<PixelT, GetFormulaMode(static_cast<BlendMode>(modes)), Code>()...},
+                InterpolationFunctions<InterpolationKernel<PixelT, Code>>::Entry};
+}
+
+/// The functions for one kind of processor.
+template<class PixelT, class Code, bool alphaOnly>
+inline constexpr SpanBlendSet SpanBlendSetOf = MakeSpanBlendSet<PixelT, Code, alphaOnly>(
+    std::make_index_sequence<FillBlendMode::Nameless + 1>{});
 
 static_assert(std::tuple_size_v<SpanBlendTable> == FillBlendMode::Nameless + 1,
               "one entry per blend mode");
@@ -146,21 +162,27 @@ static_assert(std::tuple_size_v<SpanBlendTable> == FillBlendMode::Nameless + 1,
 } // namespace Renderer::Blending
 
 template<class PixelT>
-const Renderer::SpanBlendTable& Renderer::RenderTargetBlender<PixelT>::GetBaselineTable()
+const Renderer::SpanBlendSet&
+Renderer::RenderTargetBlender<PixelT>::GetBaselineBlends(bool alphaOnly)
 {
-    return Blending::SpanBlendTableOf<PixelT, Blending::BaselineCode>;
+    using Code = Blending::BaselineCode;
+    return alphaOnly ? Blending::SpanBlendSetOf<PixelT, Code, true>
+                     : Blending::SpanBlendSetOf<PixelT, Code, false>;
 }
 
 template<class PixelT>
-const Renderer::SpanBlendTable* Renderer::RenderTargetBlender<PixelT>::GetWideTable()
+const Renderer::SpanBlendSet* Renderer::RenderTargetBlender<PixelT>::GetWideBlends(bool alphaOnly)
 {
-    return Blending::HasWideCode() ? &Blending::SpanBlendTableOf<PixelT, Blending::WideCode>
-                                   : nullptr;
+    using Code = Blending::WideCode;
+    if (!Blending::HasWideCode())
+        return nullptr;
+    return alphaOnly ? &Blending::SpanBlendSetOf<PixelT, Code, true>
+                     : &Blending::SpanBlendSetOf<PixelT, Code, false>;
 }
 
 template<class PixelT>
-const Renderer::SpanBlendTable& Renderer::RenderTargetBlender<PixelT>::GetTable()
+const Renderer::SpanBlendSet& Renderer::RenderTargetBlender<PixelT>::GetBlends(bool alphaOnly)
 {
-    static const SpanBlendTable& table = GetWideTable() ? *GetWideTable() : GetBaselineTable();
-    return table;
+    static const bool isWide = Blending::HasWideCode();
+    return isWide ? *GetWideBlends(alphaOnly) : GetBaselineBlends(alphaOnly);
 }

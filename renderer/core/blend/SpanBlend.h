@@ -46,4 +46,30 @@ struct SpanBlend
 /// all.
 using SpanBlendTable = std::array<SpanBlend, 33>;
 
+/// How one pixel format interpolates: every channel d of the destination, alpha included, becomes
+/// d + w·(p − d), with p the paint's and w = (c/255)^ratio · m/255 · the alpha of the weight pixel.
+struct SpanInterpolation
+{
+    /// One coverage for the whole span.
+    using RunFunction = void (*)(void* destination, const unsigned char* mask, const void* paint,
+                                 const void* weights, unsigned char cover, double gammaRatio,
+                                 unsigned length);
+    /// A coverage byte per pixel.
+    using MaskFunction = void (*)(void* destination, const unsigned char* mask, const void* paint,
+                                  const void* weights, const unsigned char* covers,
+                                  double gammaRatio, unsigned length);
+
+    /// Makes weight pixels of full alpha, for transparency populators to scale.
+    void (*beginWeights)(void* weights, unsigned length) = nullptr;
+    RunFunction run = nullptr;
+    MaskFunction mask = nullptr;
+};
+
+/// All blend functions of a pixel format.
+struct SpanBlendSet
+{
+    SpanBlendTable modes;
+    SpanInterpolation interpolation;
+};
+
 } // namespace Renderer

@@ -19,7 +19,9 @@ template<class PixelT>
 Tables GetTables()
 {
     using Blender = Renderer::RenderTargetBlender<PixelT>;
-    return {&Blender::GetTable(), &Blender::GetBaselineTable(), Blender::GetWideTable()};
+    const auto* const wide = Blender::GetWideBlends(false);
+    return {&Blender::GetTable(), &Blender::GetBaselineBlends(false).modes,
+            wide ? &wide->modes : nullptr};
 }
 
 /// The pixels of all bitmap targets.
