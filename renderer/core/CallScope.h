@@ -9,7 +9,16 @@ namespace Renderer {
 class PixelRenderTarget::CallScope
 {
 public:
-    explicit CallScope(PixelRenderTarget& target) : m_target(target) {}
+    explicit CallScope(PixelRenderTarget& target,
+                       const BlendOptions& options = BlendOptions::Identity())
+        : m_target(target)
+    {
+        const bool isAlphaOnly = target.IsAlphaOnly();
+        target.m_rasterizer.SetBlends(isAlphaOnly ? target.m_alphaBlends : target.m_blends);
+        // Ranges look at colours, and transforms may make alpha of them.
+        target.m_paintsAlphaOnly =
+            isAlphaOnly && target.m_colourTransforms.empty() && options.IsIdentityCurves();
+    }
     CallScope(const CallScope&) = delete;
     CallScope& operator=(const CallScope&) = delete;
     ~CallScope()

@@ -12,6 +12,15 @@
 
 namespace Renderer {
 
+/// How a buffer is drawn into.
+struct AlphaOnlyState
+{
+    /// How many pushes are in force that leave only alpha to be drawn.
+    unsigned depth = 0;
+    /// Pixels of the page whose colour is not premultiplied at present.
+    Kernel::RectT<int> plain{};
+};
+
 /// An open composite group of a bitmap target.
 struct CompositeGroup
 {
@@ -35,6 +44,8 @@ struct CompositeGroup
     Kernel::RectT<int> touched{};
     /// The same for the whole buffer, which may be larger.
     Kernel::RectT<int> touchedOfBuffer{};
+    /// Of the parent: inside a group drawing begins with all channels. Changes with the pixels.
+    mutable AlphaOnlyState parentAlphaOnly{};
 };
 
 /// Buffers of closed groups, kept for the next ones. They are transparent, so that a group clears

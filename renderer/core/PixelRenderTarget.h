@@ -126,9 +126,10 @@ public:
     bool TransferBitmapToSpareComposites(Kernel::Counted<Raster::DynamicBuffer> buffer) override;
 
 protected:
-    /// \param table the blend functions of the format; kept by reference.
-    PixelRenderTarget(Raster::Format format, const SpanBlendTable& table,
-                      Raster::ICCManager::ICCProfileSet profiles);
+    /// \param blends the blend functions of the format, \p alphaBlends those that change alpha
+    ///        alone; kept by reference.
+    PixelRenderTarget(Raster::Format format, const SpanBlendSet& blends,
+                      const SpanBlendSet& alphaBlends, Raster::ICCManager::ICCProfileSet profiles);
 
     /// \name What a pixel format adds
     /// Populators live in GetPopulators() until the call ends.
@@ -141,12 +142,19 @@ protected:
     virtual SpanPopulator MakeAlphaPopulator(unsigned char alpha) = 0;
     /// \return false when the present colour transforms change nothing.
     virtual bool MakeColourTransformPopulator(SpanPopulator& out) = 0;
+    /// Makes what scales paint by blend ranges. \param options must outlive it.
+    /// \return empty when no channel of the format has a range.
+    virtual SpanScaler MakeBlendRangeScaler(const BlendOptions& options) = 0;
     /// @}
 
     PopulatorStore& GetPopulators() { return m_populators; }
     const ColourTransforms& GetActiveColourTransforms() const { return m_colourTransforms; }
     /// What fills need to know about this target.
     PopulatorContext GetPopulatorContext();
+    /// Whether only alpha is drawn into the present buffer.
+    bool IsAlphaOnly() const { return m_alphaOnly.depth > 0; }
+    /// Whether the present call asks colour populators for alpha alone.
+    bool PaintsAlphaOnly() const { return m_paintsAlphaOnly; }
 
     /// How a path is turned into coverage.
     struct PathRule
@@ -170,6 +178,9 @@ protected:
     ///        present populators do without.
     bool AddFillPopulator(const FillDescriptorConst& fill, const Kernel::RectT<int>& bounds);
     void AddColourTransformPopulators();
+    /// Scales the paint by the blend ranges, where there are any. \param options must live until
+    /// the call ends.
+    void AddBlendRangePopulator(const BlendOptions& options);
     /// Adds a populator that scales by a paint's alpha; an empty descriptor or FillNone adds
     /// nothing and succeeds. \return false when nothing can be drawn.
     bool AddTransPopulator(const FillDescriptorConst& transparency,
@@ -246,8 +257,6 @@ private:
                     Kernel::PointT<int> origin);
     /// Notes that pixels of the present buffer may change.
     void Touch(const Kernel::RectT<int>& rect) const;
-    /// Closes the innermost group, if there is one, and drops it.
-    void DropComposite();
     /// Gives a closed group's buffer to the spare ones.
     void Recycle(CompositeGroup& group);
     /// Closes the innermost group and gives it back; its buffer stays alive with it.
@@ -255,10 +264,30 @@ private:
     void CopyBackdrop(const CompositeGroup& group, bool colourOnly);
     /// Paints a closed group: with \p groupRole Colour its pixels and \p fill, which may be empty,
     /// within their alpha; with Transparency the fill scaled by its alpha.
+    /// \param interpolates towards this paint, instead of blending it.
     void PaintGroup(const CompositeGroup& group, const FillDescriptorConst& fill,
-                    const FillDescriptorConst& transparency, PopulatorRole groupRole);
+                    const FillDescriptorConst& transparency, PopulatorRole groupRole,
+                    bool interpolates = false);
     /// Adds the populator that reads a group's pixels in place.
     bool AddGroupPopulator(const CompositeGroup& group, PopulatorRole role);
+
+    /// Makes the colour of \p rect of the present buffer what the next drawing needs: plain for
+    /// alpha alone, else premultiplied.
+    void PrepareColours(const Kernel::RectT<int>& rect);
+    /// Makes all colour of the present buffer premultiplied.
+    void SettleColours() const;
+    /// The same for the buffers below, too.
+    void SettleAllColours() const;
+    /// Makes a copied part of a row of the present buffer premultiplied.
+    void SettleBackdrop(int y, int left, int right, unsigned char* pixels) const;
+    /// Makes a copied part of a row of the present buffer plain colour without alpha.
+    void KeepBackdropColour(int y, int left, int right, unsigned char* pixels) const;
+    void ClearAlpha(unsigned char* pixels, unsigned count) const;
+    /// The pixel of the present buffer that page pixel (x, y) is.
+    unsigned char* GetPixels(int x, int y) const
+    {
+        return m_rasterizer.GetRow(y) + std::size_t(x - m_currentOrigin.x) * m_pixelSize;
+    }
 
     struct DeviceClip
     {
@@ -267,6 +296,8 @@ private:
     };
 
     unsigned m_pixelSize;
+    const SpanBlendSet& m_blends;
+    const SpanBlendSet& m_alphaBlends;
     RenderTargetRasterizer m_rasterizer;
     PopulatorStore m_populators;
     BitmapCache m_bitmaps;
@@ -285,6 +316,8 @@ private:
     Kernel::PointT<int> m_currentOrigin{};
     /// All pixels of the present buffer outside are as they were when it became the present one.
     mutable Kernel::RectT<int> m_touched{};
+    mutable AlphaOnlyState m_alphaOnly; // of the present buffer
+    bool m_paintsAlphaOnly = false;
 
     std::vector<DeviceClip> m_deviceClips; // what each push replaced
     ClipPathStack m_clipPaths;

@@ -58,6 +58,8 @@ void PixelRenderTarget::ShowBuffer(const Counted<DynamicBuffer>& buffer, Kernel:
 
 void PixelRenderTarget::EndNesting()
 {
+    SettleAllColours();
+    m_alphaOnly = {};
     m_groups.clear();
     m_masks.clear();
     m_clipPaths.Clear();
@@ -78,6 +80,7 @@ void PixelRenderTarget::DetachBuffer()
 
 Counted<DynamicBuffer> PixelRenderTarget::GetBuffer() const
 {
+    SettleAllColours();
     return m_buffer;
 }
 
@@ -85,6 +88,7 @@ Counted<DynamicBuffer> PixelRenderTarget::GetCurrentBuffer() const
 {
     // The caller may write anywhere.
     Touch(m_rasterizer.GetDestinationRect());
+    SettleColours();
     return m_current;
 }
 
@@ -94,11 +98,15 @@ void PixelRenderTarget::Clear()
     if (!m_current || part.IsEmpty() || IsAborting())
         return;
     const WriteScope write(*this, part);
+    PrepareColours(part);
     Kernel::ForEachTile(part, [&](const RectT<int>& tile) {
-        for (int y = tile.top; y < tile.bottom && !IsAborting(); ++y)
-            std::memset(m_rasterizer.GetRow(y) +
-                            std::size_t(tile.left - m_currentOrigin.x) * m_pixelSize,
-                        0, std::size_t(tile.Width()) * m_pixelSize);
+        const auto width = unsigned(tile.Width());
+        for (int y = tile.top; y < tile.bottom && !IsAborting(); ++y) {
+            if (IsAlphaOnly())
+                ClearAlpha(GetPixels(tile.left, y), width);
+            else
+                std::memset(GetPixels(tile.left, y), 0, std::size_t{width} * m_pixelSize);
+        }
     });
 }
 
@@ -133,7 +141,8 @@ public:
           m_deviceClips(target.m_deviceClips),
           m_clipPaths(target.m_clipPaths.Save()),
           m_masks(target.m_masks),
-          m_groups(target.m_groups)
+          m_groups(target.m_groups),
+          m_alphaOnly(target.m_alphaOnly)
     {
         for (CompositeGroup& group : m_groups)
             if (group.parent)
@@ -168,6 +177,7 @@ public:
         target.m_clipPaths.Restore(std::move(copy.clipPaths));
         target.m_masks = std::move(copy.masks);
         target.m_groups = std::move(copy.groups);
+        target.m_alphaOnly = m_alphaOnly;
         target.ShowBuffer(m_current, m_currentOrigin);
         target.Touch(target.m_rasterizer.GetDestinationRect());
     }
@@ -181,13 +191,17 @@ private:
     const ClipPathStack::Saved m_clipPaths;
     const std::vector<ClippingMask> m_masks;
     std::vector<CompositeGroup> m_groups;
+    const AlphaOnlyState m_alphaOnly;
 };
 
 BufferState PixelRenderTarget::GetBufferState() const
 {
     BufferState state{m_buffer, m_bufferRect, GetDeviceClip(), {}};
-    const bool isPlain =
-        m_deviceClips.empty() && m_masks.empty() && m_groups.empty() && m_clipPaths.IsPlain();
+    const bool isPlain = m_deviceClips.empty() && m_masks.empty() && m_groups.empty() &&
+                         m_clipPaths.IsPlain() && !IsAlphaOnly();
+    // Others may draw into the same buffers: how colour is stored in them at present must not
+    // matter.
+    SettleAllColours();
     if (m_buffer && !isPlain)
         state.nesting = Kernel::MakeCounted<const Nesting>(*this);
     return state;

@@ -18,13 +18,23 @@ using Kernel::Counted;
 using Kernel::RectT;
 using Raster::AffineTransform;
 
+namespace {
+
+bool HasBlendRanges(const BlendOptions& options)
+{
+    // Most calls have this one: looking at a dozen curves would cost small shapes something.
+    return &options != &BlendOptions::Identity() && !options.IsIdentityCurves();
+}
+
+} // namespace
+
 // ---- paint ----
 
 PopulatorContext PixelRenderTarget::GetPopulatorContext()
 {
     return {
-        GetProfiles(), GetDownResamplerType(), m_current.Get(),         m_currentOrigin, m_bitmaps,
-        m_gradients,   GetDithering(),         IsAllowDegradedBitmaps()};
+        GetProfiles(), GetDownResamplerType(), m_current.Get(),          m_currentOrigin, m_bitmaps,
+        m_gradients,   GetDithering(),         IsAllowDegradedBitmaps(), IsAlphaOnly()};
 }
 
 bool PixelRenderTarget::AddFillPopulator(const FillDescriptorConst& fill, const RectT<int>&)
@@ -75,6 +85,12 @@ void PixelRenderTarget::AddColourTransformPopulators()
     SpanPopulator populator;
     if (!m_colourTransforms.empty() && MakeColourTransformPopulator(populator))
         m_rasterizer.AddColourSpanPopulator(populator);
+}
+
+void PixelRenderTarget::AddBlendRangePopulator(const BlendOptions& options)
+{
+    if (HasBlendRanges(options))
+        m_rasterizer.SetSpanScaler(MakeBlendRangeScaler(options));
 }
 
 void PixelRenderTarget::AddOpacityPopulator(float opacity)
@@ -128,7 +144,7 @@ void PixelRenderTarget::DrawPainted(const PolyPolygon& polygons, const Transform
         device.top > visible.bottom + 1.0 || device.bottom < visible.top - 1.0)
         return;
     const RectT<int> bounds = TruncateToPixels(device).Intersect(visible);
-    CallScope scope(*this);
+    CallScope scope(*this, composition.options);
     scope.SetGammaCurve(composition.options.GetAntialiasingGamma());
     const ClippingMask& mask = GetMask();
     m_rasterizer.SelectBlend(composition.mode, composition.options.GetBlendGamma(),
@@ -136,6 +152,7 @@ void PixelRenderTarget::DrawPainted(const PolyPolygon& polygons, const Transform
     if (!addPaint(bounds))
         return;
     AddColourTransformPopulators();
+    AddBlendRangePopulator(composition.options);
     if (!AddTransPopulator(transparency, bounds))
         return;
     AddOpacityPopulator(composition.opacity);
@@ -184,8 +201,10 @@ void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
     if (exactClip)
         m_commonArea.Begin(exactClip->regions, &shape, m_rasterizer.GetBounds(true));
     if (!IsAborting()) {
-        Touch(m_rasterizer.GetBounds(antialias));
+        const RectT<int> bounds = m_rasterizer.GetBounds(antialias);
+        Touch(bounds);
         const WriteScope write(*this, GetVisibleRect());
+        PrepareColours(bounds);
         if (exactClip)
             m_rasterizer.RenderCommonArea(*clip, m_commonArea, GetAbortingPointer());
         else
@@ -245,7 +264,7 @@ void PixelRenderTarget::DrawPolyCurve(Counted<const Geometry::PolyCurveDbl> curv
     // Fill and stroke that overlap and do not simply cover what is below are one object.
     const bool plain = opacity >= 1.0F && mode == FillBlendMode::Normal &&
                        transparency.IsFillNone() && !GetMask().buffer;
-    if (filled && stroked && !plain &&
+    if (filled && stroked && (!plain || HasBlendRanges(options)) &&
         lineStyle.GetStrokeAlignment() != LineStyleDescriptorConst::Outside) {
         const RectT<double> bounds =
             lineStyle.InflateBaseRect(curve->GetBoundingBox().GetRect(), GetCurrentTransform(),
@@ -255,7 +274,11 @@ void PixelRenderTarget::DrawPolyCurve(Counted<const Geometry::PolyCurveDbl> curv
         ShapeGroup group(*this,
                          GrowToPixels(AffineTransform::MapRect(GetCurrentTransform(), bounds)),
                          {opacity, mode, options});
-        FillAndStroke(*curve, {1.0F, FillBlendMode::Normal, options}, fill, {}, lineFill, lineStyle,
+        // What is about coverage is for the shape, the ranges are for the whole.
+        BlendOptions inside;
+        inside.SetBlendGamma(options.GetBlendGamma());
+        inside.SetAntialiasingGamma(options.GetAntialiasingGamma());
+        FillAndStroke(*curve, {1.0F, FillBlendMode::Normal, inside}, fill, {}, lineFill, lineStyle,
                       {winding, smooth, smooth});
         group.Paint(transparency);
         return;

@@ -37,7 +37,8 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
                          m_deviceClips.size(),
                          m_masks.size(),
                          {},
-                         {}};
+                         {},
+                         m_alphaOnly};
     group.rect = CommonPart(group.rect, CommonPart(GetUnmaskedRect(), Coverage::GuardRect));
     if (m_current && !group.rect.IsEmpty())
         group.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(group.rect.Width()),
@@ -52,48 +53,38 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
     m_touched = {};
     if (group.buffer &&
         (init == CompositeInit::CopyBackdrop || init == CompositeInit::CopyBackdropColour)) {
-        CopyBackdrop(group, init == CompositeInit::CopyBackdropColour);
+        const bool colourOnly = init == CompositeInit::CopyBackdropColour;
+        CopyBackdrop(group, colourOnly);
         m_touched = group.rect;
+        m_alphaOnly = {0, colourOnly ? group.rect : RectT<int>{}};
+    } else {
+        m_alphaOnly = {};
     }
     PushDeviceClip(group.rect, false);
     ShowBuffer(group.buffer, {group.rect.left, group.rect.top});
     m_groups.push_back(std::move(group));
 }
 
-namespace {
-
-/// Makes pixels transparent and keeps their colour channels.
-void ClearAlpha(Raster::Format format, void* pixels, unsigned count)
-{
-    Raster::WithPixelOfFormat(format, false, [&]<class P>(P) {
-        for (unsigned i = 0; i < count; ++i)
-            static_cast<P*>(pixels)[i].Alpha() = {};
-        return true;
-    });
-}
-
-} // namespace
-
 void PixelRenderTarget::CopyBackdrop(const CompositeGroup& group, bool colourOnly)
 {
     const std::size_t pixelSize = group.buffer->GetPixelSize();
     m_current->SyncHostCache();
     Kernel::ForEachTile(group.rect, [&](const RectT<int>& tile) {
-        const auto width = unsigned(tile.Width());
         for (int y = tile.top; y < tile.bottom && !IsAborting(); ++y) {
-            const unsigned char* const from =
-                m_rasterizer.GetRow(y) + std::size_t(tile.left - m_currentOrigin.x) * pixelSize;
             unsigned char* const to = group.buffer->GetRow(unsigned(y - group.rect.top)) +
                                       std::size_t(tile.left - group.rect.left) * pixelSize;
-            std::memcpy(to, from, width * pixelSize);
+            std::memcpy(to, GetPixels(tile.left, y), unsigned(tile.Width()) * pixelSize);
             if (colourOnly)
-                ClearAlpha(GetColourFormat(), to, width);
+                KeepBackdropColour(y, tile.left, tile.right, to);
+            else
+                SettleBackdrop(y, tile.left, tile.right, to);
         }
     });
 }
 
 CompositeGroup PixelRenderTarget::CloseComposite()
 {
+    SettleColours();
     CompositeGroup group = std::move(m_groups.back());
     m_groups.pop_back();
     // What was pushed inside and not popped goes with the group.
@@ -109,6 +100,7 @@ CompositeGroup PixelRenderTarget::CloseComposite()
                                    group.rect.left + int(group.buffer->GetWidth()),
                                    group.rect.top + int(group.buffer->GetHeight())});
     m_touched = group.parentTouched;
+    m_alphaOnly = group.parentAlphaOnly;
     return group;
 }
 
@@ -150,17 +142,22 @@ void PixelRenderTarget::PopCompositeAsTransparency(const FillDescriptorConst& fi
 }
 
 void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescriptorConst& fill,
-                                   const FillDescriptorConst& transparency, PopulatorRole groupRole)
+                                   const FillDescriptorConst& transparency, PopulatorRole groupRole,
+                                   bool interpolates)
 {
-    // Where nothing was drawn nothing changes, but under Mask, which clears there.
-    const bool isSparse = group.mode != FillBlendMode::Mask;
+    // Where nothing was drawn nothing changes, but under Mask, which clears there, and where
+    // pixels go towards the group's.
+    const bool isSparse =
+        interpolates ? groupRole == PopulatorRole::Transparency : group.mode != FillBlendMode::Mask;
     const ClippingMask& mask = GetMask();
     const RectT<int> area = CommonPart(isSparse ? group.touched : group.rect, mask.rect);
     if (!group.buffer || !(group.opacity > 0.0F) || area.IsEmpty() || IsAborting())
         return;
-    CallScope scope(*this);
+    CallScope scope(*this, group.options);
     m_rasterizer.SelectCompositeBlend(group.mode, group.options.GetBlendGamma(), mask.buffer.Get(),
                                       mask.origin);
+    if (interpolates)
+        m_rasterizer.SelectInterpolation();
     // As paint the group lies below the fill; as transparency it scales it.
     const bool painted =
         groupRole == PopulatorRole::Colour
@@ -172,6 +169,7 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
     // What is in the group was transformed when it was drawn.
     if (groupRole == PopulatorRole::Transparency)
         AddColourTransformPopulators();
+    AddBlendRangePopulator(group.options);
     if (!AddTransPopulator(transparency, group.rect))
         return;
     AddOpacityPopulator(group.opacity);
@@ -180,6 +178,7 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
     Touch(area); // before anything can fail half-way
     m_rasterizer.SetClipBox(area);
     const WriteScope write(*this, area);
+    PrepareColours(area);
     if (isSparse)
         m_rasterizer.RenderContent(area, *group.buffer, {group.rect.left, group.rect.top}, clip,
                                    GetAbortingPointer());
@@ -219,37 +218,11 @@ void PixelRenderTarget::Matte(Kernel::Consolidated<Colour> colour)
     Touch(area);
     m_rasterizer.SetClipBox(area);
     const WriteScope write(*this, area);
-    m_rasterizer.RenderBelow(area, GetAbortingPointer());
+    PrepareColours(area);
+    if (IsAlphaOnly()) // two alphas add up whichever lies above
+        m_rasterizer.RenderRect(area, nullptr, GetAbortingPointer());
+    else
+        m_rasterizer.RenderBelow(area, GetAbortingPointer());
 }
-
-// Interpolation is not offered yet: the group is closed and what it holds is dropped.
-
-void PixelRenderTarget::DropComposite()
-{
-    if (m_groups.empty())
-        return;
-    CompositeGroup group = CloseComposite();
-    Recycle(group);
-}
-
-void PixelRenderTarget::PopCompositeAsFillAndInterpolate(const FillDescriptorConst&)
-{
-    DropComposite();
-}
-
-void PixelRenderTarget::PopCompositeAsTransparencyAndInterpolate(const FillDescriptorConst&)
-{
-    DropComposite();
-}
-
-void PixelRenderTarget::Interpolate(float, FillBlendMode::BlendMode, const BlendOptions&,
-                                    const FillDescriptorConst&, const FillDescriptorConst&)
-{}
-
-// Alpha-only drawing is not offered yet: between the two, drawing goes on as before.
-
-void PixelRenderTarget::PushAlphaChannelOnly() {}
-
-void PixelRenderTarget::PopAlphaChannelOnly() {}
 
 } // namespace Renderer

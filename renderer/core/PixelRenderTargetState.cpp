@@ -15,11 +15,13 @@ using Kernel::MakeCounted;
 using Kernel::RectT;
 using Raster::AffineTransform;
 
-PixelRenderTarget::PixelRenderTarget(Raster::Format format, const SpanBlendTable& table,
+PixelRenderTarget::PixelRenderTarget(Raster::Format format, const SpanBlendSet& blends,
+                                     const SpanBlendSet& alphaBlends,
                                      Raster::ICCManager::ICCProfileSet profiles)
-    : m_pixelSize(unsigned(Raster::GetPixelSize(format)))
+    : m_pixelSize(unsigned(Raster::GetPixelSize(format))),
+      m_blends(blends),
+      m_alphaBlends(alphaBlends)
 {
-    m_rasterizer.SetBlendTable(table);
     RenderTarget::SetColourFormatAndProfiles(format, std::move(profiles));
 }
 

@@ -71,9 +71,11 @@ public:
     enum class CompositeInit
     {
         Clear = 0,
-        ClearOnTouch = 1,       ///< as Clear, but cleared tile by tile when first drawn on
-        CopyBackdrop = 2,       ///< with the pixels below the group
-        CopyBackdropColour = 3, ///< with the colour of the pixels below and alpha 0
+        ClearOnTouch = 1, ///< as Clear, but cleared tile by tile when first drawn on
+        CopyBackdrop = 2, ///< with the pixels below the group
+        /// Transparent, with the colour of the pixels below: where alpha alone is drawn, that
+        /// colour shows.
+        CopyBackdropColour = 3,
     };
 
     /// A tag for a run of calls that belong together for an exporter.
@@ -161,7 +163,8 @@ public:
                             bool antialiasUnderClip = false);
 
     /// Moves every pixel of the clip towards the paint, alpha included, by opacity times the
-    /// transparency's alpha.
+    /// transparency's alpha, and times the weight of the blend ranges where there are any. \p mode
+    /// has no meaning here.
     virtual void Interpolate(float opacity, FillBlendMode::BlendMode mode,
                              const BlendOptions& options, const FillDescriptorConst& fill,
                              const FillDescriptorConst& transparency) = 0;
@@ -178,7 +181,10 @@ public:
     /// \name Groups and effects
     /// @{
 
-    /// Between the two, only alpha is drawn.
+    /// Between the two, which nest, only alpha is drawn: colour stays, and alpha changes as it
+    /// would otherwise, by Interpolate and Clear too. Where a pixel becomes transparent its colour
+    /// stays until something else is drawn. A group opened in between is drawn in full; closing it
+    /// draws its alpha.
     virtual void PushAlphaChannelOnly() = 0;
     virtual void PopAlphaChannelOnly() = 0;
 
@@ -212,9 +218,10 @@ public:
     /// first, and \p transparency scales it.
     virtual void PopCompositeAsFill(const FillDescriptorConst& fill,
                                     const FillDescriptorConst& transparency) = 0;
-    /// Closes the group and interpolates towards it.
+    /// Closes the group and interpolates towards it by its opacity, at every pixel of it; a fill
+    /// that is not empty is painted over it within its alpha first.
     virtual void PopCompositeAsFillAndInterpolate(const FillDescriptorConst& fill) = 0;
-    /// Closes the group and interpolates towards \p fill by its alpha.
+    /// Closes the group and interpolates towards \p fill by the group's alpha and opacity.
     virtual void PopCompositeAsTransparencyAndInterpolate(const FillDescriptorConst& fill) = 0;
 
     /// Between the two, what is drawn is scaled by a mask that fills \p bounds (logical); outside

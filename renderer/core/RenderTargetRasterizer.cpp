@@ -79,6 +79,7 @@ void RenderTargetRasterizer::ResetRasterizer()
 {
     m_rule.evenOdd = true;
     m_maskData = nullptr;
+    m_interpolation = nullptr;
     SetClipBox(GetDestinationRect());
     m_referenceGamma = m_callGamma = 2.2;
 }
@@ -87,6 +88,7 @@ void RenderTargetRasterizer::ResetSpanPopulators()
 {
     m_colourPopulators.clear();
     m_transparencyPopulators.clear();
+    m_scaler = {};
 }
 
 void RenderTargetRasterizer::ResetAll()
@@ -107,7 +109,8 @@ void RenderTargetRasterizer::AddTransparencySpanPopulator(const SpanPopulator& p
 
 unsigned RenderTargetRasterizer::GetSpanPopulatorCount() const
 {
-    return unsigned(m_colourPopulators.size() + m_transparencyPopulators.size());
+    const std::size_t count = m_colourPopulators.size() + m_transparencyPopulators.size();
+    return unsigned(count) + (m_scaler.function ? 1 : 0);
 }
 
 void RenderTargetRasterizer::SelectBlend(FillBlendMode::BlendMode mode, double gamma,
@@ -123,7 +126,7 @@ void RenderTargetRasterizer::SelectCompositeBlend(FillBlendMode::BlendMode mode,
                                                   Kernel::PointT<int> maskOrigin)
 {
     const auto index = static_cast<std::size_t>(mode);
-    m_blend = (*m_table)[index < m_table->size() ? index : 0];
+    m_blend = m_blends->modes[index < m_blends->modes.size() ? index : 0];
     m_callGamma = gamma;
     m_maskData = mask ? mask->GetData() : nullptr;
     m_maskRect = RectT<int>::MakeUnset();
@@ -212,22 +215,26 @@ RectT<int> RenderTargetRasterizer::GetBounds(bool antialias) const
 bool RenderTargetRasterizer::HasUniformPaint() const
 {
     const auto isUniform = [](const SpanPopulator& populator) { return populator.isUniform; };
-    return std::ranges::all_of(m_colourPopulators, isUniform) &&
+    return !m_scaler.function && std::ranges::all_of(m_colourPopulators, isUniform) &&
            std::ranges::all_of(m_transparencyPopulators, isUniform);
 }
 
 bool RenderTargetRasterizer::HasReplacingPaint() const
 {
-    return m_blend.opaqueReplaces && !m_maskData && m_colourPopulators.size() == 1 &&
-           m_colourPopulators.front().isOpaque && m_transparencyPopulators.empty();
+    return m_blend.opaqueReplaces && !m_maskData && !m_scaler.function &&
+           m_colourPopulators.size() == 1 && m_colourPopulators.front().isOpaque &&
+           m_transparencyPopulators.empty();
 }
 
-void RenderTargetRasterizer::Populate(unsigned char* scratch, int x, int y, unsigned length) const
+void RenderTargetRasterizer::Populate(unsigned char* paint, unsigned char* scaled, int x, int y,
+                                      unsigned length) const
 {
     for (const SpanPopulator& populator : m_colourPopulators)
-        populator.function(populator.context, scratch, x, y, length);
+        populator.function(populator.context, paint, x, y, length);
+    if (m_scaler.function)
+        m_scaler.function(m_scaler.context, paint, scaled, x, y, length);
     for (const SpanPopulator& populator : m_transparencyPopulators)
-        populator.function(populator.context, scratch, x, y, length);
+        populator.function(populator.context, scaled, x, y, length);
 }
 
 void RenderTargetRasterizer::ClipX(int& x, int& length, const unsigned char*& covers,

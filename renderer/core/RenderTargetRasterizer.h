@@ -74,10 +74,12 @@ public:
 
     void AddColourSpanPopulator(const SpanPopulator& populator);
     void AddTransparencySpanPopulator(const SpanPopulator& populator);
+    /// What scales the colour populators' paint before the transparency populators do.
+    void SetSpanScaler(const SpanScaler& scaler) { m_scaler = scaler; }
     unsigned GetSpanPopulatorCount() const;
 
     /// The pixel format's blend functions; kept by reference.
-    void SetBlendTable(const SpanBlendTable& table) { m_table = &table; }
+    void SetBlends(const SpanBlendSet& blends) { m_blends = &blends; }
     /// Selects the blend function of a mode (1 to 29 as they are, everything else Normal), the
     /// call's gamma (2.2 is neutral) and an optional mask: one byte per pixel that scales coverage.
     /// \param maskOrigin where on the page the mask begins. Outside the mask nothing is drawn.
@@ -88,6 +90,9 @@ public:
     void SelectCompositeBlend(FillBlendMode::BlendMode mode, double gamma,
                               const Raster::DynamicBuffer* mask = nullptr,
                               Kernel::PointT<int> maskOrigin = {});
+    /// Interpolates between what lies below and the paint, instead of blending; the transparency
+    /// populators scale the weight, not the paint. Lasts until ResetRasterizer.
+    void SelectInterpolation() { m_interpolation = &m_blends->interpolation; }
     /// @}
 
     /// \name Coverage gamma
@@ -157,6 +162,8 @@ public:
 
 private:
     friend class SpanWriter;
+    friend class InterpolatingSpanWriter;
+    friend struct SpanPlace;
 
     double GetGammaRatio() const { return m_referenceGamma / m_callGamma; }
     bool HasUniformPaint() const;
@@ -164,8 +171,13 @@ private:
     bool HasConcurrentPaint() const;
     /// Whether spans of full coverage become the paint, whatever lies below.
     bool HasReplacingPaint() const;
-    /// Runs the populators over a span.
-    void Populate(unsigned char* scratch, int x, int y, unsigned length) const;
+    /// Runs the populators over a span: those of colour make \p paint, the others scale
+    /// \p scaled, which may be the same.
+    void Populate(unsigned char* paint, unsigned char* scaled, int x, int y, unsigned length) const;
+    void Populate(unsigned char* scratch, int x, int y, unsigned length) const
+    {
+        Populate(scratch, scratch, x, y, length);
+    }
     /// Room for spans of \p widest pixels; valid until the next call.
     SpanRoom MakeRoom(unsigned widest);
     /// Calls \p work with the writer that suits the present paint, blend function and clip.
@@ -206,8 +218,10 @@ private:
     std::vector<unsigned char> m_covers; // coverage times clip
     std::vector<SpanPopulator> m_colourPopulators;
     std::vector<SpanPopulator> m_transparencyPopulators;
-    const SpanBlendTable* m_table = nullptr;
+    SpanScaler m_scaler;
+    const SpanBlendSet* m_blends = nullptr;
     SpanBlend m_blend;
+    const SpanInterpolation* m_interpolation = nullptr; // null where spans are blended
     double m_referenceGamma = 2.2;
     double m_callGamma = 2.2;
     std::array<unsigned char, 256> m_gammaTable;

@@ -5,6 +5,7 @@
 #include <kernel/Tiles.h>
 #include <renderer/core/AbortFlag.h>
 #include <renderer/core/ClippedSpanWriter.h>
+#include <renderer/core/InterpolatingSpanWriter.h>
 #include <renderer/core/RenderTargetRasterizer.h>
 #include <renderer/core/SolidSpanWriter.h>
 #include <renderer/core/SpanRoom.h>
@@ -30,7 +31,10 @@ template<class Work>
 void RenderTargetRasterizer::WithPlainWriter(const SpanRoom& room, unsigned widest,
                                              const Work& work) const
 {
-    if (m_blend.solidRun && !m_maskData && GetGammaRatio() == 1.0 && HasUniformPaint()) {
+    if (m_interpolation) {
+        InterpolatingSpanWriter writer(*this);
+        work(writer);
+    } else if (m_blend.solidRun && !m_maskData && GetGammaRatio() == 1.0 && HasUniformPaint()) {
         alignas(16) unsigned char pixel[SpanBlend::LargestPixel]{};
         Populate(pixel, 0, 0, 1);
         SolidSpanWriter writer(*this, m_blend, pixel, m_pixelSize);

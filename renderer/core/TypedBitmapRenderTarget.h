@@ -5,6 +5,7 @@
 #include <raster/Buffer.h>
 #include <renderer/core/blend/BlendTable.h>
 #include <renderer/core/PixelRenderTarget.h>
+#include <renderer/core/span/BlendRangePopulator.h>
 #include <renderer/core/span/SolidPopulator.h>
 
 namespace Renderer {
@@ -23,8 +24,8 @@ public:
     using Bitmap = Raster::Buffer<C1, C2, C3, C4, C5>;
 
     explicit TypedBitmapRenderTarget(Raster::ICCManager::ICCProfileSet profiles)
-        : PixelRenderTarget(Raster::FormatOfPixel<Pixel>, RenderTargetBlender::GetTable(),
-                            std::move(profiles))
+        : PixelRenderTarget(Raster::FormatOfPixel<Pixel>, RenderTargetBlender::GetBlends(false),
+                            RenderTargetBlender::GetBlends(true), std::move(profiles))
     {}
 
     /// The typed view of the destination; empty when none is attached.
@@ -50,8 +51,11 @@ protected:
     bool MakeFillPopulator(const Fill& fill, const Transform& fillToDevice, PopulatorRole role,
                            SpanPopulator& out) override
     {
-        return MakePopulator<PixProcessor>(fill, fillToDevice, role, GetPopulatorContext(),
-                                           GetPopulators(), out);
+        const PopulatorContext context = GetPopulatorContext();
+        return PaintsAlphaOnly() ? MakePopulator<PixProcessor_Alpha>(fill, fillToDevice, role,
+                                                                     context, GetPopulators(), out)
+                                 : MakePopulator<PixProcessor>(fill, fillToDevice, role, context,
+                                                               GetPopulators(), out);
     }
 
     SpanPopulator MakeAlphaPopulator(unsigned char alpha) override
@@ -68,6 +72,17 @@ protected:
     {
         return Renderer::MakeColourTransformPopulator<PixProcessor>(
             GetActiveColourTransforms(), GetProfiles(), GetPopulators(), out);
+    }
+
+    SpanScaler MakeBlendRangeScaler(const BlendOptions& options) override
+    {
+        using Populator = BlendRangePopulator<PixProcessor>;
+        const PopulatorContext context = GetPopulatorContext();
+        const typename Populator::Below below{*context.backBuffer, context.backBufferOrigin,
+                                              context.isBackBufferPlain};
+        const auto& populator =
+            GetPopulators().template Emplace<Populator>(options, below, GetPopulators());
+        return populator.IsIdentity() ? SpanScaler{} : populator.GetScaler();
     }
 };
 

@@ -18,8 +18,10 @@ public:
 
     /// \param buffer of the processor's format; must outlive the populator.
     /// \param origin the device pixel of the buffer's left top corner.
-    BackBufferPopulator(const Raster::DynamicBuffer& buffer, Kernel::PointT<int> origin) noexcept
-        : m_buffer(buffer), m_origin(origin)
+    /// \param isPlain whether the buffer's colour is not premultiplied at present.
+    BackBufferPopulator(const Raster::DynamicBuffer& buffer, Kernel::PointT<int> origin,
+                        bool isPlain) noexcept
+        : m_buffer(buffer), m_origin(origin), m_isPlain(isPlain)
     {}
 
     void Populate(int x, int y, unsigned length, Pixel* out) const noexcept
@@ -41,10 +43,10 @@ public:
     }
 
 private:
-    static Pixel Read(const Pixel& pixel) noexcept
+    Pixel Read(const Pixel& pixel) const noexcept
     {
         if constexpr (!Processor::IsAlphaOnly)
-            return pixel;
+            return m_isPlain ? Processor::Premultiply(pixel) : pixel;
         Pixel result{};
         result.Alpha() = pixel.Alpha();
         return result;
@@ -52,6 +54,7 @@ private:
 
     const Raster::DynamicBuffer& m_buffer;
     Kernel::PointT<int> m_origin;
+    bool m_isPlain;
 };
 
 } // namespace Renderer

@@ -41,6 +41,8 @@ struct PopulatorContext
     bool dithers = false;
     /// Whether bitmaps are resampled one step more cheaply.
     bool degradesBitmaps = false;
+    /// Whether the back buffer's colour is not premultiplied where spans are asked for.
+    bool isBackBufferPlain = false;
 };
 
 /// Makes populators of one pixel format. Use it through the functions below.

@@ -119,7 +119,8 @@ bool PopulatorFactory<Processor>::MakeBackBuffer(const Call& call)
     const Raster::DynamicBuffer* buffer = call.context.backBuffer;
     if (!buffer || buffer->GetFormat() != Raster::FormatOfPixel<Pixel>)
         return false;
-    return Finish<BackBufferPopulator<Processor>>(call, *buffer, call.context.backBufferOrigin);
+    return Finish<BackBufferPopulator<Processor>>(call, *buffer, call.context.backBufferOrigin,
+                                                  call.context.isBackBufferPlain);
 }
 
 template<class Processor>

@@ -26,4 +26,17 @@ struct SpanPopulator
     bool isConcurrent = false;
 };
 
+/// The step of the span pipeline between the two kinds: scales pixels by what it finds in the paint
+/// that the colour populators made. Several threads may call it at once.
+struct SpanScaler
+{
+    /// \param paint the span's pixels, premultiplied, in the format of the target.
+    /// \param pixels what is scaled: the paint itself or pixels beside it.
+    using Function = void (*)(const void* context, const void* paint, void* pixels, int x, int y,
+                              unsigned length);
+
+    Function function = nullptr;
+    const void* context = nullptr;
+};
+
 } // namespace Renderer

@@ -1,8 +1,7 @@
 // Every format, blend mode, paint and road to the blend functions, judged by double precision.
 
 #include "../blend/OracleMatch.h"
-#include "FormatFixture.h"
-#include <raster/DynamicBitmap.h>
+#include "PaintedFormat.h"
 
 namespace Renderer {
 namespace {
@@ -10,10 +9,6 @@ namespace {
 using BlendTests::Composite;
 using BlendTests::OracleInput;
 using BlendTests::ToReal;
-
-using AllPixels =
-    testing::Types<Raster::PixelRGBA8, Raster::PixelRGBA16, Raster::PixelIA8, Raster::PixelIA16,
-                   Raster::PixelCMYKA8, Raster::PixelLABA16, Raster::PixelRGBAUF>;
 
 /// How a source comes to be blended.
 enum class Road
@@ -26,57 +21,18 @@ enum class Road
 };
 
 template<class P>
-class FormatBlend : public testing::Test
+class FormatBlend : public PaintedFormat
 {
 protected:
-    static constexpr int Columns = 16; ///< a backdrop each
-    static constexpr Kernel::RectT<double> Page{0, 0, Columns, 1};
-
-    /// Solid, gradient, bitmap, and a gradient scaled by the alpha of another.
-    static constexpr int PaintCount = 5;
-
     static void Paint(RenderTarget& target, int paint, FillBlendMode::BlendMode mode, Road road)
     {
-        const Raster::AffineTransform::Params frame{Columns, 0, 0, 0, Columns, 0};
-        const auto solid = FillDescriptorConst::CreateSolid({{230, 120, 40, 255}});
-        const auto veil = FillDescriptorConst::CreateSolid({{30, 160, 90, 140}});
-        const auto gradient =
-            MakeGradient(FillGradient::Linear,
-                         {{{250, 20, 60, 255}}, {{20, 90, 200, 90}}, {{128, 128, 128, 0}}}, frame);
-        const auto fade =
-            MakeGradient(FillGradient::Radial, {{{0, 0, 0, 40}}, {{0, 0, 0, 255}}}, frame);
-        const FillDescriptorConst bitmap(
-            FillDescriptorConst::CreateBitmap(MakeBitmap(), Raster::ExtendType::Clamp,
-                                              Raster::ResamplerType::Bilinear),
-            frame);
-        const FillDescriptorConst* const fills[] = {&solid, &veil, &gradient, &bitmap, &gradient};
         Kernel::RectT<double> area = Page;
         if (road == Road::HalfCovered)
             area.bottom = 0.5;
-        auto path = Kernel::MakeCounted<PolyPolygon>(area);
-        target.DrawPolyPolygon(path, 1.0F, mode, BlendOptions::Identity(), *fills[paint],
-                               paint == 4 ? fade : FillDescriptorConst(),
+        const auto [fill, transparency] = GetPaint(paint);
+        target.DrawPolyPolygon(Kernel::MakeCounted<PolyPolygon>(area), 1.0F, mode,
+                               BlendOptions::Identity(), fill, transparency,
                                Geometry::WindingOrderMode::NonZero, true, true);
-    }
-
-    static Kernel::Counted<const Raster::DynamicBitmap> MakeBitmap()
-    {
-        RGBA8Buffer view;
-        EXPECT_TRUE(view.Create(4, 1));
-        view.GetRow(0)[0] = {{200, 10, 30, 255}};
-        view.GetRow(0)[1] = {{10, 100, 30, 120}};
-        view.GetRow(0)[2] = {{90, 90, 90, 90}};
-        return Kernel::MakeCounted<Raster::DynamicBitmap>(view.GetDynamicBuffer());
-    }
-
-    static void DrawBackdrops(RenderTarget& target)
-    {
-        for (int x = 0; x < Columns; ++x) {
-            const auto level = [&](int step) { return std::uint8_t(x * step % 256); };
-            const PixelRGBA8 colour{{level(77), level(41), level(23), std::uint8_t(x % 4 * 85)}};
-            target.DrawRectangle({double(x), 0.0, x + 1.0, 1.0}, 1.0F,
-                                 FillDescriptorConst::CreateSolid(colour), {}, {});
-        }
     }
 
     static void Draw(RenderTarget& target, int paint, FillBlendMode::BlendMode mode, Road road)
@@ -84,9 +40,7 @@ protected:
         const bool clipped = road == Road::UnderClip || road == Road::GroupUnderClip;
         const bool grouped = road == Road::Group || road == Road::GroupUnderClip;
         if (clipped)
-            target.PushClipPath(
-                Kernel::MakeCounted<PolyPolygon>(Kernel::RectT<double>{0, 0, Columns, 0.5}),
-                Geometry::WindingOrderMode::NonZero);
+            PushHalfClip(target);
         if (grouped) {
             target.PushComposite(RenderTarget::CompositeInit::Clear, mode, BlendOptions::Identity(),
                                  1.0F);

@@ -35,6 +35,7 @@ private:
         Group,
         Clip,
         DeviceClip,
+        AlphaOnly,
     };
 
     unsigned Pick(unsigned count) { return unsigned(m_random() % count); }
@@ -68,7 +69,7 @@ private:
 
     void Call()
     {
-        switch (Pick(8)) {
+        switch (Pick(9)) {
         case 0: {
             constexpr CompositeInit inits[]{CompositeInit::Clear, CompositeInit::ClearOnTouch,
                                             CompositeInit::CopyBackdrop};
@@ -95,6 +96,10 @@ private:
             if (Pick(8) == 0)
                 m_target->Clear();
             break;
+        case 6:
+            m_target->PushAlphaChannelOnly();
+            m_open.push_back(Open::AlphaOnly);
+            break;
         default: {
             const auto path = Path();
             const bool smooth = Pick(4) != 0;
@@ -114,8 +119,14 @@ private:
         m_open.pop_back();
         if (open == Open::Clip)
             m_target->PopClipPath();
+        else if (open == Open::AlphaOnly)
+            m_target->PopAlphaChannelOnly();
         else if (open == Open::DeviceClip)
             m_target->PopDeviceClip();
+        else if (!Pick(4))
+            m_target->PopCompositeAsFillAndInterpolate(Pick(3) ? FillDescriptorConst() : Paint());
+        else if (!Pick(6))
+            m_target->PopCompositeAsTransparencyAndInterpolate(Paint());
         else if (Pick(3))
             m_target->PopCompositeAsFill(Pick(3) ? FillDescriptorConst() : Paint(),
                                          Pick(3) ? FillDescriptorConst() : Paint());
