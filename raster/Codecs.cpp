@@ -73,6 +73,7 @@ Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> by
     constexpr unsigned char jpeg[] = {0xff, 0xd8, 0xff};
     constexpr unsigned char tiff[][4] = {
         {'I', 'I', 42, 0}, {'M', 'M', 0, 42}, {'I', 'I', 43, 0}, {'M', 'M', 0, 43}};
+    constexpr unsigned char gif[] = {'G', 'I', 'F', '8'};
     constexpr unsigned char riff[] = {'R', 'I', 'F', 'F'};
     constexpr unsigned char webp[] = {'W', 'E', 'B', 'P'};
     constexpr unsigned char exr[] = {0x76, 0x2f, 0x31, 0x01};
@@ -83,6 +84,8 @@ Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> by
         return ReadPNG(bytes);
     if (startsWith(jpeg))
         return ReadJPEG(bytes);
+    if (startsWith(gif))
+        return ReadGIF(bytes);
     for (const auto& mark : tiff) {
         if (startsWith(mark))
             return ReadTIFF(bytes);

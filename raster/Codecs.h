@@ -8,6 +8,7 @@
 #include <kernel/OutStream.h>
 #include <raster/DynamicBitmap.h>
 #include <raster/Export.h>
+#include <raster/PalettisedBitmap.h>
 
 namespace Raster {
 
@@ -31,6 +32,8 @@ RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadJPEG(std::span<const unsi
 /// and Lab of 8 or 16 bits channel by channel (CMYK of 16 bits loses the lower 8); palettes, fewer
 /// bits, YCbCr and the like become RGBA8. Floating point is refused.
 RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadTIFF(std::span<const unsigned char> bytes);
+/// The first frame on the file's canvas, RGBA8 in sRGB; what it leaves free is transparent.
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadGIF(std::span<const unsigned char> bytes);
 /// Of an animation, the first frame.
 RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadWebP(std::span<const unsigned char> bytes);
 /// The first part of the file, its data window, from the channels R, G, B or Y, and A. The result
@@ -49,6 +52,22 @@ RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const uns
 ///         formats and compressions.
 RASTER_EXPORT void WritePNG(Kernel::OutStream& out, const DynamicBitmap& bitmap,
                             int compression = 6);
+
+/// Writes a palettised bitmap as PNG, with 1, 2, 4 or 8 bits per pixel, the fewest that its palette
+/// needs. The palette keeps its alpha and its order; the profile is treated as above. The stream is
+/// left open.
+///
+/// \throws as above.
+RASTER_EXPORT void WritePNG(Kernel::OutStream& out, const PalettisedBitmap& bitmap,
+                            int compression = 6);
+
+/// Writes a palettised bitmap as GIF, in one frame that is not interlaced. The palette is brought
+/// into sRGB; its entries of less than half alpha become the one transparent entry that a file can
+/// have, the others opaque. The stream is left open.
+///
+/// \throws Kernel::OutStream::WriteException when the stream fails; std::invalid_argument for sides
+///         above 65,535 pixels.
+RASTER_EXPORT void WriteGIF(Kernel::OutStream& out, const PalettisedBitmap& bitmap);
 
 /// Writes an RGBA8, IA8 or CMYKA8 bitmap as baseline JPEG, composited on white (paper), with its
 /// profile unless that is the default of its format. CMYK is stored as YCCK. From quality 90 on,

@@ -2,60 +2,25 @@
 
 #include <algorithm>
 #include <bit>
-#include <exception>
-#include <memory>
-#include <new>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include <raster/CodecSupport.h>
 #include <raster/Convert.h>
-#include <raster/PngProtect.h>
+#include <raster/PngOutput.h>
 
 namespace Raster {
 
 namespace {
 
-/// Everything that is changed while libpng may jump; owns only the libpng structures.
-struct WriteState
+/// Everything that is changed while libpng may jump.
+struct WriteState : PngOutput
 {
-    PngError error;
-    png_structp png;
-    png_infop info;
-    Kernel::OutStream* out;
-    std::exception_ptr* thrown; ///< by the stream
-
     const DynamicBuffer* buffer;
-    const ICCProfile* profile; ///< null for sRGB
-    int compression;
     bool isOpaque;
     bool isFlat;        ///< at least half of the pixels repeat their neighbour
     unsigned char* row; ///< room for one unpremultiplied row
 };
-
-struct WriteStateCloser
-{
-    void operator()(WriteState* state) const noexcept
-    {
-        png_destroy_write_struct(&state->png, &state->info);
-    }
-};
-
-/// An exception of the stream must not cross libpng: it is kept and thrown again outside.
-void WriteBytes(png_structp png, png_bytep data, std::size_t count)
-{
-    auto* state = static_cast<WriteState*>(png_get_io_ptr(png));
-    try {
-        state->out->Write(data, count);
-        return;
-    } catch (...) {
-        *state->thrown = std::current_exception();
-    }
-    png_error(png, "cannot write");
-}
-
-void FlushNothing(png_structp) {}
 
 int GetDepth(Format format)
 {
@@ -65,13 +30,7 @@ int GetDepth(Format format)
 void WriteHeader(WriteState& state)
 {
     const Format format = state.buffer->GetFormat();
-    state.info = png_create_info_struct(state.png);
-    if (!state.info)
-        png_error(state.png, "out of memory");
-    png_set_write_fn(state.png, &state, WriteBytes, FlushNothing);
-    png_set_user_limits(state.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-    png_set_benign_errors(state.png, 1); // a profile that libpng dislikes is left out
-    png_set_compression_level(state.png, state.compression);
+    BeginPng(state);
     // Filters help photographs and gradients. Over thirty drawings of flat colour, files are 6 %
     // smaller without them and take less than half of the time.
     if (state.isFlat)
@@ -80,12 +39,7 @@ void WriteHeader(WriteState& state)
     png_set_IHDR(state.png, state.info, state.buffer->GetWidth(), state.buffer->GetHeight(),
                  GetDepth(format), state.isOpaque ? colour : colour | PNG_COLOR_MASK_ALPHA,
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    if (state.profile)
-        png_set_iCCP(state.png, state.info, "ICC profile", PNG_COMPRESSION_TYPE_BASE,
-                     state.profile->GetBytes().data(),
-                     static_cast<png_uint_32>(state.profile->GetBytes().size()));
-    else
-        png_set_sRGB(state.png, state.info, PNG_sRGB_INTENT_RELATIVE);
+    SetPngColourSpace(state);
     png_write_info(state.png, state.info);
 }
 
@@ -150,28 +104,14 @@ void WritePNG(Kernel::OutStream& out, const DynamicBitmap& bitmap, int compressi
     const DynamicBuffer& buffer = *bitmap.GetBuffer();
     const auto profile = GetProfileToEmbed(buffer.GetFormat(), bitmap.GetProfile());
     std::vector<unsigned char> row(std::size_t{buffer.GetWidth()} * buffer.GetPixelSize());
-    std::exception_ptr thrown;
 
     WriteState state{};
-    state.out = &out;
-    state.thrown = &thrown;
-    state.buffer = &buffer;
     state.profile = profile.Get();
     state.compression = compression;
+    state.buffer = &buffer;
     ChooseEncoding(state);
     state.row = row.data();
-    state.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state.error, RaisePngError,
-                                        IgnorePngWarning);
-    if (!state.png)
-        throw std::bad_alloc();
-    const std::unique_ptr<WriteState, WriteStateCloser> closer(&state);
-
-    const bool isDone = RunPngStep(state.png, WriteRows, state);
-    if (thrown)
-        std::rethrow_exception(thrown);
-    if (!isDone)
-        throw Kernel::OutStream::WriteException("cannot write PNG: " +
-                                                std::string(state.error.message));
+    WritePngFile(out, WriteRows, state);
 }
 
 } // namespace Raster

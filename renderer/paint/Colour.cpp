@@ -46,6 +46,15 @@ bool Colour::CompareMembers(const Kernel::SharedSerialisable& other) const
            m_globalName == colour.m_globalName && m_overprint == colour.m_overprint;
 }
 
+void Colour::SetAttributes(const Colour& other)
+{
+    m_overprint = other.m_overprint;
+    m_noise = other.m_noise;
+    m_tint = other.m_tint;
+    m_intensity = other.m_intensity;
+    m_globalName = other.m_globalName;
+}
+
 Kernel::String Colour::GetDefaultName(const Kernel::String& base) const
 {
     Kernel::String text = base;

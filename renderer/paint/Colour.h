@@ -133,6 +133,8 @@ public:
     const Kernel::String& GetGlobalName() const noexcept { return m_globalName; }
     void SetGlobalName(Kernel::String name) { m_globalName = std::move(name); }
     bool IsGlobal() const noexcept { return !m_globalName.IsEmpty(); }
+    /// Takes over all of them from another colour, whose alpha is not one of them.
+    void SetAttributes(const Colour& other);
     /// @}
 
     /// The canonical instance of a colour's value. The object itself is not changed.

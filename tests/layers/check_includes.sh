@@ -20,6 +20,8 @@ agg_.*             renderer/core/coverage/.*
 lcms2\.h           raster/ICC[^/]*
 png\.h             raster/P(ng|NG)[^/]*
 j(peglib|error)\.h raster/J(peg|PEG)[^/]*
+gif_lib\.h         raster/G(if|IF)[^/]*
+flann/.*           raster/NearestColour\.cpp
 tiffio\.h           raster/T(iff|IFF)[^/]*
 webp/.*            raster/W(ebP|EBP)[^/]*
 (Imf|Iex)[A-Za-z]*\.h raster/E(xr|XR)[^/]*

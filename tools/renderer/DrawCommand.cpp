@@ -59,7 +59,10 @@ Raster::Format FindFormat(const std::string& name)
 void CheckOptions(const DrawOptions& options)
 {
     FindFormat(options.format);
-    FindPictureKind(options.output);
+    const PictureKind& kind = FindPictureKind(options.output);
+    if (options.palette.IsGiven() && !kind.writePalettised)
+        throw UsageException("--colours, --palette and --diffuse are for .png and .gif");
+    CheckPaletteOptions(options.palette);
     if (options.target != "bitmap")
         throw UsageException("--target " + options.target + " is not available; bitmap is");
     if (options.width && *options.width <= 0)
@@ -144,11 +147,16 @@ void WritePicture(const Kernel::Counted<Raster::DynamicBuffer>& picture, const P
                   const DrawOptions& options)
 {
     const PictureKind& kind = FindPictureKind(options.output);
-    const Raster::DynamicBitmap bitmap =
-        ConvertPicture(picture, FindHeldFormat(kind, picture->GetFormat()), profile);
+    const bool isPalettised = options.palette.IsGiven() || !kind.write;
+    const Raster::Format format = isPalettised ? Raster::Format::RGBA8
+                                               : FindHeldFormat(kind, picture->GetFormat());
+    const Raster::DynamicBitmap bitmap = ConvertPicture(picture, format, profile);
     try {
         Kernel::FileOutStream out(options.output);
-        kind.write(out, bitmap);
+        if (isPalettised)
+            kind.writePalettised(out, *Palettise(bitmap, options.palette, kind.paletteAlpha));
+        else
+            kind.write(out, bitmap);
         out.Close();
     } catch (const Kernel::OutStream::WriteException& error) {
         throw FileException(options.output, error.what());

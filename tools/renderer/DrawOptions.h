@@ -3,6 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "PaletteOptions.h"
+
 namespace Command {
 
 /// What `renderer draw` is told to do.
@@ -18,6 +20,7 @@ struct DrawOptions
     std::string target = "bitmap";
     bool dither = false;          ///< gradients and deep images in formats of 8 bits
     bool perfectClipping = false; ///< by common areas instead of products of coverages
+    PaletteOptions palette;       ///< for files that hold palettes
 };
 
 } // namespace Command

@@ -58,6 +58,11 @@ void WritePNG(Kernel::OutStream& out, const Raster::DynamicBitmap& bitmap)
     Raster::WritePNG(out, bitmap);
 }
 
+void WritePalettisedPNG(Kernel::OutStream& out, const Raster::PalettisedBitmap& bitmap)
+{
+    Raster::WritePNG(out, bitmap);
+}
+
 void WriteJPEG(Kernel::OutStream& out, const Raster::DynamicBitmap& bitmap)
 {
     Raster::WriteJPEG(out, bitmap);
@@ -69,7 +74,8 @@ void WriteWebP(Kernel::OutStream& out, const Raster::DynamicBitmap& bitmap)
 }
 
 constexpr PictureKind PictureKinds[] = {
-    {".png", WritePNG, IsOfPNG},
+    {".png", WritePNG, IsOfPNG, WritePalettisedPNG, Raster::PaletteAlpha::Full},
+    {".gif", nullptr, IsByteRGB, Raster::WriteGIF, Raster::PaletteAlpha::OneBit},
     {".jpg", WriteJPEG, IsOfJPEG},
     {".jpeg", WriteJPEG, IsOfJPEG},
     {".webp", WriteWebP, IsByteRGB},
@@ -87,7 +93,7 @@ const PictureKind& FindPictureKind(const std::string& path)
         if (Svg::EqualsIgnoringCase(ending, kind.ending))
             return kind;
     }
-    throw UsageException(path + ": the output must end in .png, .jpg, .webp, .tif or .exr");
+    throw UsageException(path + ": the output must end in .png, .gif, .jpg, .webp, .tif or .exr");
 }
 
 Format FindHeldFormat(const PictureKind& kind, Format drawn)

@@ -7,6 +7,8 @@
 #include <raster/DynamicBitmap.h>
 #include <raster/Format.h>
 #include <raster/ICCProfile.h>
+#include <raster/PalettisedBitmap.h>
+#include <raster/Quantise.h>
 
 namespace Command {
 
@@ -14,9 +16,14 @@ namespace Command {
 struct PictureKind
 {
     const char* ending; ///< with its dot, in small letters
+    /// Null for files that hold palettised pictures alone.
     void (*write)(Kernel::OutStream& out, const Raster::DynamicBitmap& bitmap);
     /// Whether files of this kind hold pixels of a format as they are.
     bool (*holds)(Raster::Format format);
+    /// Null for files that hold no palettised pictures.
+    void (*writePalettised)(Kernel::OutStream& out, const Raster::PalettisedBitmap& bitmap) = nullptr;
+    /// What palettes of this kind of file hold of alpha.
+    Raster::PaletteAlpha paletteAlpha = Raster::PaletteAlpha::None;
 };
 
 /// The kind that a path's ending tells. \throws UsageException for endings that tell none.

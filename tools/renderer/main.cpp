@@ -16,7 +16,7 @@ void AddDraw(CLI::App& app, Command::DrawOptions& options)
 {
     CLI::App* draw = app.add_subcommand("draw", "Draw an SVG file into a picture");
     draw->add_option("IN", options.input, "The drawing: .svg or .svgz")->required();
-    draw->add_option("OUT", options.output, "The picture: .png, .jpg, .webp, .tif or .exr")
+    draw->add_option("OUT", options.output, "The picture: .png, .gif, .jpg, .webp, .tif or .exr")
         ->required();
     CLI::Option* width = draw->add_option("--width", options.width,
                                           "Width of the picture in pixels; its height follows");
@@ -34,6 +34,14 @@ void AddDraw(CLI::App& app, Command::DrawOptions& options)
                    "Dither gradients, and images of more than 8 bits, into formats of 8 bits");
     draw->add_flag("--perfect-clipping", options.perfectClipping,
                    "Cut shapes by the exact area that they share with their clips");
+    CLI::Option* colours = draw->add_option(
+        "--colours", options.palette.colours,
+        "At most this many colours, 2 to 256, chosen for the picture: .gif (256 without it), .png");
+    draw->add_option("--palette", options.palette.palette,
+                     "Fixed colours instead: web, mac, windows, grey or bw")
+        ->excludes(colours);
+    draw->add_flag("--diffuse", options.palette.diffuse,
+                   "Spread what the palette misses of a pixel's colour over its neighbours");
     draw->add_option("--target", options.target, "What is drawn on")->capture_default_str();
 }
 
