@@ -141,7 +141,7 @@ std::vector<Box> SplitBoxes(std::span<std::vector<WeightedColour>> classes, std:
     std::vector<Box> boxes;
     for (std::size_t i = 0; i < classes.size(); ++i)
         boxes.push_back(MakeBox(i, classes[i]));
-    while (boxes.size() < count) {
+    while (!boxes.empty() && boxes.size() < count) {
         const auto best = std::ranges::max_element(boxes, {}, &Box::gain);
         if (!(best->gain > 0.0))
             break;

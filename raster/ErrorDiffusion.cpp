@@ -5,7 +5,11 @@
 namespace Raster {
 
 ErrorDiffusion::ErrorDiffusion(PaletteMatcher& matcher, unsigned width)
-    : m_matcher(matcher), m_width(width), m_here(width + 2), m_below(width + 2)
+    : m_matcher(matcher),
+      m_width(width),
+      m_maxError(16 * matcher.FindSpacing()),
+      m_here(width + 2),
+      m_below(width + 2)
 {}
 
 void ErrorDiffusion::ChooseRow(const PixelRGBA8* row, std::uint8_t* indices)
@@ -21,13 +25,13 @@ void ErrorDiffusion::ChooseRow(const PixelRGBA8* row, std::uint8_t* indices)
 }
 
 ErrorDiffusion::Errors ErrorDiffusion::AddError(const PixelRGBA8& pixel,
-                                                const Errors& error) noexcept
+                                                const Errors& error) const noexcept
 {
-    // What lies outside the range is forgotten: handed on, it would pile up where the palette has no
-    // colour to make up for it.
     Errors sum;
-    for (std::size_t c = 0; c < sum.size(); ++c)
-        sum[c] = std::clamp(16 * pixel[c] + ((error[c] + 8) >> 4), 0, 16 * 255);
+    for (std::size_t c = 0; c < sum.size(); ++c) {
+        const int taken = std::clamp((error[c] + 8) >> 4, -m_maxError, m_maxError);
+        sum[c] = std::clamp(16 * pixel[c] + taken, 0, 16 * 255);
+    }
     // Opaque pixels stay opaque, translucent ones translucent.
     if (pixel.Alpha() == 255)
         sum[3] = 16 * 255;

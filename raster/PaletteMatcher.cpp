@@ -1,6 +1,8 @@
 #include <raster/PaletteMatcher.h>
 
+#include <algorithm>
 #include <bit>
+#include <cstdlib>
 
 #include <raster/Convert.h>
 
@@ -43,6 +45,26 @@ PaletteMatcher::PaletteMatcher(const DynamicPalette& palette)
     m_opaque.MakeTree();
     // A slot that was never used looks like one that has seen the transparent pixel.
     m_seen.assign(std::size_t{1} << SeenBits, {0, Search({})});
+}
+
+int PaletteMatcher::FindSpacing() const
+{
+    if (m_colours.size() < 2)
+        return 255;
+    const auto measure = [](const PixelRGBA8& a, const PixelRGBA8& b) {
+        int largest = 0;
+        for (std::size_t c = 0; c < a.ChannelCount; ++c)
+            largest = std::max(largest, std::abs(a[c] - b[c]));
+        return largest;
+    };
+    std::vector<int> nearest(m_colours.size(), 255);
+    for (std::size_t i = 0; i < m_colours.size(); ++i)
+        for (std::size_t j = 0; j < m_colours.size(); ++j)
+            if (i != j)
+                nearest[i] = std::min(nearest[i], measure(m_colours[i], m_colours[j]));
+    const auto middle = nearest.begin() + std::ptrdiff_t(nearest.size() / 2);
+    std::nth_element(nearest.begin(), middle, nearest.end());
+    return *middle;
 }
 
 std::uint8_t PaletteMatcher::Search(const PixelRGBA8& pixel) const

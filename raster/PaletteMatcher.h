@@ -22,6 +22,9 @@ public:
     std::uint8_t Find(const PixelRGBA8& pixel);
     /// An entry, premultiplied.
     const PixelRGBA8& GetColour(std::uint8_t index) const noexcept { return m_colours[index]; }
+    /// How far apart the entries are: the median, over all of them, of the largest difference of a
+    /// channel to the nearest other entry. 255 for a single one.
+    int FindSpacing() const;
 
 private:
     /// Some of the entries, and where they stand in the palette.

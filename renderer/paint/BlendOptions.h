@@ -5,6 +5,7 @@
 #include <geometry/Curve.h>
 #include <geometry/Spline.h>
 #include <kernel/Counted.h>
+#include <kernel/HashAccumulator.h>
 #include <renderer/Export.h>
 
 namespace Renderer {
@@ -59,6 +60,13 @@ public:
     bool IsIdentityAntialiasingGamma() const noexcept { return !m_antialiasingGamma; }
     /// Whether a blend range lets every value through: it is empty or the constant 1.
     static bool IsIdentitySpline(const Curve& curve);
+
+    /// Adds every member. Values that are only equal within the tolerance may hash apart.
+    void AccumulateHash(Kernel::HashAccumulator& hash) const;
+
+    /// Whether all members are equal: blend ranges point by point, the gamma and the points of the
+    /// anti-aliasing curve within 1e-6.
+    friend RENDERER_EXPORT bool operator==(const BlendOptions& a, const BlendOptions& b);
 
 private:
     static constexpr std::size_t Index(Side side, int curve) noexcept
