@@ -49,8 +49,8 @@ double GetGain(const Sum& part, const Sum& whole) noexcept
 }
 
 /// The direction in which the colours, seen from their mean, spread most: the first eigenvector of
-/// their covariance, by power iteration. In the coordinates of ColourPoint, each axis with its weight:
-/// its product with a point is the coordinate along it.
+/// their covariance, by power iteration. In the coordinates of ColourPoint, each axis with its
+/// weight: its product with a point is the coordinate along it.
 Vector FindPrincipalAxis(std::span<const WeightedColour> colours, const Sum& whole)
 {
     std::array<Vector, Axes> covariance{};
@@ -186,8 +186,8 @@ private:
         double error = 0.0;
         for (std::size_t i = 0; i < m_colours.size(); ++i) {
             m_owners[i] = nearest.Find(m_colours[i].point);
-            error += m_colours[i].weight * double(GetSquaredDistance(m_colours[i].point,
-                                                                     m_centres[m_owners[i]]));
+            error += m_colours[i].weight *
+                     double(GetSquaredDistance(m_colours[i].point, m_centres[m_owners[i]]));
         }
         return error;
     }

@@ -129,7 +129,8 @@ private:
     /// Indices beyond the colour table are transparent.
     void ReadColours()
     {
-        const ColorMapObject* map = m_gif->Image.ColorMap ? m_gif->Image.ColorMap : m_gif->SColorMap;
+        const ColorMapObject* map =
+            m_gif->Image.ColorMap ? m_gif->Image.ColorMap : m_gif->SColorMap;
         if (!map)
             Fail("there are no colours in it");
         m_colours.resize(256);

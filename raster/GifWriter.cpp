@@ -76,8 +76,8 @@ std::vector<PixelRGBA8> ListColours(const PalettisedBitmap& bitmap)
     ICCManager::ICCProfileSet profiles;
     profiles.SetRGB(bitmap.GetProfile());
     // Without a transform they are in sRGB already.
-    ICCManager::GetInstance().DoTransform(Format::RGBA8, profiles, colours.data(), Format::RGBA8, {},
-                                          colours.data(), colours.size());
+    ICCManager::GetInstance().DoTransform(Format::RGBA8, profiles, colours.data(), Format::RGBA8,
+                                          {}, colours.data(), colours.size());
     return colours;
 }
 

@@ -9,9 +9,9 @@
 
 namespace Raster {
 
-/// Finds the palette entry of a pixel, the same one for the same pixel every time: opaque pixels get
-/// opaque entries and transparent ones a transparent entry, as far as there are any. Remembers the
-/// pixels that it has seen last.
+/// Finds the palette entry of a pixel, the same one for the same pixel every time: opaque pixels
+/// get opaque entries and transparent ones a transparent entry, as far as there are any. Remembers
+/// the pixels that it has seen last.
 class PaletteMatcher
 {
 public:

@@ -25,7 +25,8 @@ bool HasTransparent(const DynamicBuffer& buffer)
     PaletteRows rows(buffer, PaletteAlpha::OneBit);
     for (unsigned y = 0; y < buffer.GetHeight(); ++y) {
         const PixelRGBA8* row = rows.GetRow(y);
-        if (std::any_of(row, row + buffer.GetWidth(), [](auto pixel) { return pixel.Alpha() == 0; }))
+        if (std::any_of(row, row + buffer.GetWidth(),
+                        [](auto pixel) { return pixel.Alpha() == 0; }))
             return true;
     }
     return false;
@@ -61,8 +62,8 @@ DynamicPalette ReserveTransparentEntry(const DynamicBitmap& bitmap, DynamicPalet
     return palette;
 }
 
-Kernel::Counted<const PalettisedBitmap>
-Palettise(const DynamicBitmap& bitmap, const DynamicPalette& palette, bool diffuse)
+Kernel::Counted<const PalettisedBitmap> Palettise(const DynamicBitmap& bitmap,
+                                                  const DynamicPalette& palette, bool diffuse)
 {
     CheckQuantisable(bitmap);
     CheckPalette(palette);
@@ -80,9 +81,8 @@ Palettise(const DynamicBitmap& bitmap, const DynamicPalette& palette, bool diffu
         else
             std::transform(row, row + width, out, [&](auto pixel) { return matcher.Find(pixel); });
     }
-    return Kernel::MakeCounted<const PalettisedBitmap>(width, buffer.GetHeight(),
-                                                       std::move(indices), palette,
-                                                       bitmap.GetProfile());
+    return Kernel::MakeCounted<const PalettisedBitmap>(
+        width, buffer.GetHeight(), std::move(indices), palette, bitmap.GetProfile());
 }
 
 } // namespace Raster

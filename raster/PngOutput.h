@@ -11,8 +11,8 @@
 
 namespace Raster {
 
-/// What every PNG file that is written needs while libpng may jump; owns only the libpng structures.
-/// Writers derive their own state from it.
+/// What every PNG file that is written needs while libpng may jump; owns only the libpng
+/// structures. Writers derive their own state from it.
 struct PngOutput
 {
     PngError error;

@@ -21,12 +21,13 @@ enum class PaletteAlpha
 /// @{
 
 /// The palette that a picture is shown with best: of at most \p count colours, its squared error is
-/// about the least. A picture of no more colours gets exactly these. Fully transparent pixels get an
-/// entry of their own, colours that are opaque or that make up most of their group stay as they are.
+/// about the least. A picture of no more colours gets exactly these. Fully transparent pixels get
+/// an entry of their own, colours that are opaque or that make up most of their group stay as they
+/// are.
 ///
-/// Groups are split along their principal axis where that lowers the squared error most (Orchard and
-/// Bouman, Color quantization of images, 1991; the place of the cut as by Wu, 1992) and refined by
-/// Lloyd's iteration. Sorted by alpha, then by brightness.
+/// Groups are split along their principal axis where that lowers the squared error most (Orchard
+/// and Bouman, Color quantization of images, 1991; the place of the cut as by Wu, 1992) and refined
+/// by Lloyd's iteration. Sorted by alpha, then by brightness.
 ///
 /// \param count 2 to 256.
 RASTER_EXPORT DynamicPalette MakeOptimalPalette(const DynamicBitmap& bitmap, unsigned count,

@@ -97,10 +97,9 @@ bool operator==(const BlendOptions& a, const BlendOptions& b)
     };
     return std::ranges::equal(a.m_curves, b.m_curves, areSame) &&
            std::abs(a.m_blendGamma - b.m_blendGamma) <= Tolerance &&
-           ArePointeesEqual(a.m_antialiasingGamma, b.m_antialiasingGamma,
-                            [](const auto& left, const auto& right) {
-                                return left.IsEqual(right, Tolerance);
-                            });
+           ArePointeesEqual(
+               a.m_antialiasingGamma, b.m_antialiasingGamma,
+               [](const auto& left, const auto& right) { return left.IsEqual(right, Tolerance); });
 }
 
 } // namespace Renderer

@@ -83,8 +83,8 @@ void ConvertColourOrProfileVisitor::NoteChange() noexcept
 
 bool ConvertColourOrProfileVisitor::Transform(ColourSpace space, Channels& channels) const
 {
-    const auto transform = Raster::ICCManager::GetInstance().GetFloatTransform(
-        space, m_oldColours, space, m_newColours);
+    const auto transform = Raster::ICCManager::GetInstance().GetFloatTransform(space, m_oldColours,
+                                                                               space, m_newColours);
     if (!transform)
         return false;
     const Channels source = channels;
@@ -182,8 +182,7 @@ AnyColour ConvertColourOrProfileVisitor::Visit(const Kernel::Counted<const Colou
     return Replace(colour);
 }
 
-AnyColour
-ConvertColourOrProfileVisitor::Visit(const Kernel::Counted<const ColourGrayscale>& colour)
+AnyColour ConvertColourOrProfileVisitor::Visit(const Kernel::Counted<const ColourGrayscale>& colour)
 {
     return Replace(colour);
 }

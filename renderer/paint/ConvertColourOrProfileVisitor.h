@@ -13,10 +13,11 @@ namespace Renderer {
 /// the old into the new profile of its model. Colours that differ by no more than 1e-6 per channel
 /// afterwards are given back as they are.
 ///
-/// RGB and HSL are in the RGB profile, which is the alternative one for RGBAUF documents; none means
-/// the default. CMYK and grey without a profile on one side go through RGB by the fixed formulas
-/// there; without any, they stay. Lab means the same without a profile. Of named colours the base is
-/// converted: their sRGB equivalent is in sRGB in every document. Registration colours stay.
+/// RGB and HSL are in the RGB profile, which is the alternative one for RGBAUF documents; none
+/// means the default. CMYK and grey without a profile on one side go through RGB by the fixed
+/// formulas there; without any, they stay. Lab means the same without a profile. Of named colours
+/// the base is converted: their sRGB equivalent is in sRGB in every document. Registration colours
+/// stay.
 ///
 /// Bitmaps without a profile are in the document's: they get the old one for their own, and their
 /// pixels stay. (With ink amounts that never had a profile there is none to get.)
@@ -26,7 +27,8 @@ public:
     using ICCProfileSet = Raster::ICCManager::ICCProfileSet;
     using Profile = Kernel::Counted<const Raster::ICCProfile>;
 
-    /// \param changed set to true when something is answered that differs from what was visited, and
+    /// \param changed set to true when something is answered that differs from what was visited,
+    /// and
     ///        left alone otherwise; may be null.
     ConvertColourOrProfileVisitor(Raster::Format oldFormat, const ICCProfileSet& oldProfiles,
                                   Raster::Format newFormat, const ICCProfileSet& newProfiles,

@@ -48,11 +48,12 @@ Kernel::Counted<Colour> MakeColour(ColourSpace space, const Source& source,
     return Kernel::MakeCounted<ColourRGB>(To<Raster::PixelRGBAF>(source, profiles));
 }
 
-/// The format of a space that keeps most of the depth of another; the same format when it is of that
-/// space already.
+/// The format of a space that keeps most of the depth of another; the same format when it is of
+/// that space already.
 Format FindFormat(ColourSpace space, Format format)
 {
-    const bool isDeep = format != Format::RGBA8 && format != Format::IA8 && format != Format::CMYKA8;
+    const bool isDeep =
+        format != Format::RGBA8 && format != Format::IA8 && format != Format::CMYKA8;
     switch (space) {
     case ColourSpace::Grey:
         return isDeep ? Format::IA16 : Format::IA8;
@@ -69,8 +70,8 @@ Format FindFormat(ColourSpace space, Format format)
 
 bool HasColours(Format format)
 {
-    return Raster::WithPixelOfFormat(
-        format, false, []<class P>(P) { return ColourConversion::HasColour<P>; });
+    return Raster::WithPixelOfFormat(format, false,
+                                     []<class P>(P) { return ColourConversion::HasColour<P>; });
 }
 
 } // namespace

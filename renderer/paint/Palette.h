@@ -70,8 +70,8 @@ public:
     /// None is empty.
     const Colours& GetColours() const noexcept { return m_colours; }
 
-    /// Turns \p palette into this one: each colour as a pixel of a format, tinted and in the profiles
-    /// given, in order. Stays empty for Format::None.
+    /// Turns \p palette into this one: each colour as a pixel of a format, tinted and in the
+    /// profiles given, in order. Stays empty for Format::None.
     void FillDynamicPalette(Raster::DynamicPalette& palette, Raster::Format format,
                             const Raster::ICCManager::ICCProfileSet& profiles) const;
 

@@ -207,6 +207,32 @@ TEST(FillDescriptor, HoldsAFillInItsFrame)
     EXPECT_EQ(holder.Clone()->GetFill(), solid.GetFill());
 }
 
+TEST(BlendOptions, CompareByTheValuesOfTheirCurves)
+{
+    using Points = std::vector<Geometry::Point>;
+    const auto make = [](int channel, const Points& points, double gamma) {
+        BlendOptions options;
+        options.SetChannelCurve(BlendOptions::Side::Destination, channel,
+                                Kernel::MakeCounted<const Geometry::Spline>(points));
+        options.SetBlendGamma(gamma);
+        return options;
+    };
+    const auto hash = [](const BlendOptions& options) {
+        Kernel::HashAccumulator accumulator;
+        options.AccumulateHash(accumulator);
+        return accumulator.GetHash();
+    };
+    const Points ramp{{0, 0}, {1, 1}};
+    EXPECT_EQ(make(2, ramp, 1.8), make(2, ramp, 1.8));
+    EXPECT_EQ(hash(make(2, ramp, 1.8)), hash(make(2, ramp, 1.8)));
+    EXPECT_EQ(make(2, ramp, 1.8), make(2, ramp, 1.8 + 5e-7));
+    for (const BlendOptions& other : {make(3, ramp, 1.8), make(2, {{0, 0}, {1, 0.5}}, 1.8),
+                                      make(2, ramp, 1.81), BlendOptions::Identity()}) {
+        EXPECT_FALSE(make(2, ramp, 1.8) == other);
+        EXPECT_NE(hash(make(2, ramp, 1.8)), hash(other));
+    }
+}
+
 TEST(BlendOptions, IdentityMeansNothingSet)
 {
     using Side = BlendOptions::Side;

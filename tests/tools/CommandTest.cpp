@@ -2,6 +2,7 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -163,6 +164,7 @@ TEST_F(Command, DrawsInEveryFormatAndKeepsWhatTheFileHolds)
                                           {"a.tif", c.tif},
                                           {"a.jpg", c.jpg},
                                           {"a.webp", Format::RGBA8},
+                                          {"a.gif", Format::RGBA8},
                                           {"a.exr", Format::RGBAUF}}) {
             SCOPED_TRACE(c.name + " in " + out);
             ASSERT_EQ(Draw(in, out, "--format " + c.name), 0) << m_errors;
@@ -211,6 +213,40 @@ TEST_F(Command, DithersAndClipsPerfectlyWhenAsked)
     EXPECT_EQ(GetPixel("b.png", 2, 13, 256, 20)[3], 128);
 }
 
+TEST_F(Command, ReducesPicturesToPalettes)
+{
+    const std::string in = m_folder.Write(
+        "in.svg", MakeDocument("<linearGradient id='g'><stop stop-color='#802010'/>"
+                               "<stop offset='1' stop-color='#20a0f0'/></linearGradient>"
+                               "<rect width='64' height='9' fill='url(#g)'/>",
+                               "width='64' height='10'"));
+    const auto countColours = [&](const std::string& name) {
+        std::set<std::array<int, 4>> colours;
+        for (unsigned y = 0; y < 10; ++y)
+            for (unsigned x = 0; x < 64; ++x)
+                colours.insert(GetPixel(name, x, y, 64, 10));
+        EXPECT_TRUE(colours.contains({0, 0, 0, 0})) << "the last row is transparent";
+        return colours.size();
+    };
+    for (const std::string out : {"a.png", "a.gif"}) {
+        ASSERT_EQ(Draw(in, out, "--colours 5"), 0) << m_errors;
+        EXPECT_EQ(countColours(out), 5U);
+        ASSERT_EQ(Draw(in, out, "--palette bw --diffuse --format rgba16"), 0) << m_errors;
+        EXPECT_EQ(countColours(out), 3U);
+        for (const std::string palette : {"web", "mac", "windows", "grey"}) {
+            ASSERT_EQ(Draw(in, out, "--palette " + palette), 0) << m_errors;
+            EXPECT_GT(countColours(out), 4U);
+        }
+    }
+    ASSERT_EQ(Draw(in, "b.gif", "--diffuse"), 0) << m_errors;
+    EXPECT_NEAR(GetPixel("b.gif", 0, 5, 64, 10)[0], 0x80, 3);
+
+    for (const std::string wrong :
+         {"a.jpg --colours 5", "a.tif --palette web", "a.exr --diffuse", "a.png --colours 1",
+          "a.gif --colours 257", "a.gif --palette sepia", "a.gif --palette web --colours 7"})
+        EXPECT_EQ(Draw(in, wrong), 2) << wrong;
+}
+
 TEST_F(Command, RefusesWrongUsage)
 {
     const std::string in = m_folder.Write("in.svg", Red);
@@ -219,7 +255,7 @@ TEST_F(Command, RefusesWrongUsage)
              "", "paint", "draw", "draw " + in, draw + "--width 0", draw + "--width -5",
              draw + "--width 1.5", draw + "--scale 0", draw + "--scale nan", draw + "--scale inf",
              draw + "--width 5 --scale 2", draw + "--format m8", draw + "--target wireframe",
-             draw + "--background mud", draw + "--shiny", "draw " + in + " " + Path("a.gif"),
+             draw + "--background mud", draw + "--shiny", "draw " + in + " " + Path("a.bmp"),
              "draw " + in + " " + Path("a")}) {
         EXPECT_EQ(Run(arguments), 2) << arguments;
         EXPECT_NE(m_errors, "") << arguments;

@@ -148,8 +148,8 @@ void WritePicture(const Kernel::Counted<Raster::DynamicBuffer>& picture, const P
 {
     const PictureKind& kind = FindPictureKind(options.output);
     const bool isPalettised = options.palette.IsGiven() || !kind.write;
-    const Raster::Format format = isPalettised ? Raster::Format::RGBA8
-                                               : FindHeldFormat(kind, picture->GetFormat());
+    const Raster::Format format =
+        isPalettised ? Raster::Format::RGBA8 : FindHeldFormat(kind, picture->GetFormat());
     const Raster::DynamicBitmap bitmap = ConvertPicture(picture, format, profile);
     try {
         Kernel::FileOutStream out(options.output);

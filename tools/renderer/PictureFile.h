@@ -21,7 +21,8 @@ struct PictureKind
     /// Whether files of this kind hold pixels of a format as they are.
     bool (*holds)(Raster::Format format);
     /// Null for files that hold no palettised pictures.
-    void (*writePalettised)(Kernel::OutStream& out, const Raster::PalettisedBitmap& bitmap) = nullptr;
+    void (*writePalettised)(Kernel::OutStream& out,
+                            const Raster::PalettisedBitmap& bitmap) = nullptr;
     /// What palettes of this kind of file hold of alpha.
     Raster::PaletteAlpha paletteAlpha = Raster::PaletteAlpha::None;
 };

@@ -149,8 +149,8 @@ TEST(PalettisedFile, ReadsTheFirstFrameOfAnyGIF)
             for (int x = 0; x < 20; ++x) {
                 const bool isInside = x >= 3 && x < 14 && y >= 4 && y < 23;
                 const int index = isInside ? (x - 3 + (y - 4) * (y - 4)) % 4 : 2;
-                constexpr PixelRGBA8 colours[] = {{10, 20, 30, 255}, {40, 50, 60, 255}, {},
-                                                  {1, 2, 3, 255}};
+                constexpr PixelRGBA8 colours[] = {
+                    {10, 20, 30, 255}, {40, 50, 60, 255}, {}, {1, 2, 3, 255}};
                 ASSERT_EQ(reinterpret_cast<const PixelRGBA8*>(
                               bitmap->GetBuffer()->GetRow(unsigned(y)))[x],
                           colours[index])

@@ -73,8 +73,8 @@ double MeasureReduced(const Bitmap& bitmap, unsigned count)
     return Measure(*bitmap->GetBuffer(), *Palettise(*bitmap, palette)->MakeBuffer());
 }
 
-/// The least squared error of \p count levels for greys 0…n−1 that are used alike: each level stands
-/// for a run of n/count of them, an even number whose middle is half a level off.
+/// The least squared error of \p count levels for greys 0…n−1 that are used alike: each level
+/// stands for a run of n/count of them, an even number whose middle is half a level off.
 double GetLeastGreyError(double n, double count)
 {
     const double run = n / count;
@@ -89,9 +89,8 @@ TEST(OptimalPalette, IsTheColoursThemselvesWhenThereAreFew)
     while (colours.size() < 40)
         colours.push_back({std::uint8_t(random()), std::uint8_t(random()), std::uint8_t(random()),
                            std::uint8_t(random() % 2 ? 255 : 1 + random() % 254)});
-    const auto bitmap = Paint(64, 50, [&](unsigned x, unsigned y) {
-        return colours[(x * 7 + y * 13) % colours.size()];
-    });
+    const auto bitmap = Paint(
+        64, 50, [&](unsigned x, unsigned y) { return colours[(x * 7 + y * 13) % colours.size()]; });
     for (const bool diffuse : {false, true}) {
         const auto palette = MakeOptimalPalette(*bitmap, 40, PaletteAlpha::Full);
         const auto picture = Palettise(*bitmap, palette, diffuse);
@@ -185,7 +184,8 @@ TEST(Palettise, ReservesAnEntryForTransparency)
         full.Add(DynamicPixel(PixelRGBA8{std::uint8_t(i), 0, 0, 255}));
     const auto picture = [](unsigned unused, std::uint8_t alpha) {
         return Paint(512, 1, [=](unsigned x, unsigned) -> PixelRGBA8 {
-            return {std::uint8_t(x % 256 == unused ? 0 : x), 0, 0, x == 1 ? alpha : std::uint8_t{255}};
+            return {std::uint8_t(x % 256 == unused ? 0 : x), 0, 0,
+                    x == 1 ? alpha : std::uint8_t{255}};
         });
     };
     EXPECT_EQ(ReserveTransparentEntry(*picture(77, 255), full), full) << "not needed";
