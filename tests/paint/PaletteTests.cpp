@@ -107,7 +107,8 @@ TEST(Palette, IsAValueOfItsColoursInOrder)
     ForceColourVisitor toRGB(Raster::ColourSpace::RGB, {});
     const auto palette = Palette::GetWebPalette();
     EXPECT_EQ(palette->Accept(toRGB), palette);
-    for (const auto& colour : palette->Accept(toGrey)->GetColours())
+    const auto greys = palette->Accept(toGrey);
+    for (const auto& colour : greys->GetColours())
         EXPECT_EQ(colour->GetType(), Colour::Grayscale);
 }
 
@@ -133,10 +134,11 @@ TEST(Palette, GoesIntoAndComesFromPixels)
         mac->FillDynamicPalette(pixels, format, {});
         EXPECT_EQ(pixels.GetFormat(), format);
         const auto back = List(Palette::CreateFromDynamicPalette(pixels, format));
+        const auto expected = List(mac);
         const int tolerance = format == Format::CMYKA8 ? 1 : 0;
         for (unsigned i = 0; i < 256; ++i)
             for (std::size_t c = 0; c < 3; ++c)
-                EXPECT_NEAR(back[i][c], List(mac)[i][c], tolerance) << int(format) << ' ' << i;
+                EXPECT_NEAR(back[i][c], expected[i][c], tolerance) << int(format) << ' ' << i;
     }
     mac->FillDynamicPalette(pixels, Format::None, {});
     EXPECT_EQ(pixels.GetSize(), 0U);
