@@ -81,6 +81,43 @@ void DrawAlphaOfPattern(RenderTarget& target)
     target.PopCompositeAsTransparency({night, Affine::FromRect({50, 36, 78, 57})}, {});
 }
 
+void MoveTowardsPaint(RenderTarget& target)
+{
+    DrawLandscape(target);
+    target.Interpolate(1.0F, FillBlendMode::Normal, BlendOptions::Identity(), Solid(0xfff3d6),
+                       Radial({64, 48}, 80, {{0, 0, 0}, {1, 0, 0.95}}));
+}
+
+void MoveTowardsGroup(RenderTarget& target)
+{
+    DrawCheckerboard(target);
+    target.PushComposite(Clear, FillBlendMode::Normal, BlendOptions::Identity(), 1.0F);
+    DrawLandscape(target);
+    target.PushComposite(Clear, FillBlendMode::Normal, BlendOptions::Identity(), 0.7F);
+    Paint(target, Flower({64, 48}, 42, 7), Rainbow({64, 48}));
+    target.PopCompositeAsFillAndInterpolate({}); // where the group is clear, so becomes the picture
+    target.PopCompositeAsFill({}, {});
+}
+
+void MoveWithinGroup(RenderTarget& target)
+{
+    DrawLandscape(target);
+    target.PushComposite(Clear, FillBlendMode::Normal, BlendOptions::Identity(), 0.8F);
+    Paint(target, Flower({64, 48}, 42, 7), Solid(0));
+    target.PopCompositeAsTransparencyAndInterpolate(Rainbow({64, 48}));
+}
+
+void DrawAlphaAlone(RenderTarget& target)
+{
+    DrawLandscape(target);
+    target.PushComposite(RenderTarget::CompositeInit::CopyBackdropColour, FillBlendMode::Screen,
+                         BlendOptions::Identity(), 1.0F);
+    target.PushAlphaChannelOnly();
+    Paint(target, Flower({64, 48}, 42, 7), Solid(0));
+    target.PopAlphaChannelOnly();
+    target.PopCompositeAsFill({}, {}); // the picture itself in the shape of the flower
+}
+
 void DrawInGrey(RenderTarget& target)
 {
     DrawLandscape(target);
@@ -111,6 +148,17 @@ void ShowPops(Page& page)
     page.Sample("group-transparency-mode", "DrawAlphaOfPattern", DrawAlphaOfPattern);
 }
 
+void ShowInterpolation(Page& page)
+{
+    page.Text(
+        "Instead of painting over the picture one can move it towards a paint, alpha included:");
+    page.Sample("interpolate-paint", "MoveTowardsPaint", MoveTowardsPaint);
+    page.Sample("interpolate-group", "MoveTowardsGroup", MoveTowardsGroup);
+    page.Sample("interpolate-transparency", "MoveWithinGroup", MoveWithinGroup);
+    page.Text("Where alpha alone is drawn, colour stays:");
+    page.Sample("group-alpha-only", "DrawAlphaAlone", DrawAlphaAlone);
+}
+
 } // namespace
 
 void ShowGroups(Page& page)
@@ -127,6 +175,7 @@ void ShowGroups(Page& page)
                   std::string("MultiplyInGroup(target, RenderTarget::CompositeInit::") + name + ')',
                   [init](RenderTarget& target) { MultiplyInGroup(target, init); });
     ShowPops(page);
+    ShowInterpolation(page);
     page.Text(
         "A part of the picture can be drawn by a target of its own, in another format and on a "
         "colour:");
