@@ -65,6 +65,18 @@ void ClipDevice(RenderTarget& target)
     }
 }
 
+void ClipToMask(RenderTarget& target)
+{
+    Paint(target, Sheet(), Solid(0xf6efe2));
+    const auto mask = Raster::DynamicBuffer::Create(Raster::Format::M8, 128, 96);
+    for (unsigned y = 0; y < 96; ++y)
+        for (unsigned x = 0; x < 128; ++x)
+            mask->GetRow(y)[x] = static_cast<unsigned char>((x % 16) * (y % 16) * 255 / 225);
+    target.PushClippingMask({0, 0, 128, 96}, mask);
+    DrawLandscape(target);
+    target.PopClippingMask();
+}
+
 } // namespace
 
 void ShowClips(Page& page)
@@ -76,6 +88,8 @@ void ShowClips(Page& page)
     page.Sample("clip-group", "ClipToUnion", ClipToUnion);
     page.Sample("clip-set", "ClipToManyPaths", ClipToManyPaths);
     page.Sample("clip-device", "ClipDevice", ClipDevice);
+    page.Text("By a mask, whose pixels scale what is drawn:");
+    page.Sample("clip-mask", "ClipToMask", ClipToMask);
 }
 
 } // namespace Gallery
