@@ -1,5 +1,7 @@
 #include <string>
 
+#include <renderer/paint/ColourAdjustments.h>
+
 #include "Chapters.h"
 #include "Subjects.h"
 
@@ -39,6 +41,64 @@ void FillStar(RenderTarget& target, WindingOrderMode winding)
                          Solid(0x1a7a6d), {}, {}, {}, winding, true, true);
 }
 
+void DrawUnderOwnClip(RenderTarget& target, bool perfect)
+{
+    target.SetPerfectClipping(perfect);
+    Paint(target, Sheet(), Solid(0x16203a));
+    target.PushClipCurvesPath(Star({16, 12}, 11, 4.6, 7, 0.02), WindingOrderMode::NonZero);
+    Paint(target, Star({16, 12}, 11, 4.6, 7, 0.02), Solid(0xffd166));
+    target.PopClipPath();
+}
+
+void DrawFaintGradient(RenderTarget& target, bool dithering)
+{
+    target.SetDithering(dithering);
+    Paint(target, Sheet(), Radial({64, 40}, 90, {{0, 0x3a4048}, {1, 0x303238}}));
+}
+
+/// A picture whose few tones between 0x30 and 0x48 are spread over all.
+Target RaiseContrast(const Target& faint)
+{
+    const Target target = MakeTarget();
+    const Renderer::LevelsRange range{.inputBlack = 0x30 / 255.0F, .inputWhite = 0x48 / 255.0F};
+    target->PushColourTransform(Kernel::MakeCounted<Renderer::LevelsAdjustment>(
+        Renderer::LevelsSettings{.master = range, .red = {}, .green = {}, .blue = {}}));
+    target->DrawBitmap({0, 0, 128, 96},
+                       Kernel::MakeCounted<Raster::DynamicBitmap>(faint->GetBuffer()), 1.0F,
+                       FillBlendMode::Normal, BlendOptions::Identity());
+    return target;
+}
+
+void ShowPerfectClipping(Page& page)
+{
+    page.Text(
+        "Perfect clipping: a shape whose edge is that of its clip keeps its coverage there; four "
+        "times as large:");
+    page.Code("DrawUnderOwnClip");
+    for (const bool perfect : {false, true}) {
+        const Target small = MakeTarget(Raster::Format::RGBA8, 32, 24);
+        DrawUnderOwnClip(*small, perfect);
+        const std::string flag = perfect ? "true" : "false";
+        page.Tile("switch-perfect-" + flag, "DrawUnderOwnClip(target, " + flag + ')',
+                  Enlarge(small, 4));
+    }
+}
+
+void ShowDithering(Page& page)
+{
+    page.Text(
+        "Dithering: what 8 bits cannot hold is spread over neighbouring pixels. The contrast of "
+        "these two pictures is raised tenfold:");
+    page.Code("DrawFaintGradient");
+    for (const bool dithering : {false, true}) {
+        const Target faint = MakeTarget();
+        DrawFaintGradient(*faint, dithering);
+        const std::string flag = dithering ? "true" : "false";
+        page.Tile("switch-dithering-" + flag, "DrawFaintGradient(target, " + flag + ')',
+                  RaiseContrast(faint));
+    }
+}
+
 } // namespace
 
 void ShowSwitches(Page& page)
@@ -69,6 +129,8 @@ void ShowSwitches(Page& page)
               [](RenderTarget& target) { FillStar(target, WindingOrderMode::EvenOdd); });
     page.Tile("switch-non-zero", "FillStar(target, WindingOrderMode::NonZero)",
               [](RenderTarget& target) { FillStar(target, WindingOrderMode::NonZero); });
+    ShowPerfectClipping(page);
+    ShowDithering(page);
 }
 
 } // namespace Gallery
