@@ -123,7 +123,7 @@ TEST(ConvertColourOrProfileVisitor, KeepsLookModelAndAttributes)
             EXPECT_EQ(result, colour);
         } else {
             EXPECT_TRUE(changed);
-            EXPECT_FALSE(result->IsEqual(*colour));
+            EXPECT_FALSE(result->Equals(*colour));
         }
         // There and back through the inks' tables, which are no inverse of each other, is far off.
         if (colour->GetColourSpace() != ColourSpace::CMYK)

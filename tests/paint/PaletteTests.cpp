@@ -101,7 +101,7 @@ TEST(Palette, IsAValueOfItsColoursInOrder)
     EXPECT_FALSE(Palette::Create({red}) == Palette::Create({red, red}));
     const auto clone = Palette::Create({red, blue})->Clone();
     EXPECT_FALSE(clone->IsConsolidated());
-    EXPECT_TRUE(clone->IsEqual(*Palette::Create({red, blue})));
+    EXPECT_TRUE(clone->Equals(*Palette::Create({red, blue})));
 
     ForceColourVisitor toGrey(Raster::ColourSpace::Grey, {});
     ForceColourVisitor toRGB(Raster::ColourSpace::RGB, {});
