@@ -46,8 +46,10 @@ unsigned char GetMaskByte(const P& pixel)
     return ToByte(P::ColourCount <= 1 ? pixel[0] : pixel.Alpha());
 }
 
-/// The bytes of a mask of any format. \return null when the memory cannot be had.
-Counted<const DynamicBuffer> ToBytes(const Counted<const DynamicBuffer>& mask)
+/// The bytes of a mask of any format within \p needed, in its own pixels; 0 elsewhere. \return null
+/// when the memory cannot be had.
+Counted<const DynamicBuffer> ToBytes(const Counted<const DynamicBuffer>& mask,
+                                     const RectT<int>& needed)
 {
     if (mask->GetFormat() == Raster::Format::M8)
         return mask;
@@ -56,13 +58,30 @@ Counted<const DynamicBuffer> ToBytes(const Counted<const DynamicBuffer>& mask)
     if (!bytes)
         return {};
     Raster::WithPixelOfFormat(mask->GetFormat(), false, [&]<class P>(P) {
-        for (unsigned y = 0; y < mask->GetHeight(); ++y) {
-            const P* const row = reinterpret_cast<const P*>(mask->GetRow(y));
-            std::transform(row, row + mask->GetWidth(), bytes->GetRow(y), GetMaskByte<P>);
-        }
+        Kernel::ForEachTile(needed, [&](const RectT<int>& tile) {
+            for (int y = tile.top; y < tile.bottom; ++y) {
+                const P* const row = reinterpret_cast<const P*>(mask->GetRow(unsigned(y)));
+                std::transform(row + tile.left, row + tile.right,
+                               bytes->GetRow(unsigned(y)) + tile.left, GetMaskByte<P>);
+            }
+        });
         return true;
     });
     return bytes;
+}
+
+/// The pixels of a mask that those of the device in \p rect are made of, with room for any filter.
+RectT<int> GetMaskPixels(const DynamicBuffer& mask, const AffineTransform::Params& deviceToUnit,
+                         const RectT<int>& rect)
+{
+    constexpr int reach = 4; // of filters, in pixels of the coarser side
+    const RectT<double> unit = AffineTransform::MapRect(
+        deviceToUnit, {double(rect.left) - reach, double(rect.top) - reach,
+                       double(rect.right) + reach, double(rect.bottom) + reach});
+    const double width = mask.GetWidth(), height = mask.GetHeight();
+    return GrowToPixels({unit.left * width - reach, unit.top * height - reach,
+                         unit.right * width + reach, unit.bottom * height + reach})
+        .Intersect({0, 0, int(mask.GetWidth()), int(mask.GetHeight())});
 }
 
 /// Whether a buffer that fills \p device, the image of its rectangle, needs no resampling.
@@ -139,7 +158,8 @@ ClippingMask MakeClippingMask(const Counted<const DynamicBuffer>& mask,
     if (needed.IsEmpty())
         return nothing;
     mask->SyncHostCache();
-    const Counted<const DynamicBuffer> bytes = ToBytes(mask);
+    const Counted<const DynamicBuffer> bytes =
+        ToBytes(mask, GetMaskPixels(*mask, deviceToUnit, needed));
     if (!bytes)
         return nothing;
     if (!within.buffer && FitsPixels(*bytes, frame, device)) {

@@ -271,6 +271,8 @@ private:
     /// Adds the populator that reads a group's pixels in place.
     bool AddGroupPopulator(const CompositeGroup& group, PopulatorRole role);
 
+    /// Whether what is drawn at present keeps colour plain.
+    bool HasPlainColours() const;
     /// Makes the colour of \p rect of the present buffer what the next drawing needs: plain for
     /// alpha alone, else premultiplied.
     void PrepareColours(const Kernel::RectT<int>& rect);

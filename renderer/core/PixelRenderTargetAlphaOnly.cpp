@@ -5,6 +5,9 @@
 // colour channels are therefore brought to plain colour first, which is then untouched, and
 // multiplied by the new alpha when colour is needed again: before anything else is drawn into the
 // buffer, before it is looked at, and, for the destination, when the last push is popped.
+//
+// Float colour needs none of that but where alpha is 0, since it can follow any alpha: there alone
+// it is plain (see AlphaOnlyKernel).
 
 #include <cstddef>
 
@@ -33,6 +36,30 @@ void ForPartsOutside(const RectT<int>& rect, int y, const RectT<int>& box, const
         work(common.right, rect.right);
 }
 
+/// Whether colour is kept plain while alpha alone is drawn.
+bool IsKeptPlain(Raster::Format format)
+{
+    return format != Raster::Format::RGBAUF;
+}
+
+/// Takes the colour from pixels without alpha.
+void DropHiddenColour(void* pixels, std::size_t count)
+{
+    auto* const pixel = static_cast<Raster::PixelRGBAUF*>(pixels);
+    for (std::size_t i = 0; i < count; ++i)
+        if (!(pixel[i].Alpha() > 0.0F))
+            pixel[i] = {};
+}
+
+/// Makes pixels of an area that may hold plain colour what they are everywhere else.
+void SettlePixels(Raster::Format format, void* pixels, std::size_t count)
+{
+    if (IsKeptPlain(format))
+        Raster::Premultiply(format, pixels, count);
+    else
+        DropHiddenColour(pixels, count);
+}
+
 /// Converts the pixels of \p rect that lie outside of \p known.
 /// \param origin the page pixel of the buffer's first.
 void ConvertColours(Raster::DynamicBuffer& buffer, Kernel::PointT<int> origin,
@@ -58,11 +85,16 @@ void Settle(const Kernel::Counted<Raster::DynamicBuffer>& buffer, Kernel::PointT
             AlphaOnlyState& state)
 {
     if (!state.plain.IsEmpty())
-        ConvertColours(*buffer, origin, state.plain, {}, Raster::Premultiply);
+        ConvertColours(*buffer, origin, state.plain, {}, SettlePixels);
     state.plain = {};
 }
 
 } // namespace
+
+bool PixelRenderTarget::HasPlainColours() const
+{
+    return IsAlphaOnly() && IsKeptPlain(GetColourFormat());
+}
 
 void PixelRenderTarget::PushAlphaChannelOnly()
 {
@@ -86,8 +118,10 @@ void PixelRenderTarget::PrepareColours(const RectT<int>& rect)
     if (rect.IsEmpty() || CommonPart(m_alphaOnly.plain, rect) == rect)
         return;
     const RectT<int> known = m_alphaOnly.plain;
-    m_alphaOnly.plain = known.IsEmpty() ? rect : known.Union(rect);
-    ConvertColours(*m_current, m_currentOrigin, m_alphaOnly.plain, known, Raster::Unpremultiply);
+    const RectT<int> all = known.IsEmpty() ? rect : known.Union(rect);
+    if (HasPlainColours())
+        ConvertColours(*m_current, m_currentOrigin, all, known, Raster::Unpremultiply);
+    m_alphaOnly.plain = all;
 }
 
 void PixelRenderTarget::SettleColours() const
@@ -106,25 +140,35 @@ void PixelRenderTarget::SettleBackdrop(int y, int left, int right, unsigned char
 {
     const RectT<int> plain = CommonPart(m_alphaOnly.plain, {left, y, right, y + 1});
     if (!plain.IsEmpty())
-        Raster::Premultiply(GetColourFormat(),
-                            pixels + std::size_t(plain.left - left) * m_pixelSize,
-                            unsigned(plain.Width()));
+        SettlePixels(GetColourFormat(), pixels + std::size_t(plain.left - left) * m_pixelSize,
+                     unsigned(plain.Width()));
 }
 
 void PixelRenderTarget::KeepBackdropColour(int y, int left, int right, unsigned char* pixels) const
 {
     const auto at = [&](int x) { return pixels + std::size_t(x - left) * m_pixelSize; };
-    ForPartsOutside({left, y, right, y + 1}, y, m_alphaOnly.plain, [&](int begin, int end) {
-        Raster::Unpremultiply(GetColourFormat(), at(begin), unsigned(end - begin));
-    });
+    const auto makePlain = [this](void* part, unsigned count) {
+        if (IsKeptPlain(GetColourFormat()))
+            Raster::Unpremultiply(GetColourFormat(), part, count);
+        else
+            DropHiddenColour(part, count); // ClearAlpha does the rest
+    };
+    ForPartsOutside({left, y, right, y + 1}, y, m_alphaOnly.plain,
+                    [&](int begin, int end) { makePlain(at(begin), unsigned(end - begin)); });
     ClearAlpha(pixels, unsigned(right - left));
 }
 
 void PixelRenderTarget::ClearAlpha(unsigned char* pixels, unsigned count) const
 {
     Raster::WithPixelOfFormat(GetColourFormat(), false, [&]<class P>(P) {
-        for (unsigned i = 0; i < count; ++i)
-            reinterpret_cast<P*>(pixels)[i].Alpha() = {};
+        auto* const pixel = reinterpret_cast<P*>(pixels);
+        for (unsigned i = 0; i < count; ++i) {
+            if constexpr (std::is_floating_point_v<typename P::ChannelType>) {
+                for (std::size_t c = 0; pixel[i].Alpha() > 0 && c < P::ColourCount; ++c)
+                    pixel[i][c] /= pixel[i].Alpha();
+            }
+            pixel[i].Alpha() = {};
+        }
         return true;
     });
 }

@@ -32,9 +32,11 @@ bool HasBlendRanges(const BlendOptions& options)
 
 PopulatorContext PixelRenderTarget::GetPopulatorContext()
 {
-    return {
-        GetProfiles(), GetDownResamplerType(), m_current.Get(),          m_currentOrigin, m_bitmaps,
-        m_gradients,   GetDithering(),         IsAllowDegradedBitmaps(), IsAlphaOnly()};
+    return {GetProfiles(),    GetDownResamplerType(),
+            m_current.Get(),  m_currentOrigin,
+            m_bitmaps,        m_gradients,
+            GetDithering(),   IsAllowDegradedBitmaps(),
+            HasPlainColours()};
 }
 
 bool PixelRenderTarget::AddFillPopulator(const FillDescriptorConst& fill, const RectT<int>&)

@@ -43,6 +43,10 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
     if (m_current && !group.rect.IsEmpty())
         group.buffer = m_spareBuffers.Take(GetColourFormat(), unsigned(group.rect.Width()),
                                            unsigned(group.rect.Height()));
+    const bool colourOnly = init == CompositeInit::CopyBackdropColour;
+    const bool copies = group.buffer && (colourOnly || init == CompositeInit::CopyBackdrop);
+    if (copies)
+        CopyBackdrop(group, colourOnly);
     MakeRoomForOne(m_deviceClips);
     MakeRoomForOne(m_groups);
     m_clipPaths.Seal(); // nothing fails from here on
@@ -50,16 +54,8 @@ void PixelRenderTarget::PushComposite(CompositeInit init, FillBlendMode::BlendMo
     // it.
     if (!group.buffer)
         group.rect = {};
-    m_touched = {};
-    if (group.buffer &&
-        (init == CompositeInit::CopyBackdrop || init == CompositeInit::CopyBackdropColour)) {
-        const bool colourOnly = init == CompositeInit::CopyBackdropColour;
-        CopyBackdrop(group, colourOnly);
-        m_touched = group.rect;
-        m_alphaOnly = {0, colourOnly ? group.rect : RectT<int>{}};
-    } else {
-        m_alphaOnly = {};
-    }
+    m_touched = copies ? group.rect : RectT<int>{};
+    m_alphaOnly = {0, copies && colourOnly ? group.rect : RectT<int>{}};
     PushDeviceClip(group.rect, false);
     ShowBuffer(group.buffer, {group.rect.left, group.rect.top});
     m_groups.push_back(std::move(group));

@@ -25,7 +25,15 @@ PixelRenderTarget::PixelRenderTarget(Raster::Format format, const SpanBlendSet& 
     RenderTarget::SetColourFormatAndProfiles(format, std::move(profiles));
 }
 
-PixelRenderTarget::~PixelRenderTarget() = default;
+PixelRenderTarget::~PixelRenderTarget()
+{
+    // Somebody may keep the destination.
+    try {
+        SettleAllColours();
+    } catch (...) {
+        // A host's cache that cannot be read has nobody to tell.
+    }
+}
 
 void PixelRenderTarget::SetColourFormatAndProfiles(Raster::Format,
                                                    Raster::ICCManager::ICCProfileSet profiles)

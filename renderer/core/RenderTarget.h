@@ -183,8 +183,10 @@ public:
 
     /// Between the two, which nest, only alpha is drawn: colour stays, and alpha changes as it
     /// would otherwise, by Interpolate and Clear too. Where a pixel becomes transparent its colour
-    /// stays until something else is drawn. A group opened in between is drawn in full; closing it
-    /// draws its alpha.
+    /// stays until something else is drawn or a buffer of the target is asked for. A group opened
+    /// in between is drawn in full; closing it draws its alpha. Until the last pop, or until the
+    /// target is asked for its buffer, a destination that the caller holds may be other than
+    /// premultiplied.
     virtual void PushAlphaChannelOnly() = 0;
     virtual void PopAlphaChannelOnly() = 0;
 
@@ -367,8 +369,9 @@ public:
     bool GetPerfectClipping() const { return m_perfectClipping; }
     void SetPerfectClipping(bool perfect) { m_perfectClipping = perfect; }
     /// Asks for ordered dithering where paint that is known to more than 8 bits (gradients, bitmaps
-    /// and buffers of 16 bits or float, sub-renders of such formats) is drawn in a format of 8 bits.
-    /// The pattern depends on the device pixel alone; what 8 bits hold exactly stays as it is.
+    /// and buffers of 16 bits or float, sub-renders of such formats) is drawn in a format of 8
+    /// bits. The pattern depends on the device pixel alone; what 8 bits hold exactly stays as it
+    /// is.
     bool GetDithering() const { return m_dithering; }
     void SetDithering(bool dithering) { m_dithering = dithering; }
     bool GetAllowEffects() const { return m_allowEffects; }

@@ -2,12 +2,15 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 #include <renderer/core/blend/PixelPlanes.h>
 
 namespace Renderer::Blending {
 
-/// Another kernel, of whose results only alpha is kept: colour channels stay, byte for byte.
+/// Another kernel, of whose results only alpha is kept. Integer colour stays byte for byte: who
+/// calls keeps it plain for as long. Float colour follows the alpha that it is premultiplied with,
+/// which costs it nothing; where alpha is 0 it is plain.
 template<class KernelT>
 struct AlphaOnlyKernel
 {
@@ -24,7 +27,24 @@ struct AlphaOnlyKernel
         auto* const results = reinterpret_cast<Pixel*>(copy);
         KernelT::Block(results, source, weights, count);
         for (unsigned i = 0; i < count; ++i)
-            destination[i].channels[Pixel::AlphaIndex] = results[i].channels[Pixel::AlphaIndex];
+            SetAlpha(destination[i], results[i].Alpha());
+    }
+
+private:
+    using Channel = typename Pixel::ChannelType;
+
+    static void SetAlpha(Pixel& pixel, Channel alpha)
+    {
+        if constexpr (std::is_floating_point_v<Channel>) {
+            const Channel before = pixel.Alpha();
+            if (alpha == before)
+                return;
+            const Channel from = before > 0 ? before : Channel(1);
+            const Channel factor = (alpha > 0 ? alpha : Channel(1)) / from;
+            for (std::size_t c = 0; c < Pixel::ColourCount; ++c)
+                pixel[c] *= factor;
+        }
+        pixel.Alpha() = alpha;
     }
 };
 

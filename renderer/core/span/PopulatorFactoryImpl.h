@@ -123,6 +123,22 @@ bool PopulatorFactory<Processor>::MakeBackBuffer(const Call& call)
                                                   call.context.isBackBufferPlain);
 }
 
+/// A buffer to paint with: itself, or a copy where it is the one that is painted on, of which a
+/// span would read what another has written.
+inline Kernel::Counted<const Raster::DynamicBuffer>
+GetStillPixels(const Kernel::Counted<const Raster::DynamicBuffer>& buffer,
+               const PopulatorContext& context)
+{
+    if (buffer.Get() != context.backBuffer)
+        return buffer;
+    const auto copy =
+        Raster::DynamicBuffer::Create(buffer->GetFormat(), buffer->GetWidth(), buffer->GetHeight());
+    for (unsigned y = 0; copy && y < buffer->GetHeight(); ++y)
+        std::copy_n(buffer->GetRow(y), std::size_t{buffer->GetWidth()} * buffer->GetPixelSize(),
+                    copy->GetRow(y));
+    return copy;
+}
+
 template<class Processor>
 bool PopulatorFactory<Processor>::MakeBitmap(const FillBitmap& fill, const Call& call)
 {
@@ -142,7 +158,9 @@ bool PopulatorFactory<Processor>::MakeBitmap(const FillBitmap& fill, const Call&
 template<class Processor>
 bool PopulatorFactory<Processor>::MakeBuffer(const FillBuffer& fill, const Call& call)
 {
-    const auto& buffer = fill.GetBuffer();
+    if (!fill.GetBuffer())
+        return false;
+    const auto buffer = GetStillPixels(fill.GetBuffer(), call.context);
     if (!buffer)
         return false;
     // Buffers change between calls: nothing that is derived from one is kept.

@@ -80,7 +80,7 @@ TYPED_TEST(Interpolation, FullWeightsGiveThePaint)
     EXPECT_TRUE(SameBytes(result, this->spans.source));
 }
 
-TYPED_TEST(Interpolation, AlphaAloneIsThatOfTheWholeAndColourStays)
+TYPED_TEST(Interpolation, AlphaAloneIsThatOfTheWholeAndPlainColourStays)
 {
     using P = TypeParam;
     const auto& spans = this->spans;
@@ -91,6 +91,13 @@ TYPED_TEST(Interpolation, AlphaAloneIsThatOfTheWholeAndColourStays)
         for (unsigned i = 0; i < length; ++i) {
             const auto alpha = expected[i].Alpha();
             expected[i] = spans.backdrop[i];
+            if constexpr (std::is_floating_point_v<typename P::ChannelType>) {
+                // Colour follows alpha; that of pixels without alpha is plain.
+                const float before = expected[i].Alpha();
+                const float factor = (alpha > 0 ? alpha : 1) / (before > 0 ? before : 1);
+                for (std::size_t c = 0; alpha != before && c < P::ColourCount; ++c)
+                    expected[i][c] *= factor;
+            }
             expected[i].Alpha() = alpha;
         }
         EXPECT_TRUE(SameBytes(expected, result)) << mode;

@@ -1,10 +1,12 @@
 // Buffers: states that move between targets, spare ones, mattes, and a host's copies.
 
 #include <functional>
+#include <new>
 #include <random>
 #include <string>
 
 #include <raster/AffineTransform.h>
+#include <renderer/paint/FillBuffer.h>
 
 #include "FormatFixture.h"
 
@@ -197,15 +199,22 @@ class HostBuffer : public DynamicBuffer
 public:
     HostBuffer(unsigned width, unsigned height) : DynamicBuffer(Format::RGBA8, width, height) {}
 
-    void SyncHostCache() const override { m_calls += "sync "; }
+    void SyncHostCache() const override
+    {
+        if (m_fails)
+            throw std::bad_alloc();
+        m_calls += "sync ";
+    }
     void InvalidateHardwareCache(const RectT<int>& r) override
     {
         m_calls += std::to_string(r.left) + "," + std::to_string(r.top) + "," +
                    std::to_string(r.right) + "," + std::to_string(r.bottom) + " ";
     }
     std::string Take() const { return std::exchange(m_calls, {}); }
+    void SetFails(bool fails) { m_fails = fails; }
 
 private:
+    bool m_fails = false;
     mutable std::string m_calls;
 };
 
@@ -280,6 +289,40 @@ TEST_F(BufferTest, HostsLearnWhatIsWritten)
         EXPECT_EQ(buffer->Take(), c.clipped);
         target->PopDeviceClip();
     }
+}
+
+TEST_F(BufferTest, AGroupThatCannotBeginChangesNothing)
+{
+    const auto buffer = Kernel::MakeCounted<HostBuffer>(16U, 12U);
+    ASSERT_TRUE(target->AttachBuffer(buffer, {0, 0, 16, 12}));
+    target->PushClipCurvesPath(Rectangle(2.5, 2.5, 8.5, 8.5), Geometry::WindingOrderMode::NonZero);
+    buffer->SetFails(true);
+    EXPECT_THROW(target->PushComposite(CompositeInit::CopyBackdrop, FillBlendMode::Normal,
+                                       BlendOptions::Identity(), 1.0F),
+                 std::bad_alloc);
+    buffer->SetFails(false);
+    EXPECT_TRUE(target->HasClipPaths());
+    Fill({0, 0, 16, 12}, Red);
+    EXPECT_EQ(At(12, 5), Nothing);
+    EXPECT_EQ(At(5, 5), Red);
+}
+
+TEST_F(BufferTest, PaintsItselfAsItWas)
+{
+    for (int x = 0; x < Width; ++x)
+        Fill({double(x), 0, x + 1.0, Height}, {{(unsigned char)(6 * x), 90, 30, 255}});
+    const auto picture = target->GetBuffer();
+    const auto copy = DynamicBuffer::Create(Format::RGBA8, Width, Height);
+    for (unsigned y = 0; y < Height; ++y)
+        std::memcpy(copy->GetRow(y), picture->GetRow(y), 4 * Width);
+    const auto other = Make();
+    for (const auto& [on, from] : {std::pair(target, picture), std::pair(other, copy)})
+        on->Blend(1.0F, FillBlendMode::Normal, BlendOptions::Identity(),
+                  FillDescriptorConst(FillBuffer::Create(from, Raster::ExtendType::Wrap,
+                                                         Raster::ResamplerType::NearestNeighbour),
+                                      {Width, 0, 7, 0, Height, 0}),
+                  {});
+    EXPECT_EQ(BytesOf(target), BytesOf(other));
 }
 
 } // namespace

@@ -334,5 +334,37 @@ TEST_F(AlphaOnlyTest, BuffersAreLeftPremultiplied)
     EXPECT_EQ(*pixel, Red);
 }
 
+TEST_F(AlphaOnlyTest, WhoKeepsTheBufferGetsItPremultiplied)
+{
+    Fill({0, 0, Width, Height}, {{200, 0, 0, 128}});
+    const auto buffer = target->GetBuffer();
+    target->PushAlphaChannelOnly();
+    Fill({0, 0, 10, 10}, Green, 0.25F);
+    target.Reset();
+    const auto pixel = *reinterpret_cast<const PixelRGBA8*>(buffer->GetRow(0));
+    EXPECT_EQ(pixel, (PixelRGBA8{{124, 0, 0, 159}})); // plain red of 100 ÷ 128 is 199
+}
+
+// Whatever the pixels are: float colour and alpha can be too far apart to be divided.
+TEST_F(AlphaOnlyTest, FloatPixelsBesideThePathStay)
+{
+    using Pixel = Raster::PixelRGBAUF;
+    const auto floats = MakeTarget(Format::RGBAUF, 16, 16);
+    auto* const first = reinterpret_cast<Pixel*>(floats->GetBuffer()->GetRow(0));
+    first[8] = {{1e30F, 1.0F, 0.1F, 1e-30F}};
+    first[9] = {{0.1F, 0.3F, 0.7F, 0.3F}};
+    const Pixel huge = first[8], odd = first[9];
+    floats->PushAlphaChannelOnly();
+    floats->DrawPolyCurve(Rectangle(0, 0, 4, 4), 1.0F, FillBlendMode::Normal,
+                          BlendOptions::Identity(), Solid(Red), {}, {}, {},
+                          Geometry::WindingOrderMode::EvenOdd, true, true);
+    floats->DrawPolyCurve(Rectangle(12, 0, 16, 4), 1.0F, FillBlendMode::Normal,
+                          BlendOptions::Identity(), Solid(Red), {}, {}, {},
+                          Geometry::WindingOrderMode::EvenOdd, true, true);
+    floats->PopAlphaChannelOnly();
+    EXPECT_EQ(first[8], huge);
+    EXPECT_EQ(first[9], odd);
+}
+
 } // namespace
 } // namespace Renderer
