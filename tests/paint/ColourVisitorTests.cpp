@@ -269,7 +269,8 @@ TEST(ForceColourVisitor, BringsEveryColourIntoTheModel)
     EXPECT_EQ(registration->Accept(visitor), registration);
     const auto rgb = ColourRGB::Create(PixelRGBA8{200, 90, 40, 255});
     const auto named = ColourNamed::Create("rust", true, rgb, rgb);
-    const auto& grey = dynamic_cast<const ColourNamed&>(*named->Accept(visitor));
+    const auto forced = named->Accept(visitor);
+    const auto& grey = dynamic_cast<const ColourNamed&>(*forced);
     EXPECT_EQ(grey.GetName(), "rust");
     EXPECT_TRUE(grey.IsSpot());
     EXPECT_FALSE(grey.GetSRGBColour());
