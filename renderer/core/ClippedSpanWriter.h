@@ -24,10 +24,12 @@ public:
     /// \param area of the clip's and the shape's regions; must outlive the object.
     explicit AreaOfCovers(Coverage::CommonArea& area) noexcept : m_area(area) {}
 
-    /// The common area of pixels from (x, y) on.
-    const unsigned char* Get(int x, int y) const
+    /// What is known of the common area of pixels from (x, y) on.
+    Coverage::CommonArea::Row Get(int x, int y) const
     {
-        return m_area.GetRow(y) + (x - m_area.GetLeft());
+        const Coverage::CommonArea::Row row = m_area.GetRow(y);
+        const int column = x - m_area.GetLeft();
+        return {row.covers + column, row.known + column};
     }
 
 private:
@@ -96,7 +98,12 @@ private:
     {
         if constexpr (Partial::Corrects) {
             if (IsPartial(cover) && IsPartial(solid)) {
-                m_writer.Mask(x, length, m_partial.Get(x, m_y));
+                std::fill_n(m_covers, length, Coverage::MultiplyBytes(cover, solid));
+                const auto area = m_partial.Get(x, m_y);
+                for (unsigned i = 0; i < length; ++i)
+                    if (area.known[i])
+                        m_covers[i] = area.covers[i];
+                m_writer.Mask(x, length, m_covers);
                 return;
             }
         }
@@ -110,13 +117,14 @@ private:
     {
         Coverage::MultiplyCovers(m_covers, a, b, length);
         if constexpr (Partial::Corrects) {
-            const unsigned char* area = nullptr; // most rows do without
+            Coverage::CommonArea::Row area{}; // most rows do without
             for (unsigned i = 0; i < length; ++i) {
                 if (!IsPartial(a[i]) || !IsPartial(At(b, i)))
                     continue;
-                if (!area)
+                if (!area.covers)
                     area = m_partial.Get(x, m_y);
-                m_covers[i] = area[i];
+                if (area.known[i])
+                    m_covers[i] = area.covers[i];
             }
         }
         m_writer.Mask(x, length, m_covers);

@@ -306,7 +306,8 @@ private:
     GradientCache m_gradients;
     PolyPolygon m_polygons;            // what a call flattens, kept for its memory
     PolyPolygon m_outline;             // of the call's stroke
-    Coverage::CommonArea m_commonArea; // of clip and shape, for perfect clipping
+    Coverage::Region m_shapeRegion;    // the shape, for perfect clipping
+    Coverage::CommonArea m_commonArea; // of it and the clip
     Geometry::PathStroker m_stroker;
     double m_gamma = 1.0;
     mutable Flattening m_flattening; // of the last call

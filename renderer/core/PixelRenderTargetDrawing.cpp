@@ -193,15 +193,15 @@ void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
     m_rasterizer.SetClipBox(window);
     const bool evenOdd = m_rasterizer.IsEvenOdd();
     m_rasterizer.SetEvenOdd(rule.winding == WindingOrderMode::EvenOdd);
-    Coverage::Region shape;
     if (exactClip) {
-        shape.AddPath(polygons, transform, m_rasterizer.IsEvenOdd(), window.top, window.bottom,
-                      m_rasterizer.GetStore());
+        m_shapeRegion.Clear();
+        m_shapeRegion.AddPath(polygons, transform, m_rasterizer.IsEvenOdd(), window.top,
+                              window.bottom, m_rasterizer.GetStore());
         m_rasterizer.SetClipBox(window);
     }
     m_rasterizer.AddPolygons(polygons, transform);
     if (exactClip)
-        m_commonArea.Begin(exactClip->regions, &shape, m_rasterizer.GetBounds(true));
+        m_commonArea.Begin(exactClip->regions, &m_shapeRegion, m_rasterizer.GetBounds(true));
     if (!IsAborting()) {
         const RectT<int> bounds = m_rasterizer.GetBounds(antialias);
         Touch(bounds);

@@ -361,11 +361,11 @@ public:
 
     bool GetAntialias() const { return m_antialias; }
     void SetAntialias(bool antialias) { m_antialias = antialias; }
-    /// Asks for clips and shapes to be combined by the area that they have in common rather than by
-    /// the product of their coverages: a shape whose edge is that of the clip keeps its coverage
-    /// there. Its error is that of the coverage of a single path, below 1/256 of a pixel per edge.
-    /// Coverage gamma acts on the common area. What is drawn in a group meets the clips outside of
-    /// it when the group is closed, by their common area times the group's alpha.
+    /// Asks for clips and shapes to be combined by the area they have in common, not the product of
+    /// their coverages: a shape whose edge is that of the clip keeps its coverage (to 1/256 of a
+    /// pixel per edge) where it does not cross itself; where it does, the area is exact, unlike
+    /// coverage. Pixels with too many edges keep the product. Coverage gamma acts on the area. A
+    /// group meets the clips outside of it when it is closed, by their common area times its alpha.
     bool GetPerfectClipping() const { return m_perfectClipping; }
     void SetPerfectClipping(bool perfect) { m_perfectClipping = perfect; }
     /// Asks for ordered dithering where paint that is known to more than 8 bits (gradients, bitmaps

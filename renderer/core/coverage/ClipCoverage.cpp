@@ -256,17 +256,19 @@ Counted<const ClipCoverage> ClipCoverage::Unite(const ClipCoverage& a, const Cli
         const unsigned char* const bytesA = solidA ? &runA->cover : a.GetBytes(*runA);
         const unsigned char* const bytesB = solidB ? &runB->cover : b.GetBytes(*runB);
         unsigned char* out = builder.AddMask(from, unsigned(to - from));
-        const unsigned char* both = nullptr;
+        CommonArea::Row both{};
         for (int x = from; x < to; ++x) {
             const unsigned leftA = 255U - bytesA[solidA ? 0 : x - runA->x];
             const unsigned leftB = 255U - bytesB[solidB ? 0 : x - runB->x];
+            *out = static_cast<unsigned char>(255 - MultiplyBytes(leftA, leftB));
             if (area && leftA % 255 != 0 && leftB % 255 != 0) {
-                if (!both)
+                if (!both.covers)
                     both = area->GetRow(row);
-                *out++ = both[x - area->GetLeft()];
-            } else {
-                *out++ = static_cast<unsigned char>(255 - MultiplyBytes(leftA, leftB));
+                const int column = x - area->GetLeft();
+                if (both.known[column])
+                    *out = both.covers[column];
             }
+            ++out;
         }
     };
     for (int y = rect.top; y < rect.bottom; ++y) {

@@ -1,6 +1,7 @@
 #include <renderer/core/coverage/CommonArea.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <tuple>
 
@@ -42,6 +43,21 @@ struct RowSink
     }
 };
 
+/// A number for an end of an edge within a row, such that sums of different ends differ.
+std::uint64_t GetSign(std::size_t path, int y) noexcept
+{
+    std::uint64_t sign = (std::uint64_t{path} << 32 | std::uint32_t(y)) + 0x9E3779B97F4A7C15U;
+    sign = (sign ^ sign >> 30) * 0xBF58476D1CE4E5B9U;
+    sign = (sign ^ sign >> 27) * 0x94D049BB133111EBU;
+    return sign ^ sign >> 31;
+}
+
+/// Slabs times edges that a cluster may cost. Beyond, differences of the exact area and the product
+/// drown in what so many edges make of so few pixels.
+constexpr std::size_t ClusterBudget = 2048;
+/// Edges near each other, per edge, that a cluster may be searched for crossings of.
+constexpr std::size_t NearBudget = 16;
+
 } // namespace
 
 void CommonArea::Begin(const Regions& regions, const Region* shape,
@@ -62,32 +78,38 @@ void CommonArea::AddRegion(const Region& region)
 {
     for (const Region::Path& path : region.GetPaths())
         m_paths.push_back({&path.edges, m_insides.size(), path.evenOdd});
-    m_insides.push_back(0);
+    m_insides.push_back({});
 }
 
-const unsigned char* CommonArea::GetRow(int y)
+CommonArea::Row CommonArea::GetRow(int y)
 {
     if (m_hasRow && m_row == y)
-        return m_covers.data();
+        return {m_covers.data(), m_known.data()};
     FindActiveEdges(y);
     m_row = y;
     m_hasRow = true;
-    const int top = y * SubPixelScale, bottom = top + SubPixelScale;
-    m_cuts.assign({top, bottom});
-    for (const ActiveEdge& active : m_active)
-        for (const int end : {active.edge->y1, active.edge->y2})
-            if (end > top && end < bottom)
-                m_cuts.push_back(end);
-    std::sort(m_cuts.begin(), m_cuts.end());
-    m_rows.Open({m_window.left, y, m_window.right, y + 1});
-    for (std::size_t i = 0; i + 1 < m_cuts.size(); ++i)
-        if (m_cuts[i] < m_cuts[i + 1])
-            AddSlab(m_cuts[i], m_cuts[i + 1]);
-    for (ActiveEdge& active : m_active)
-        WalkPiece(active);
+    for (Path& path : m_paths)
+        path.winding = path.before = 0;
+    std::fill(m_insides.begin(), m_insides.end(), Insides{});
+    m_outside = {int(m_insides.size()), int(m_insides.size())};
+    m_isSweptInside = false;
     m_covers.assign(std::size_t(m_window.Width()), 0);
+    m_known.assign(std::size_t(m_window.Width()), 0);
+    m_rows.Open({m_window.left, y, m_window.right, y + 1});
+    for (std::size_t begin = 0; begin < m_active.size();) {
+        const Cluster cluster = FindCluster(begin);
+        if (cluster.left >= m_window.right)
+            break;
+        const bool isKnown = cluster.isMixed && cluster.right >= m_window.left && FindCuts(cluster);
+        if (isKnown)
+            AddCluster(cluster);
+        GoBehind(cluster);
+        if (isKnown)
+            m_isSweptInside = m_outside.count == 0;
+        begin = cluster.end;
+    }
     m_rows.SweepRow(y, {false, nullptr}, RowSink{m_covers.data(), m_window.left});
-    return m_covers.data();
+    return {m_covers.data(), m_known.data()};
 }
 
 void CommonArea::FindActiveEdges(int y)
@@ -107,81 +129,244 @@ void CommonArea::FindActiveEdges(int y)
             if (Region::GetTop(edge) >= bottom)
                 break;
             if (Region::GetBottom(edge) > top)
-                m_active.push_back({&edge, i, 0, 0, 0});
+                m_active.push_back({&edge, i});
         }
     }
+    for (ActiveEdge& active : m_active)
+        ClipToRow(active, y);
+    SortActiveEdges();
 }
 
-void CommonArea::AddSlab(int top, int bottom)
+void CommonArea::ClipToRow(ActiveEdge& active, int y) const noexcept
 {
-    FindCrossings(top, bottom);
-    if (bottom - top > 1 && HasCrossedEdges()) {
-        const int middle = top + (bottom - top) / 2;
-        AddSlab(top, middle);
-        AddSlab(middle, bottom);
-        return;
-    }
-    FindBoundary(top, bottom);
+    const Edge& edge = *active.edge;
+    const int top = std::max(Region::GetTop(edge), y * SubPixelScale);
+    const int bottom = std::min(Region::GetBottom(edge), (y + 1) * SubPixelScale);
+    const bool follows = active.top < active.bottom && active.bottom == top;
+    active.topX = follows ? active.bottomX : Coverage::GetX(edge, top);
+    active.bottomX = Coverage::GetX(edge, bottom);
+    active.top = top;
+    active.bottom = bottom;
 }
 
-/// Finds the edges that run through a slab, from left to right by their middles.
-void CommonArea::FindCrossings(int top, int bottom)
+/// Where the edge is at \p y of its part within the row.
+int CommonArea::ActiveEdge::GetX(int y) const noexcept
 {
-    m_crossings.clear();
-    for (std::size_t i = 0; i < m_active.size(); ++i) {
-        const Edge& edge = *m_active[i].edge;
-        if (Region::GetTop(edge) <= top && Region::GetBottom(edge) >= bottom)
-            m_crossings.push_back({GetX(edge, top), GetX(edge, bottom), m_active[i].path,
-                                   edge.y1 < edge.y2 ? 1 : -1, i});
-    }
-    // A full order: which rows came before must not show.
-    const auto key = [](const Crossing& crossing) {
-        return std::tuple(std::int64_t{crossing.top} + crossing.bottom, crossing.path, crossing.top,
-                          crossing.winding);
+    return y == top ? topX : y == bottom ? bottomX : Coverage::GetX(*edge, y);
+}
+
+/// A full order: which rows came before must not show.
+bool CommonArea::ActiveEdge::IsBefore(const ActiveEdge& other) const noexcept
+{
+    if (GetLeft() != other.GetLeft())
+        return GetLeft() < other.GetLeft();
+    const auto key = [](const ActiveEdge& active) {
+        const Edge& edge = *active.edge;
+        return std::tuple(active.GetRight(), active.path, edge.x1, edge.y1, edge.x2, edge.y2);
     };
-    std::sort(m_crossings.begin(), m_crossings.end(),
-              [&](const Crossing& a, const Crossing& b) { return key(a) < key(b); });
+    return key(*this) < key(other);
 }
 
-/// Whether edges are out of order at an end of the slab, by more than their rounding.
-bool CommonArea::HasCrossedEdges() const noexcept
+/// Insertion, as most edges are where they were in the row above; unless that takes too long.
+void CommonArea::SortActiveEdges()
 {
-    if (m_crossings.empty())
-        return false;
-    int top = m_crossings.front().top, bottom = m_crossings.front().bottom;
-    for (const Crossing& crossing : m_crossings) {
-        if (crossing.top < top - 1 || crossing.bottom < bottom - 1)
+    const auto isBefore = [](const ActiveEdge& a, const ActiveEdge& b) { return a.IsBefore(b); };
+    std::size_t moves = 8 * m_active.size();
+    for (std::size_t i = 1; i < m_active.size(); ++i) {
+        if (!isBefore(m_active[i], m_active[i - 1]))
+            continue;
+        const ActiveEdge active = m_active[i];
+        std::size_t at = i;
+        for (; at > 0 && moves > 0 && isBefore(active, m_active[at - 1]); --at, --moves)
+            m_active[at] = m_active[at - 1];
+        m_active[at] = active;
+        if (moves == 0)
+            return std::sort(m_active.begin(), m_active.end(), isBefore);
+    }
+}
+
+/// A cluster ends where the next edge is in pixels further right, and the ends within the row
+/// cancel each other: what ends goes on elsewhere, so no horizontal edge leads out of the cluster.
+CommonArea::Cluster CommonArea::FindCluster(std::size_t begin) const noexcept
+{
+    // A walk may round to the other side of a pixel's border.
+    const auto left = [](const ActiveEdge& edge) { return (edge.GetLeft() - 1) >> SubPixelShift; };
+    const auto right = [](const ActiveEdge& edge) {
+        return (edge.GetRight() + 1) >> SubPixelShift;
+    };
+    const ActiveEdge& first = m_active[begin];
+    Cluster cluster{begin, begin, left(first), right(first), false};
+    const int top = m_row * SubPixelScale;
+    std::uint64_t open = 0;
+    for (; cluster.end < m_active.size(); ++cluster.end) {
+        const ActiveEdge& active = m_active[cluster.end];
+        if (open == 0 && left(active) > cluster.right)
+            break;
+        const auto winding = std::uint64_t(std::int64_t{active.GetWinding()});
+        if (active.top > top)
+            open += winding * GetSign(active.path, active.top);
+        if (active.bottom < top + SubPixelScale)
+            open -= winding * GetSign(active.path, active.bottom);
+        cluster.right = std::max(cluster.right, right(active));
+        cluster.isMixed |= active.path != first.path;
+    }
+    return cluster;
+}
+
+/// Finds the heights at which a cluster is cut into slabs. \return whether these are few enough.
+bool CommonArea::FindCuts(const Cluster& cluster)
+{
+    const int top = m_row * SubPixelScale, bottom = top + SubPixelScale;
+    m_cuts.assign({top, bottom});
+    for (std::size_t i = cluster.begin; i < cluster.end; ++i)
+        for (const int end : {m_active[i].top, m_active[i].bottom})
+            if (end > top && end < bottom)
+                m_cuts.push_back(end);
+    std::sort(m_cuts.begin(), m_cuts.end());
+    m_cuts.erase(std::unique(m_cuts.begin(), m_cuts.end()), m_cuts.end());
+    const std::size_t limit = 1 + ClusterBudget / (cluster.end - cluster.begin); // of slabs
+    return m_cuts.size() - 1 <= limit && FindCutsAtCrossings(cluster) && MergeCuts(limit);
+}
+
+/// Finds where edges cross by more than their rounding. \return false if there are too many edges
+/// to compare.
+bool CommonArea::FindCutsAtCrossings(const Cluster& cluster)
+{
+    m_crossingCuts.clear();
+    m_near.clear();
+    std::size_t budget = NearBudget * (cluster.end - cluster.begin) + ClusterBudget;
+    for (std::size_t i = cluster.begin; i < cluster.end; ++i) {
+        const ActiveEdge& b = m_active[i];
+        std::erase_if(m_near, [&](std::size_t j) { return m_active[j].GetRight() < b.GetLeft(); });
+        if (m_near.size() > budget)
+            return false;
+        budget -= m_near.size();
+        for (const std::size_t j : m_near) {
+            const ActiveEdge& a = m_active[j];
+            const int top = std::max(a.top, b.top), bottom = std::min(a.bottom, b.bottom);
+            if (bottom - top < 2)
+                continue;
+            const std::int64_t above = std::int64_t{a.GetX(top)} - b.GetX(top);
+            const std::int64_t below = std::int64_t{a.GetX(bottom)} - b.GetX(bottom);
+            if (std::min(above, below) >= -1 || std::max(above, below) <= 1)
+                continue;
+            const std::int64_t whole = std::abs(above) + std::abs(below);
+            const auto down = int(((bottom - top) * std::abs(above) + whole / 2) / whole);
+            m_crossingCuts.push_back(top + std::clamp(down, 1, bottom - top - 1));
+        }
+        m_near.push_back(i);
+    }
+    return true;
+}
+
+/// Adds the cuts at crossings to those at ends, as finely as \p limit slabs allow.
+/// \return false if they don't.
+bool CommonArea::MergeCuts(std::size_t limit)
+{
+    const std::size_t ends = m_cuts.size();
+    for (const int step : {1, SubPixelScale / 16, SubPixelScale / 4}) {
+        m_cuts.resize(ends);
+        for (const int cut : m_crossingCuts)
+            m_cuts.push_back((cut + step / 2) / step * step);
+        std::sort(m_cuts.begin(), m_cuts.end());
+        m_cuts.erase(std::unique(m_cuts.begin(), m_cuts.end()), m_cuts.end());
+        if (m_cuts.size() - 1 <= limit)
             return true;
-        top = std::max(top, crossing.top);
-        bottom = std::max(bottom, crossing.bottom);
     }
     return false;
+}
+
+/// Makes cells of the boundary of the common area within a cluster.
+void CommonArea::AddCluster(const Cluster& cluster)
+{
+    const int left = std::max(cluster.left, m_window.left);
+    const int right = std::min(cluster.right + 1, m_window.right);
+    std::fill_n(m_known.begin() + (left - m_window.left), right - left,
+                static_cast<unsigned char>(1));
+    if (m_isSweptInside != (m_outside.count == 0)) // entered or left where nobody looked
+        m_rows.AddCell(left, m_row, m_isSweptInside ? -SubPixelScale : SubPixelScale, 0);
+    m_crossings.clear();
+    for (std::size_t i = cluster.begin; i < cluster.end; ++i)
+        m_crossings.push_back({i, std::int64_t{m_active[i].topX} + m_active[i].bottomX, 0, false});
+    for (std::size_t i = 0; i + 1 < m_cuts.size(); ++i) {
+        AddSlab(m_cuts[i], m_cuts[i + 1]);
+        GoBefore(cluster);
+    }
+    for (std::size_t i = cluster.begin; i < cluster.end; ++i)
+        WalkPiece(m_active[i]);
+}
+
+/// Finds the edges that run through a slab, from left to right by their middles; they are nearly in
+/// order from the slab above.
+void CommonArea::AddSlab(int top, int bottom)
+{
+    const auto key = [](const Crossing& crossing) {
+        return std::tuple(crossing.middle, crossing.top, crossing.active);
+    };
+    for (std::size_t i = 0; i < m_crossings.size(); ++i) {
+        Crossing crossing = m_crossings[i];
+        const ActiveEdge& active = m_active[crossing.active];
+        crossing.runsThrough = active.top <= top && active.bottom >= bottom;
+        if (crossing.runsThrough) {
+            crossing.top = active.GetX(top);
+            crossing.middle = std::int64_t{crossing.top} + active.GetX(bottom);
+        }
+        std::size_t at = i;
+        for (; at > 0 && key(crossing) < key(m_crossings[at - 1]); --at)
+            m_crossings[at] = m_crossings[at - 1];
+        m_crossings[at] = crossing;
+    }
+    FindBoundary(top, bottom);
 }
 
 /// Finds the edges at which one enters or leaves all regions.
 void CommonArea::FindBoundary(int top, int bottom)
 {
-    for (Path& path : m_paths)
-        path.winding = 0;
-    std::fill(m_insides.begin(), m_insides.end(), 0);
-    int outside = int(m_insides.size()); // regions that one is not inside of
     for (const Crossing& crossing : m_crossings) {
-        const bool wasInside = outside == 0;
-        outside -= Pass(crossing);
-        if (wasInside != (outside == 0))
-            AddPiece(m_active[crossing.active], wasInside ? -1 : 1, top, bottom);
+        if (!crossing.runsThrough)
+            continue;
+        const bool wasInside = m_outside.count == 0;
+        ActiveEdge& active = m_active[crossing.active];
+        Pass(active);
+        if (wasInside != (m_outside.count == 0))
+            AddPiece(active, wasInside ? -1 : 1, top, bottom);
     }
+}
+
+/// Goes back to the left of a cluster.
+void CommonArea::GoBefore(const Cluster& cluster) noexcept
+{
+    for (std::size_t i = cluster.begin; i < cluster.end; ++i) {
+        Path& path = m_paths[m_active[i].path];
+        path.winding = path.before;
+        m_insides[path.region].count = m_insides[path.region].before;
+    }
+    m_outside.count = m_outside.before;
+}
+
+/// Goes to the right of a cluster, where it is the same at every height; along the row's top.
+void CommonArea::GoBehind(const Cluster& cluster) noexcept
+{
+    for (std::size_t i = cluster.begin; i < cluster.end; ++i)
+        if (m_active[i].top == m_row * SubPixelScale)
+            Pass(m_active[i]);
+    for (std::size_t i = cluster.begin; i < cluster.end; ++i) {
+        Path& path = m_paths[m_active[i].path];
+        path.before = path.winding;
+        m_insides[path.region].before = m_insides[path.region].count;
+    }
+    m_outside.before = m_outside.count;
 }
 
 /// Notes that an edge bounds the common area between two heights.
 void CommonArea::AddPiece(ActiveEdge& active, int direction, int top, int bottom)
 {
-    if (active.direction != direction || active.bottom != top) {
+    if (active.direction != direction || active.pieceBottom != top) {
         WalkPiece(active);
         active.direction = direction;
-        active.top = top;
+        active.pieceTop = top;
     }
-    active.bottom = bottom;
+    active.pieceBottom = bottom;
 }
 
 /// Makes cells of the piece of an edge that was found last. What is the edge's whole part in the
@@ -191,30 +376,28 @@ void CommonArea::WalkPiece(ActiveEdge& active)
     if (active.direction == 0)
         return;
     Edge piece = *active.edge;
-    const int rowTop = m_row * SubPixelScale;
-    if (active.top > std::max(Region::GetTop(piece), rowTop) ||
-        active.bottom < std::min(Region::GetBottom(piece), rowTop + SubPixelScale))
-        piece = {GetX(*active.edge, active.top), active.top, GetX(*active.edge, active.bottom),
-                 active.bottom};
+    if (active.pieceTop > active.top || active.pieceBottom < active.bottom)
+        piece = {active.GetX(active.pieceTop), active.pieceTop, active.GetX(active.pieceBottom),
+                 active.pieceBottom};
     if ((piece.y1 < piece.y2) != (active.direction > 0))
         piece = {piece.x2, piece.y2, piece.x1, piece.y1};
     active.direction = 0;
     EdgeWalker<CoverageRows>({m_window.left, m_row, m_window.right, m_row + 1}, m_rows).Walk(piece);
 }
 
-int CommonArea::Pass(const Crossing& crossing) noexcept
+/// Passes an edge.
+void CommonArea::Pass(const ActiveEdge& active) noexcept
 {
-    Path& path = m_paths[crossing.path];
+    Path& path = m_paths[active.path];
     const bool wasInside = path.IsInside();
-    path.winding += crossing.winding;
+    path.winding += active.GetWinding();
     const bool isInside = path.IsInside();
     if (wasInside == isInside)
-        return 0;
-    int& insides = m_insides[path.region];
+        return;
+    int& insides = m_insides[path.region].count;
     insides += isInside ? 1 : -1;
-    if (isInside)
-        return insides == 1 ? 1 : 0;
-    return insides == 0 ? -1 : 0;
+    if (insides == (isInside ? 1 : 0))
+        m_outside.count -= isInside ? 1 : -1;
 }
 
 } // namespace Renderer::Coverage

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
+#include <span>
 #include <vector>
 
 #include <geometry/Polygon.h>
@@ -20,7 +22,7 @@ public:
     struct Path
     {
         std::vector<Edge> edges; ///< by their top
-        bool evenOdd;
+        bool evenOdd = true;
     };
 
     /// Adds a path to those that are united.
@@ -32,18 +34,26 @@ public:
     {
         store.Reset({GuardRect.left, top, GuardRect.right, bottom});
         AddPolygons(store, polygons, transform);
-        m_paths.push_back({store.GetEdges(), evenOdd});
-        std::sort(m_paths.back().edges.begin(), m_paths.back().edges.end(),
+        if (m_count == m_paths.size())
+            m_paths.emplace_back();
+        Path& path = m_paths[m_count++];
+        path.edges = store.GetEdges();
+        path.evenOdd = evenOdd;
+        std::sort(path.edges.begin(), path.edges.end(),
                   [](const Edge& a, const Edge& b) { return GetTop(a) < GetTop(b); });
     }
 
-    const std::vector<Path>& GetPaths() const noexcept { return m_paths; }
+    /// Forgets all paths but keeps their memory.
+    void Clear() noexcept { m_count = 0; }
+
+    std::span<const Path> GetPaths() const noexcept { return {m_paths.data(), m_count}; }
 
     static int GetTop(const Edge& edge) noexcept { return std::min(edge.y1, edge.y2); }
     static int GetBottom(const Edge& edge) noexcept { return std::max(edge.y1, edge.y2); }
 
 private:
     std::vector<Path> m_paths;
+    std::size_t m_count = 0; // of those in use
 };
 
 } // namespace Renderer::Coverage
