@@ -52,6 +52,12 @@ std::uint64_t GetSign(std::size_t path, int y) noexcept
     return sign ^ sign >> 31;
 }
 
+void SortUnique(std::vector<int>& numbers)
+{
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+}
+
 /// Slabs times edges that a cluster may cost. Beyond, differences of the exact area and the product
 /// drown in what so many edges make of so few pixels.
 constexpr std::size_t ClusterBudget = 2048;
@@ -217,15 +223,14 @@ CommonArea::Cluster CommonArea::FindCluster(std::size_t begin) const noexcept
 bool CommonArea::FindCuts(const Cluster& cluster)
 {
     const int top = m_row * SubPixelScale, bottom = top + SubPixelScale;
-    m_cuts.assign({top, bottom});
+    m_endCuts.assign({top, bottom});
     for (std::size_t i = cluster.begin; i < cluster.end; ++i)
         for (const int end : {m_active[i].top, m_active[i].bottom})
             if (end > top && end < bottom)
-                m_cuts.push_back(end);
-    std::sort(m_cuts.begin(), m_cuts.end());
-    m_cuts.erase(std::unique(m_cuts.begin(), m_cuts.end()), m_cuts.end());
+                m_endCuts.push_back(end);
+    SortUnique(m_endCuts);
     const std::size_t limit = 1 + ClusterBudget / (cluster.end - cluster.begin); // of slabs
-    return m_cuts.size() - 1 <= limit && FindCutsAtCrossings(cluster) && MergeCuts(limit);
+    return m_endCuts.size() - 1 <= limit && FindCutsAtCrossings(cluster) && MergeCuts(limit);
 }
 
 /// Finds where edges cross by more than their rounding. \return false if there are too many edges
@@ -263,13 +268,11 @@ bool CommonArea::FindCutsAtCrossings(const Cluster& cluster)
 /// \return false if they don't.
 bool CommonArea::MergeCuts(std::size_t limit)
 {
-    const std::size_t ends = m_cuts.size();
     for (const int step : {1, SubPixelScale / 16, SubPixelScale / 4}) {
-        m_cuts.resize(ends);
+        m_cuts = m_endCuts;
         for (const int cut : m_crossingCuts)
-            m_cuts.push_back((cut + step / 2) / step * step);
-        std::sort(m_cuts.begin(), m_cuts.end());
-        m_cuts.erase(std::unique(m_cuts.begin(), m_cuts.end()), m_cuts.end());
+            m_cuts.push_back((cut + step / 2) & -step); // steps are powers of two
+        SortUnique(m_cuts);
         if (m_cuts.size() - 1 <= limit)
             return true;
     }

@@ -120,9 +120,10 @@ private:
     std::vector<Insides> m_insides;   // per region
     Insides m_outside;                // regions that one is not inside of
     std::vector<ActiveEdge> m_active; // from left to right
-    std::vector<int> m_cuts;          // at ends, then all of the cluster
-    std::vector<int> m_crossingCuts;
-    std::vector<std::size_t> m_near; // edges that the next one may cross
+    std::vector<int> m_endCuts;       // of the cluster: at ends of edges,
+    std::vector<int> m_crossingCuts;  // where edges cross,
+    std::vector<int> m_cuts;          // and all of them
+    std::vector<std::size_t> m_near;  // edges that the next one may cross
     std::vector<Crossing> m_crossings;
     std::vector<unsigned char> m_covers;
     std::vector<unsigned char> m_known;

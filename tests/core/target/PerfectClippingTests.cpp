@@ -190,13 +190,28 @@ TEST_F(PerfectClippingTest, HalfPixelsStayHalves)
     EXPECT_NEAR(AlphaAt(2, 5), 32, 1);
 }
 
+/// A polygon whose sides all cross about half of the others.
+Points MakeStar(int corners, const Point& centre, double radius)
+{
+    Points points;
+    for (int i = 0; i < corners; ++i)
+        points.push_back(
+            {centre.x + radius * std::cos(i * 2.39996), centre.y + radius * std::sin(i * 2.39996)});
+    return points;
+}
+
 TEST_F(PerfectClippingTest, TilesAgreeWithThePage)
 {
     std::mt19937 random(815);
-    for (int scene = 0; scene < 8; ++scene) {
+    for (int scene = 0; scene < 12; ++scene) {
         std::vector<Enclosed> areas(3);
         for (Enclosed& area : areas)
             area.paths.push_back({MakeConvex(random), MakeConvex(random)});
+        if (scene >= 8) { // ever more crossings to a pixel, up to too many
+            const int corners = 10 << (scene - 8) * 2;
+            areas = {{{{MakeStar(corners, {20, 15}, 14)}}, WindingOrderMode::EvenOdd},
+                     {{{MakeStar(corners, {21.3, 15.7}, 14)}}, WindingOrderMode::EvenOdd}};
+        }
         target = Make();
         target->SetPerfectClipping(true);
         Draw(areas, *target);
