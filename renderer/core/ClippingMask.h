@@ -45,7 +45,8 @@ struct MaskPlacement
 /// \param visible the pixels that can be drawn on; no more than these are made.
 /// \param store for coverage.
 /// \return a mask that lets nothing through where nothing can be seen, \p mask is null, the
-///         rectangle empty, the map singular or something not finite, or memory is short.
+///         rectangle empty, the map singular or something not finite, or no buffer can be had.
+/// \throws std::bad_alloc when memory for the work is short.
 ClippingMask MakeClippingMask(const Kernel::Counted<const Raster::DynamicBuffer>& mask,
                               const MaskPlacement& placement, const ClippingMask& within,
                               const Kernel::RectT<int>& visible, Coverage::CoverageStore& store);
