@@ -8,7 +8,13 @@
 #include <geometry/Polygon.h>
 #include <kernel/Countable.h>
 #include <kernel/Counted.h>
+#include <kernel/FourCharCode.h>
 #include <kernel/Point.h>
+
+namespace Kernel {
+class InSerialiser;
+class OutSerialiser;
+} // namespace Kernel
 
 namespace Geometry {
 
@@ -68,6 +74,15 @@ public:
     /// Appends the run to \p out as one polygon whose distance to the true curve stays within
     /// \p tolerance, in the units of the points. See FlattenCubic for the number of pieces.
     void ExpandAdaptive(double tolerance, PolyPolygonType<double>& out) const;
+
+    /// \name As a nested class item of saved objects
+    /// @{
+    static constexpr Kernel::ClassUID GetClassUID() noexcept { return "Curv"; }
+    static constexpr unsigned short GetSchemaVersion() noexcept { return 1; }
+    void Save(Kernel::OutSerialiser& out) const;
+    /// \return false, with the curve untouched, for items that make no curve.
+    bool Load(const Kernel::InSerialiser& in, Kernel::ClassUID uid, unsigned short version);
+    /// @}
 
 private:
     std::vector<Point> m_points;

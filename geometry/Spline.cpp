@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include <kernel/SavedItems.h>
+
 namespace Geometry {
 namespace {
 
@@ -56,6 +58,33 @@ std::vector<double> ComputeSlopes(const std::vector<Point>& points)
 Spline::Spline(std::vector<Point> points)
     : m_points(Normalise(std::move(points))), m_slopes(ComputeSlopes(m_points))
 {}
+
+const Kernel::ClassProperties& Spline::GetTypeClassProperties()
+{
+    static const auto& record = *new Kernel::ClassProperties(
+        "Spln", &CreateObject, 1, __GetDefaultSerialisation(), nullptr, "Spline");
+    return record;
+}
+
+namespace {
+
+[[maybe_unused]] const auto& registration = Spline::GetTypeClassProperties();
+
+} // namespace
+
+void Spline::Save(Kernel::OutSerialiser& out) const
+{
+    Kernel::SavedItems::Writer(out).Pairs("Pnts", m_points);
+}
+
+bool Spline::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
+{
+    std::vector<Point> points;
+    Kernel::SavedItems::Reader(in).Pairs("Pnts", points);
+    m_points = Normalise(std::move(points));
+    m_slopes = ComputeSlopes(m_points);
+    return true;
+}
 
 double Spline::Evaluate(double x) const noexcept
 {

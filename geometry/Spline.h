@@ -4,14 +4,15 @@
 
 #include <geometry/Curve.h>
 #include <geometry/Export.h>
-#include <kernel/Countable.h>
+#include <kernel/SavedClass.h>
 
 namespace Geometry {
 
 /// A function y(x) through control points, smooth and without overshoot: a piecewise cubic Hermite
 /// interpolant whose slopes keep it monotone wherever the points are (Fritsch and Carlson, Monotone
-/// Piecewise Cubic Interpolation, SIAM J. Numer. Anal. 17, 1980). Immutable.
-class GEOMETRY_EXPORT Spline : public Kernel::Countable
+/// Piecewise Cubic Interpolation, SIAM J. Numer. Anal. 17, 1980). Immutable
+/// once it is made or loaded.
+class GEOMETRY_EXPORT Spline : public Kernel::PlainSavedClass<Spline>
 {
 public:
     /// The constant \p value.
@@ -20,6 +21,12 @@ public:
     /// Takes the control points, in any order. Points that are not finite, or whose x another point
     /// before them has already, are left out; without any point the function is 0.
     explicit Spline(std::vector<Point> points);
+
+    void Save(Kernel::OutSerialiser& out) const override;
+    /// Without points the function is 0.
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
+    static const Kernel::ClassProperties& GetTypeClassProperties();
 
     /// The control points, x ascending; at least one.
     const std::vector<Point>& GetPoints() const noexcept { return m_points; }

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <functional>
 
+#include <kernel/SavedItems.h>
+#include <renderer/paint/SavedCurve.h>
+
 namespace Renderer {
 
 namespace {
@@ -80,6 +83,33 @@ bool BlendOptions::IsIdentityBlendGamma() const noexcept
 bool BlendOptions::IsIdentitySpline(const Curve& curve)
 {
     return !curve || curve->IsConstant(1.0);
+}
+
+template<class Self, class Items>
+void BlendOptions::ListItems(Self& self, Items&& items)
+{
+    static constexpr std::array<Kernel::IDTag, 2 * (1 + ChannelCount)> CurveTags{
+        "SMSp", "DMsp", "SC1S", "DC1S", "SC2S", "DC2S",
+        "SC3S", "DC3S", "SC4S", "DC4S", "SC5S", "DC5S"};
+    for (std::size_t i = 0; i < CurveTags.size(); ++i)
+        items.OptionalObject(CurveTags[i], self.m_curves[i]);
+    items.Optional("BGam", self.m_blendGamma, DefaultBlendGamma);
+}
+
+void BlendOptions::Save(Kernel::OutSerialiser& out) const
+{
+    ListItems(*this, Kernel::SavedItems::Writer(out));
+    SavedCurve::Save(out, "AGam", m_antialiasingGamma);
+}
+
+bool BlendOptions::Load(const Kernel::InSerialiser& in, const Kernel::ClassUID& uid,
+                        unsigned short version)
+{
+    if (uid != GetClassUID() || version > GetSchemaVersion())
+        return false;
+    ListItems(*this, Kernel::SavedItems::Reader(in));
+    m_antialiasingGamma = SavedCurve::Load(in, "AGam");
+    return true;
 }
 
 void BlendOptions::AccumulateHash(Kernel::HashAccumulator& hash) const

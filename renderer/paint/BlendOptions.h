@@ -5,7 +5,10 @@
 #include <geometry/Curve.h>
 #include <geometry/Spline.h>
 #include <kernel/Counted.h>
+#include <kernel/FourCharCode.h>
 #include <kernel/HashAccumulator.h>
+#include <kernel/InSerialiser.h>
+#include <kernel/OutSerialiser.h>
 #include <renderer/Export.h>
 
 namespace Renderer {
@@ -61,6 +64,15 @@ public:
     /// Whether a blend range lets every value through: it is empty or the constant 1.
     static bool IsIdentitySpline(const Curve& curve);
 
+    /// \name As a nested class item of saved objects
+    /// @{
+    static constexpr Kernel::ClassUID GetClassUID() noexcept { return "BlOp"; }
+    static constexpr unsigned short GetSchemaVersion() noexcept { return 1; }
+    void Save(Kernel::OutSerialiser& out) const;
+    /// \return false, with nothing changed, for items of another class or a newer version.
+    bool Load(const Kernel::InSerialiser& in, const Kernel::ClassUID& uid, unsigned short version);
+    /// @}
+
     /// Adds every member. Values that are only equal within the tolerance may hash apart.
     void AccumulateHash(Kernel::HashAccumulator& hash) const;
 
@@ -73,6 +85,9 @@ private:
     {
         return static_cast<std::size_t>(2 * curve + static_cast<int>(side));
     }
+
+    template<class Self, class Items>
+    static void ListItems(Self& self, Items&& items);
 
     // Source and destination in turn, the master curves first.
     std::array<Curve, 2 * (1 + ChannelCount)> m_curves;

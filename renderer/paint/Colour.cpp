@@ -2,18 +2,16 @@
 
 #include <cmath>
 
+#include <kernel/SavedItems.h>
 #include <renderer/paint/ColourText.h>
 
 namespace Renderer {
 
 namespace {
 
-/// Attributes set by the user that differ by no more than this count as equal.
-constexpr double AttributeTolerance = 1e-6;
-
 bool AreAttributesEqual(double a, double b)
 {
-    return std::abs(a - b) <= AttributeTolerance;
+    return std::abs(a - b) <= Kernel::SavedItems::Tolerance;
 }
 
 /// Adds a percentage to a name, unless it rounds to 100.
@@ -27,6 +25,27 @@ void AppendPercent(Kernel::String& text, const char* format, double value)
 } // namespace
 
 Colour::~Colour() = default;
+
+template<class Self, class Items>
+void Colour::ListItems(Self& self, Items&& items)
+{
+    items.Optional("_nse", self.m_noise, 0.0);
+    items.Optional("_tnt", self.m_tint, 1.0);
+    items.Optional("_int", self.m_intensity, 1.0);
+    items.Optional("_glb", self.m_globalName, {});
+    items.Optional("_ovp", self.m_overprint, false);
+}
+
+void Colour::Save(Kernel::OutSerialiser& out) const
+{
+    ListItems(*this, Kernel::SavedItems::Writer(out));
+}
+
+bool Colour::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
+{
+    ListItems(*this, Kernel::SavedItems::Reader(in));
+    return true;
+}
 
 void Colour::AccumulateHash(Kernel::HashAccumulator& hash) const
 {

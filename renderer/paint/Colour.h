@@ -44,6 +44,9 @@ public:
         Registration = 6,
     };
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
 
 protected:
@@ -157,6 +160,9 @@ protected:
     Kernel::String GetDefaultName(const Kernel::String& base) const;
 
 private:
+    template<class Self, class Items>
+    static void ListItems(Self& self, Items&& items);
+
     bool m_overprint = false;
     double m_noise = 0.0;
     double m_tint = 1.0;

@@ -44,4 +44,10 @@ Kernel::String ColourCMYK::GetDefaultName() const
 
 template class ColourOf<ColourCMYK>;
 
+namespace {
+
+[[maybe_unused]] const auto& registration = ColourCMYK::GetTypeSharedClassProperties();
+
+} // namespace
+
 } // namespace Renderer

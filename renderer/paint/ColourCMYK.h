@@ -8,6 +8,10 @@ namespace Renderer {
 class RENDERER_EXPORT ColourCMYK final : public ColourOf<ColourCMYK>
 {
 public:
+    /// How documents call the class.
+    static constexpr Kernel::ClassUID SavedUID{"CMYK"};
+    static constexpr const char* SavedName = "ColourCMYK";
+
     /// \name Makes a colour from channels that are not premultiplied: consolidated, or an
     /// unconsolidated one for short-lived use or further changes. \tparam P PixelCMYKA8 or
     /// PixelCMYKAF.
@@ -48,6 +52,8 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    friend class ColourOf<ColourCMYK>;
+
     Raster::PixelCMYKAF m_channels;
 };
 

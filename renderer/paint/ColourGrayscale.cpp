@@ -50,4 +50,10 @@ Kernel::String ColourGrayscale::GetDefaultName() const
 
 template class ColourOf<ColourGrayscale>;
 
+namespace {
+
+[[maybe_unused]] const auto& registration = ColourGrayscale::GetTypeSharedClassProperties();
+
+} // namespace
+
 } // namespace Renderer

@@ -10,6 +10,10 @@ namespace Renderer {
 class RENDERER_EXPORT ColourGrayscale final : public ColourOf<ColourGrayscale>
 {
 public:
+    /// How documents call the class.
+    static constexpr Kernel::ClassUID SavedUID{"GRAY"};
+    static constexpr const char* SavedName = "ColourGrayscale";
+
     /// \name Makes a grey: consolidated, or an unconsolidated one for short-lived use or further
     /// changes. \tparam T double or float (1 is white), or std::uint8_t or std::uint16_t (the
     /// largest value is
@@ -53,6 +57,8 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    friend class ColourOf<ColourGrayscale>;
+
     Raster::PixelIAF m_channels;
 };
 

@@ -114,4 +114,10 @@ Kernel::String ColourHSL::GetCSSAttributes() const
 
 template class ColourOf<ColourHSL>;
 
+namespace {
+
+[[maybe_unused]] const auto& registration = ColourHSL::GetTypeSharedClassProperties();
+
+} // namespace
+
 } // namespace Renderer

@@ -11,6 +11,10 @@ namespace Renderer {
 class RENDERER_EXPORT ColourHSL final : public ColourOf<ColourHSL>
 {
 public:
+    /// How documents call the class.
+    static constexpr Kernel::ClassUID SavedUID{"HSLA"};
+    static constexpr const char* SavedName = "ColourHSL";
+
     /// \name Makes a consolidated colour, from doubles, from 16-bit integers (65535 is 1) or from a
     /// pixel.
     /// @{
@@ -63,6 +67,8 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    friend class ColourOf<ColourHSL>;
+
     Raster::PixelHSLAF m_channels;
 };
 

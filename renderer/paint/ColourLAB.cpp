@@ -72,4 +72,10 @@ Kernel::String ColourLAB::GetDefaultName() const
 
 template class ColourOf<ColourLAB>;
 
+namespace {
+
+[[maybe_unused]] const auto& registration = ColourLAB::GetTypeSharedClassProperties();
+
+} // namespace
+
 } // namespace Renderer

@@ -8,6 +8,10 @@ namespace Renderer {
 class RENDERER_EXPORT ColourLAB final : public ColourOf<ColourLAB>
 {
 public:
+    /// How documents call the class.
+    static constexpr Kernel::ClassUID SavedUID{"LABA"};
+    static constexpr const char* SavedName = "ColourLAB";
+
     /// Makes a consolidated colour.
     static Kernel::Consolidated<ColourLAB> Create(const Raster::PixelLABA16& channels,
                                                   double tint = 1.0, double intensity = 1.0,
@@ -37,6 +41,8 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    friend class ColourOf<ColourLAB>;
+
     Raster::PixelLABA16 m_channels;
 };
 

@@ -66,6 +66,29 @@ ColourNamed::ColourNamed(Kernel::String name, bool isSpot, Kernel::Consolidated<
         m_base = ColourRGB::Create(Raster::PixelRGBAUF{0, 0, 0, 1});
 }
 
+template<class Self, class Items>
+void ColourNamed::ListItems(Self& self, Items&& items)
+{
+    items.Required("base", self.m_base);
+    items.OptionalObject("srgb", self.m_sRGB);
+    items.Always("ispt", self.m_isSpot);
+    items.Optional("name", self.m_name, {});
+}
+
+void ColourNamed::Save(Kernel::OutSerialiser& out) const
+{
+    Colour::Save(out);
+    ListItems(*this, Kernel::SavedItems::Writer(out));
+}
+
+bool ColourNamed::Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+                       unsigned short version)
+{
+    Kernel::SavedItems::Reader items(in);
+    ListItems(*this, items);
+    return Colour::Load(in, store, version) && items.IsComplete();
+}
+
 void ColourNamed::AccumulateHash(Kernel::HashAccumulator& hash) const
 {
     hash.AddAddress(m_base.Get());
@@ -107,5 +130,11 @@ void ColourNamed::SetAlphaF(double alpha)
 }
 
 template class ColourOf<ColourNamed>;
+
+namespace {
+
+[[maybe_unused]] const auto& registration = ColourNamed::GetTypeSharedClassProperties();
+
+} // namespace
 
 } // namespace Renderer

@@ -14,6 +14,10 @@ namespace Renderer {
 class RENDERER_EXPORT ColourNamed final : public ColourOf<ColourNamed>
 {
 public:
+    /// How documents call the class.
+    static constexpr Kernel::ClassUID SavedUID{"Pant"};
+    static constexpr const char* SavedName = "ColourNamed";
+
     /// Makes a consolidated colour. \param base not empty. \param sRGB may be empty.
     static Kernel::Consolidated<ColourNamed> Create(const Kernel::String& name, bool isSpot,
                                                     const Kernel::Consolidated<Colour>& base,
@@ -32,6 +36,10 @@ public:
     ColourNamed(Kernel::String name, bool isSpot, Kernel::Consolidated<Colour> base,
                 Kernel::Consolidated<ColourRGB> sRGB);
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    /// False without a base colour.
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
     Type GetType() const override { return Named; }
     /// That of the base colour.
@@ -59,6 +67,9 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    template<class Self, class Items>
+    static void ListItems(Self& self, Items&& items);
+
     Kernel::Consolidated<Colour> m_base;
     Kernel::Consolidated<ColourRGB> m_sRGB;
     bool m_isSpot = false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kernel/SavedClass.h>
 #include <renderer/paint/Colour.h>
 
 namespace Renderer {
@@ -9,10 +10,15 @@ namespace Renderer {
 /// \tparam Derived the concrete class, which is constructible from each kind of channels that its
 ///         factories take.
 template<class Derived>
-class RENDERER_EXPORT ColourOf : public Colour
+class RENDERER_EXPORT ColourOf : public Kernel::SharedSavedClass<Derived, Colour>
 {
 public:
-    const Kernel::SharedClassProperties& GetObjectSharedClassProperties() const override;
+    using ICCProfileSet = Colour::ICCProfileSet;
+
+    /// The items of Colour, then the channels of classes that have some.
+    void Save(Kernel::OutSerialiser& out) const override;
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     Kernel::Counted<Colour> Clone() const override;
 
     using Colour::GetColour;
@@ -72,6 +78,10 @@ protected:
     }
 
 private:
+    // \p self is the concrete object, const or not.
+    template<class Self, class Items>
+    static void ListChannels(Self& self, Items&& items);
+
     template<class P>
     void Convert(P& pixel, bool applyTint, const ICCProfileSet& profiles) const;
 };

@@ -2,6 +2,7 @@
 
 // The bodies of ColourOf. Each colour class includes them and instantiates them once.
 
+#include <kernel/SavedItems.h>
 #include <renderer/paint/ColourConversion.h>
 #include <renderer/paint/ColourOf.h>
 #include <renderer/paint/ColourVisitor.h>
@@ -20,14 +21,36 @@ void MakePixel(const Model& colour, P& pixel, bool /*applyTint*/,
 template<class Derived>
 const Kernel::SharedClassProperties& ColourOf<Derived>::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties;
+    static const auto& record = *new Kernel::SharedClassProperties(
+        Derived::SavedUID, &ColourOf::CreateObject, 1, ColourOf::__GetDefaultSerialisation(),
+        nullptr, Derived::SavedName);
     return record;
 }
 
 template<class Derived>
-const Kernel::SharedClassProperties& ColourOf<Derived>::GetObjectSharedClassProperties() const
+template<class Self, class Items>
+void ColourOf<Derived>::ListChannels(Self& self, Items&& items)
 {
-    return GetTypeSharedClassProperties();
+    if constexpr (requires { self.m_channels; }) {
+        static_assert(sizeof self.m_channels ==
+                      sizeof(self.m_channels[0]) * std::size(self.m_channels.channels));
+        items.Raw("_col", self.m_channels);
+    }
+}
+
+template<class Derived>
+void ColourOf<Derived>::Save(Kernel::OutSerialiser& out) const
+{
+    Colour::Save(out);
+    ListChannels(static_cast<const Derived&>(*this), Kernel::SavedItems::Writer(out));
+}
+
+template<class Derived>
+bool ColourOf<Derived>::Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+                             unsigned short version)
+{
+    ListChannels(static_cast<Derived&>(*this), Kernel::SavedItems::Reader(in));
+    return Colour::Load(in, store, version);
 }
 
 template<class Derived>
@@ -48,7 +71,7 @@ void ColourOf<Derived>::Convert(P& pixel, bool applyTint, const ICCProfileSet& p
 {
     MakePixel(static_cast<const Derived&>(*this), pixel, applyTint, profiles);
     if (applyTint)
-        ColourConversion::ApplyTint(pixel, GetTint());
+        ColourConversion::ApplyTint(pixel, this->GetTint());
 }
 
 template<class Derived>

@@ -56,4 +56,10 @@ Kernel::String ColourRGB::GetDefaultName() const
 
 template class ColourOf<ColourRGB>;
 
+namespace {
+
+[[maybe_unused]] const auto& registration = ColourRGB::GetTypeSharedClassProperties();
+
+} // namespace
+
 } // namespace Renderer

@@ -8,6 +8,10 @@ namespace Renderer {
 class RENDERER_EXPORT ColourRGB final : public ColourOf<ColourRGB>
 {
 public:
+    /// How documents call the class.
+    static constexpr Kernel::ClassUID SavedUID{"RGBA"};
+    static constexpr const char* SavedName = "ColourRGB";
+
     /// \name Makes a colour from channels that are not premultiplied: consolidated, or an
     /// unconsolidated one for short-lived use or further changes. \tparam P PixelRGBA8,
     /// PixelRGBA16, PixelRGBAF or PixelRGBAUF.
@@ -50,6 +54,8 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    friend class ColourOf<ColourRGB>;
+
     Raster::PixelRGBAUF m_channels;
 };
 

@@ -59,4 +59,10 @@ bool ColourRegistration::AreUntintedColoursEqual(const Colour& other) const
 
 template class ColourOf<ColourRegistration>;
 
+namespace {
+
+[[maybe_unused]] const auto& registration = ColourRegistration::GetTypeSharedClassProperties();
+
+} // namespace
+
 } // namespace Renderer

@@ -8,6 +8,10 @@ namespace Renderer {
 class RENDERER_EXPORT ColourRegistration final : public ColourOf<ColourRegistration>
 {
 public:
+    /// How documents call the class.
+    static constexpr Kernel::ClassUID SavedUID{"RegC"};
+    static constexpr const char* SavedName = "ColourRegistration";
+
     /// Makes a consolidated colour.
     static Kernel::Consolidated<ColourRegistration>
     Create(double tint = 1.0, double intensity = 1.0, const Kernel::String& globalName = {});

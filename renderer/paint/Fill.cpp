@@ -4,6 +4,19 @@ namespace Renderer {
 
 Fill::~Fill() = default;
 
+const Kernel::SharedClassProperties& Fill::GetTypeSharedClassProperties()
+{
+    static const auto& record =
+        *new Kernel::SharedClassProperties("Fill", nullptr, 0, nullptr, nullptr, "Fill");
+    return record;
+}
+
+namespace {
+
+[[maybe_unused]] const auto& registration = Fill::GetTypeSharedClassProperties();
+
+} // namespace
+
 bool Fill::IsFillNone() const
 {
     return false;

@@ -2,6 +2,7 @@
 
 #include <kernel/Consolidated.h>
 #include <kernel/Counted.h>
+#include <kernel/SavedClass.h>
 #include <kernel/SharedClassProperties.h>
 #include <kernel/SharedSerialisable.h>
 #include <kernel/String.h>
@@ -29,6 +30,9 @@ public:
         BackBuffer,
         Multi,
     };
+
+    /// The record of the family, which has no objects of its own.
+    static const Kernel::SharedClassProperties& GetTypeSharedClassProperties();
 
     ~Fill() override;
     /// A copy that is not consolidated.
@@ -93,13 +97,9 @@ private:
 
 /// What every concrete fill class does alike.
 template<class Derived>
-class FillOf : public Fill
+class FillOf : public Kernel::SharedSavedClass<Derived, Fill>
 {
 public:
-    const Kernel::SharedClassProperties& GetObjectSharedClassProperties() const override
-    {
-        return Derived::GetTypeSharedClassProperties();
-    }
     Kernel::Counted<Fill> Clone() const override
     {
         return Kernel::Counted<Fill>(new Derived(static_cast<const Derived&>(*this)));

@@ -11,9 +11,16 @@ const Kernel::Consolidated<FillBackBuffer>& FillBackBuffer::Create()
 
 const Kernel::SharedClassProperties& FillBackBuffer::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties;
+    static const auto& record = *new Kernel::SharedClassProperties(
+        "BacB", &CreateObject, 1, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillBackBuffer");
     return record;
 }
+
+namespace {
+
+[[maybe_unused]] const auto& registration = FillBackBuffer::GetTypeSharedClassProperties();
+
+} // namespace
 
 void FillBackBuffer::AccumulateHash(Kernel::HashAccumulator&) const {}
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kernel/EnumSerialiserOf.h>
 #include <kernel/String.h>
 #include <renderer/Export.h>
 
@@ -53,6 +54,14 @@ struct RENDERER_EXPORT FillBlendMode
     /// The mode's name, or the empty string for 32 and unknown values.
     /// \param restricted leaves out the modes that documents of other programs do not know.
     static Kernel::String ToString(BlendMode mode, bool restricted);
+
+    /// The values in files, of four generations.
+    class RENDERER_EXPORT BlendModeEnumSerialiser final
+        : public Kernel::EnumSerialiserOf<BlendModeEnumSerialiser>
+    {
+        friend class Kernel::EnumSerialiserOf<BlendModeEnumSerialiser>;
+        BlendModeEnumSerialiser();
+    };
 };
 
 } // namespace Renderer

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <kernel/SavedClass.h>
 #include <renderer/paint/FillDescriptorConst.h>
 
 namespace Renderer {
 
 /// The mutable holder of a fill and its transform that an object of the document owns. Converts to
 /// FillDescriptorConst, the value that drawing calls take.
-class RENDERER_EXPORT FillDescriptor : public virtual Kernel::Countable
+class RENDERER_EXPORT FillDescriptor : public Kernel::PlainSavedClass<FillDescriptor>
 {
 public:
     FillDescriptor() = default;
@@ -21,6 +22,14 @@ public:
     {}
     FillDescriptor(const FillDescriptor&) = default;
     FillDescriptor& operator=(const FillDescriptor&) = default;
+
+    /// The transform is written where it shows: not of fills that are the same everywhere.
+    void Save(Kernel::OutSerialiser& out) const override;
+    /// False without a fill.
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
+    static const Kernel::ClassProperties& GetTypeClassProperties();
+
     ~FillDescriptor() override;
     virtual Kernel::Counted<FillDescriptor> Clone() const;
 

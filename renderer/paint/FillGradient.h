@@ -47,6 +47,10 @@ public:
                  bool transformCorrected = true, Spread spread = Pad,
                  Kernel::PointT<double> focus = {});
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    /// False without a gradient, be it of the old form with its stops in the fill.
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
     static const Kernel::SharedClassProperties& GetTypeSharedClassProperties();
 
@@ -108,6 +112,8 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    template<class Self, class Items>
+    static void ListItems(Self& self, Items&& items);
     void ChangeColours(ColourChange change, double value) override;
 
     FillGradientType m_type = Linear;

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 
+#include <kernel/InSerialiser.h>
+#include <kernel/OutSerialiser.h>
 #include <renderer/paint/ColourVisitor.h>
+#include <renderer/paint/FillDescriptor.h>
 
 namespace Renderer {
 
@@ -43,8 +46,37 @@ void FillMulti::AddFillDescriptor(const FillDescriptorConst& descriptor)
 
 const Kernel::SharedClassProperties& FillMulti::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties;
+    static const auto& record = *new Kernel::SharedClassProperties(
+        "MulF", &CreateObject, 1, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillMulti");
     return record;
+}
+
+namespace {
+
+[[maybe_unused]] const auto& registration = FillMulti::GetTypeSharedClassProperties();
+
+} // namespace
+
+void FillMulti::Save(Kernel::OutSerialiser& out) const
+{
+    std::vector<Kernel::Counted<FillDescriptor>> entries;
+    for (const auto& descriptor : m_descriptors) {
+        if (!descriptor->IsEmpty())
+            entries.emplace_back(new FillDescriptor(*descriptor));
+    }
+    out.SaveObjectArrayI("Desc", entries, [](const auto& entry) -> const FillDescriptor& {
+        return *entry;
+    });
+}
+
+bool FillMulti::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
+{
+    std::vector<Kernel::Counted<FillDescriptor>> entries;
+    in.LoadObjectArrayI("Desc", entries);
+    m_descriptors.clear();
+    for (const auto& entry : entries)
+        AddFillDescriptor(*entry);
+    return true;
 }
 
 void FillMulti::AccumulateHash(Kernel::HashAccumulator& hash) const

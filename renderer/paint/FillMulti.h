@@ -8,7 +8,7 @@
 namespace Renderer {
 
 /// A stack of fills, each in a frame of its own within the stack's frame; the first one is painted
-/// first, the others over it.
+/// first, the others over it. Files keep the entries that have a fill.
 class RENDERER_EXPORT FillMulti final : public FillOf<FillMulti>
 {
 public:
@@ -19,6 +19,9 @@ public:
 
     FillMulti() = default;
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
     static const Kernel::SharedClassProperties& GetTypeSharedClassProperties();
 

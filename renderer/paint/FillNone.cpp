@@ -11,9 +11,16 @@ const Kernel::Consolidated<FillNone>& FillNone::Create()
 
 const Kernel::SharedClassProperties& FillNone::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties;
+    static const auto& record = *new Kernel::SharedClassProperties(
+        "FilN", &CreateObject, 1, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillNone");
     return record;
 }
+
+namespace {
+
+[[maybe_unused]] const auto& registration = FillNone::GetTypeSharedClassProperties();
+
+} // namespace
 
 void FillNone::AccumulateHash(Kernel::HashAccumulator&) const {}
 

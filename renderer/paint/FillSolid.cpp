@@ -1,6 +1,7 @@
 #include <renderer/paint/FillSolid.h>
 
 #include <kernel/Format.h>
+#include <kernel/SavedItems.h>
 #include <renderer/paint/ColourRGB.h>
 #include <renderer/paint/ColourVisitor.h>
 
@@ -21,8 +22,33 @@ Kernel::Consolidated<FillSolid> FillSolid::Create(const Kernel::Consolidated<Col
 
 const Kernel::SharedClassProperties& FillSolid::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties;
+    static const auto& record = *new Kernel::SharedClassProperties(
+        "FilS", &CreateObject, 1, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillSolid");
     return record;
+}
+
+namespace {
+
+[[maybe_unused]] const auto& registration = FillSolid::GetTypeSharedClassProperties();
+
+} // namespace
+
+template<class Self, class Items>
+void FillSolid::ListItems(Self& self, Items&& items)
+{
+    items.Required("Colr", self.m_colour);
+}
+
+void FillSolid::Save(Kernel::OutSerialiser& out) const
+{
+    ListItems(*this, Kernel::SavedItems::Writer(out));
+}
+
+bool FillSolid::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
+{
+    Kernel::SavedItems::Reader items(in);
+    ListItems(*this, items);
+    return items.IsComplete();
 }
 
 void FillSolid::AccumulateHash(Kernel::HashAccumulator& hash) const

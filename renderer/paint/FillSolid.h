@@ -16,6 +16,9 @@ public:
     /// An empty colour counts as opaque black.
     explicit FillSolid(const Kernel::Consolidated<Colour>& colour);
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
     static const Kernel::SharedClassProperties& GetTypeSharedClassProperties();
 
@@ -35,6 +38,9 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    template<class Self, class Items>
+    static void ListItems(Self& self, Items&& items);
+
     void ChangeColours(ColourChange change, double value) override;
 
     Kernel::Consolidated<Colour> m_colour;

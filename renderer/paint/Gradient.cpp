@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <kernel/InSerialiser.h>
+#include <kernel/OutSerialiser.h>
 #include <renderer/paint/ColourVisitor.h>
 
 namespace Renderer {
@@ -15,9 +17,24 @@ double ToUnit(double value, double fallback)
     return std::isnan(value) ? fallback : std::clamp(value, 0.0, 1.0);
 }
 
+constexpr double Tolerance = 1e-6;
+
+/// Stops as a gradient keeps them.
+std::vector<Gradient::ColourPosition> Normalise(std::vector<Gradient::ColourPosition> stops)
+{
+    std::erase_if(stops, [](const auto& stop) { return !stop.colour; });
+    double previous = 0.0;
+    for (Gradient::ColourPosition& stop : stops) {
+        stop.position = std::max(ToUnit(stop.position, 0.0), previous);
+        stop.midpoint = ToUnit(stop.midpoint, 0.5);
+        stop.smoothness = ToUnit(stop.smoothness, 0.0);
+        previous = stop.position;
+    }
+    return stops;
+}
+
 bool IsSameStop(const Gradient::ColourPosition& a, const Gradient::ColourPosition& b)
 {
-    constexpr double Tolerance = 1e-6;
     return a.colour == b.colour && std::abs(a.position - b.position) <= Tolerance &&
            std::abs(a.midpoint - b.midpoint) <= Tolerance &&
            std::abs(a.smoothness - b.smoothness) <= Tolerance;
@@ -25,17 +42,7 @@ bool IsSameStop(const Gradient::ColourPosition& a, const Gradient::ColourPositio
 
 } // namespace
 
-Gradient::Gradient(std::vector<ColourPosition> stops) : m_stops(std::move(stops))
-{
-    std::erase_if(m_stops, [](const ColourPosition& stop) { return !stop.colour; });
-    double previous = 0.0;
-    for (ColourPosition& stop : m_stops) {
-        stop.position = std::max(ToUnit(stop.position, 0.0), previous);
-        stop.midpoint = ToUnit(stop.midpoint, 0.5);
-        stop.smoothness = ToUnit(stop.smoothness, 0.0);
-        previous = stop.position;
-    }
-}
+Gradient::Gradient(std::vector<ColourPosition> stops) : m_stops(Normalise(std::move(stops))) {}
 
 Gradient::~Gradient() = default;
 
@@ -47,13 +54,64 @@ Kernel::Consolidated<Gradient> Gradient::Create(std::vector<ColourPosition> stop
 
 const Kernel::SharedClassProperties& Gradient::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties;
+    static const auto& record = *new Kernel::SharedClassProperties(
+        "Grad", &CreateObject, 1, __GetDefaultSerialisation(), nullptr, "Gradient");
     return record;
 }
 
-const Kernel::SharedClassProperties& Gradient::GetObjectSharedClassProperties() const
+namespace {
+
+[[maybe_unused]] const auto& registration = Gradient::GetTypeSharedClassProperties();
+
+} // namespace
+
+void Gradient::Save(Kernel::OutSerialiser& out) const
 {
-    return GetTypeSharedClassProperties();
+    if (out.IsFullSave()) {
+        std::vector<double> pairs, smoothness;
+        for (const ColourPosition& stop : m_stops) {
+            pairs.insert(pairs.end(), {stop.position, stop.midpoint});
+            smoothness.push_back(stop.smoothness);
+        }
+        out.SaveTypeArrayI("Posn", pairs);
+        if (std::ranges::any_of(smoothness, [](double value) { return value > Tolerance; }))
+            out.SaveTypeArrayI("Smth", smoothness);
+    }
+    out.SaveSharedObjectArrayI("Cols", m_stops, &ColourPosition::colour);
+}
+
+bool Gradient::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
+{
+    std::vector<Kernel::Consolidated<Colour>> colours;
+    std::vector<double> pairs, smoothness;
+    in.LoadSharedObjectArrayI("Cols", colours);
+    const std::size_t count = colours.size();
+    const bool hasPositions = in.LoadTypeArrayI("Posn", pairs) && pairs.size() == 2 * count;
+    const bool hasSmoothness = in.LoadTypeArrayI("Smth", smoothness) && smoothness.size() == count;
+    std::vector<ColourPosition> stops(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        stops[i].colour = std::move(colours[i]);
+        if (hasPositions) {
+            stops[i].position = pairs[2 * i];
+            stops[i].midpoint = pairs[2 * i + 1];
+        } else if (i != 0) {
+            stops[i].position = static_cast<double>(i) / static_cast<double>(count - 1);
+        }
+        if (hasSmoothness)
+            stops[i].smoothness = smoothness[i];
+    }
+    m_stops = Normalise(std::move(stops));
+    return true;
+}
+
+Kernel::Consolidated<Gradient> Gradient::CreateLegacy(const Kernel::InSerialiser& in,
+                                                      Kernel::FileStore& store,
+                                                      unsigned short version)
+{
+    const auto gradient = Kernel::MakeCounted<Gradient>();
+    if (!gradient->Load(in, store, version) || gradient->m_stops.empty())
+        return {};
+    return Kernel::SharedClassProperties::ConsolidateObjectSacrifice(gradient);
 }
 
 void Gradient::AccumulateHash(Kernel::HashAccumulator& hash) const

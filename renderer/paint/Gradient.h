@@ -3,8 +3,7 @@
 #include <vector>
 
 #include <kernel/Consolidated.h>
-#include <kernel/SharedClassProperties.h>
-#include <kernel/SharedSerialisable.h>
+#include <kernel/SavedClass.h>
 #include <renderer/Export.h>
 #include <renderer/paint/Colour.h>
 #include <renderer/paint/GradientMapping.h>
@@ -14,7 +13,7 @@ namespace Renderer {
 class ColourVisitor;
 
 /// The stops of a gradient, in order. An immutable shared value.
-class RENDERER_EXPORT Gradient final : public Kernel::SharedSerialisable
+class RENDERER_EXPORT Gradient final : public Kernel::SharedSavedClass<Gradient>
 {
 public:
     /// One stop, and the mapping from it to the next one.
@@ -41,8 +40,18 @@ public:
     /// than the one before it becomes equal to it. Stops at one position make a hard edge.
     explicit Gradient(std::vector<ColourPosition> stops);
 
+    /// The gradient of a fill of older files, which hold the items of the gradient in the fill's
+    /// place. \param in the items of the fill. \return empty when there are no stops.
+    static Kernel::Consolidated<Gradient> CreateLegacy(const Kernel::InSerialiser& in,
+                                                       Kernel::FileStore& store,
+                                                       unsigned short version);
+
+    /// Positions and mappings are written by full saves only.
+    void Save(Kernel::OutSerialiser& out) const override;
+    /// Without positions the stops are spaced evenly and mapped linearly.
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
-    const Kernel::SharedClassProperties& GetObjectSharedClassProperties() const override;
     static const Kernel::SharedClassProperties& GetTypeSharedClassProperties();
 
 protected:

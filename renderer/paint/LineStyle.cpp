@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <numbers>
 #include <utility>
+
+#include <kernel/InSerialiser.h>
+#include <kernel/OutSerialiser.h>
 
 namespace Renderer {
 
@@ -15,6 +19,14 @@ constexpr double Tolerance = 1e-6;
 bool IsClose(double a, double b)
 {
     return std::abs(a - b) <= Tolerance;
+}
+
+/// Takes over the byte of an enum's value; one beyond the last value leaves the default.
+template<class Enum>
+void SetFromByte(Enum& value, std::uint8_t byte, Enum last)
+{
+    if (byte <= static_cast<std::uint8_t>(last))
+        value = static_cast<Enum>(byte);
 }
 
 } // namespace
@@ -32,13 +44,42 @@ Kernel::Consolidated<LineStyle> LineStyle::Consolidate(const LineStyle& style)
 
 const Kernel::SharedClassProperties& LineStyle::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties;
+    static const auto& record = *new Kernel::SharedClassProperties(
+        "LSty", &CreateObject, 1, __GetDefaultSerialisation(), nullptr, "LineStyle");
     return record;
 }
 
-const Kernel::SharedClassProperties& LineStyle::GetObjectSharedClassProperties() const
+namespace {
+
+[[maybe_unused]] const auto& registration = LineStyle::GetTypeSharedClassProperties();
+
+} // namespace
+
+void LineStyle::Save(Kernel::OutSerialiser& out) const
 {
-    return GetTypeSharedClassProperties();
+    out.SavePropStructI("Data", m_miterLimit, static_cast<std::uint8_t>(m_cap),
+                        static_cast<std::uint8_t>(m_join), static_cast<std::uint8_t>(m_type),
+                        m_resIndependent);
+    out.SaveTypeI("Wght", m_weight);
+    out.SaveObject("Brus", Kernel::Counted<const Kernel::Serialisable>()); // styles have no brush yet
+    if (!IsClose(m_dashPhase, 0.0))
+        out.SaveTypeI("Phse", m_dashPhase);
+    if (!m_dashPattern.empty())
+        out.SaveTypeArrayI("Patn", m_dashPattern);
+}
+
+bool LineStyle::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
+{
+    std::uint8_t cap = 0, join = 0, type = 0;
+    if (in.LoadPropStructI("Data", m_miterLimit, cap, join, type, m_resIndependent)) {
+        SetFromByte(m_cap, cap, RoundCap);
+        SetFromByte(m_join, join, BevelJoin);
+        SetFromByte(m_type, type, RasterBrush);
+    }
+    in.LoadTypeI("Wght", m_weight);
+    in.LoadTypeI("Phse", m_dashPhase);
+    in.LoadTypeArrayI("Patn", m_dashPattern);
+    return true;
 }
 
 void LineStyle::AccumulateHash(Kernel::HashAccumulator& hash) const

@@ -4,8 +4,7 @@
 
 #include <kernel/Consolidated.h>
 #include <kernel/Counted.h>
-#include <kernel/SharedClassProperties.h>
-#include <kernel/SharedSerialisable.h>
+#include <kernel/SavedClass.h>
 #include <renderer/Export.h>
 
 namespace Renderer {
@@ -15,7 +14,7 @@ namespace Renderer {
 ///
 /// Lengths are in the units of the document, or in device pixels at 96 per inch for styles that are
 /// resolution-independent.
-class RENDERER_EXPORT LineStyle final : public Kernel::SharedSerialisable
+class RENDERER_EXPORT LineStyle final : public Kernel::SharedSavedClass<LineStyle>
 {
 public:
     /// \name The numbers are saved in documents.
@@ -54,8 +53,10 @@ public:
     /// The canonical instance of a style's value. The object itself is not changed.
     static Kernel::Consolidated<LineStyle> Consolidate(const LineStyle& style);
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
-    const Kernel::SharedClassProperties& GetObjectSharedClassProperties() const override;
     static const Kernel::SharedClassProperties& GetTypeSharedClassProperties();
 
 protected:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kernel/EnumSerialiserOf.h>
+#include <kernel/SavedClass.h>
 #include <renderer/paint/LineStyleDescriptorConst.h>
 
 namespace Renderer {
@@ -7,13 +9,21 @@ namespace Renderer {
 /// The mutable holder of a line style and its use that an object of the document owns. Converts to
 /// LineStyleDescriptorConst, the value that drawing calls take; what is not repeated here is asked
 /// of that value.
-class RENDERER_EXPORT LineStyleDescriptor : public virtual Kernel::Countable
+class RENDERER_EXPORT LineStyleDescriptor : public Kernel::PlainSavedClass<LineStyleDescriptor>
 {
 public:
     using StrokeAlignment = LineStyleDescriptorConst::StrokeAlignment;
     static constexpr StrokeAlignment Centre = LineStyleDescriptorConst::Centre;
     static constexpr StrokeAlignment Inside = LineStyleDescriptorConst::Inside;
     static constexpr StrokeAlignment Outside = LineStyleDescriptorConst::Outside;
+
+    /// The values of StrokeAlignment in files.
+    class RENDERER_EXPORT StrokeAlignmentEnumSerialiser final
+        : public Kernel::EnumSerialiserOf<StrokeAlignmentEnumSerialiser>
+    {
+        friend class Kernel::EnumSerialiserOf<StrokeAlignmentEnumSerialiser>;
+        StrokeAlignmentEnumSerialiser() { RegisterCount(3); }
+    };
 
     LineStyleDescriptor() = default;
     LineStyleDescriptor(LineStyleDescriptorConst value) : m_value(std::move(value)) {}
@@ -30,6 +40,13 @@ public:
     {}
     LineStyleDescriptor(const LineStyleDescriptor&) = default;
     LineStyleDescriptor& operator=(const LineStyleDescriptor&) = default;
+
+    /// The preview flag is not kept.
+    void Save(Kernel::OutSerialiser& out) const override;
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
+    static const Kernel::ClassProperties& GetTypeClassProperties();
+
     ~LineStyleDescriptor() override;
     virtual Kernel::Counted<LineStyleDescriptor> Clone() const;
 

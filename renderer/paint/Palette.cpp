@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <kernel/SavedItems.h>
 #include <renderer/paint/ColourConversion.h>
 #include <renderer/paint/ColourRGB.h>
 #include <renderer/paint/ColourVisitor.h>
@@ -54,13 +55,32 @@ Palette::CreateFromDynamicPalette(const Raster::DynamicPalette& palette, Raster:
 
 const Kernel::SharedClassProperties& Palette::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties;
+    static const auto& record = *new Kernel::SharedClassProperties(
+        "Pltt", &CreateObject, 1, __GetDefaultSerialisation(), nullptr, "Palette");
     return record;
 }
 
-const Kernel::SharedClassProperties& Palette::GetObjectSharedClassProperties() const
+namespace {
+
+[[maybe_unused]] const auto& registration = Palette::GetTypeSharedClassProperties();
+
+} // namespace
+
+template<class Self, class Items>
+void Palette::ListItems(Self& self, Items&& items)
 {
-    return GetTypeSharedClassProperties();
+    items.Objects("cols", self.m_colours);
+}
+
+void Palette::Save(Kernel::OutSerialiser& out) const
+{
+    ListItems(*this, Kernel::SavedItems::Writer(out));
+}
+
+bool Palette::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
+{
+    ListItems(*this, Kernel::SavedItems::Reader(in));
+    return true;
 }
 
 void Palette::AccumulateHash(Kernel::HashAccumulator& hash) const

@@ -4,8 +4,7 @@
 
 #include <kernel/Consolidated.h>
 #include <kernel/Counted.h>
-#include <kernel/SharedClassProperties.h>
-#include <kernel/SharedSerialisable.h>
+#include <kernel/SavedClass.h>
 #include <raster/DynamicPalette.h>
 #include <renderer/Export.h>
 #include <renderer/paint/Colour.h>
@@ -17,7 +16,7 @@ class ColourVisitor;
 /// An ordered list of colours that a palettised picture is limited to. An immutable shared value.
 ///
 /// The colours of the palettes made here are opaque ColourRGB of 8-bit channels.
-class RENDERER_EXPORT Palette final : public Kernel::SharedSerialisable
+class RENDERER_EXPORT Palette final : public Kernel::SharedSavedClass<Palette>
 {
 public:
     using Colours = std::vector<Kernel::Consolidated<Colour>>;
@@ -55,8 +54,10 @@ public:
     /// Empty references are left out.
     explicit Palette(Colours colours);
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
-    const Kernel::SharedClassProperties& GetObjectSharedClassProperties() const override;
     static const Kernel::SharedClassProperties& GetTypeSharedClassProperties();
 
 protected:
@@ -79,6 +80,9 @@ public:
     Kernel::Consolidated<Palette> Accept(ColourVisitor& visitor) const;
 
 private:
+    template<class Self, class Items>
+    static void ListItems(Self& self, Items&& items);
+
     Colours m_colours;
 };
 
