@@ -30,10 +30,16 @@ namespace Kernel::SavedItems {
 /// Parameters set by the user count as their default up to this distance from it.
 constexpr double Tolerance = 1e-6;
 
-/// Whether a parameter counts as its default; not-a-number does not.
+/// Whether two parameters count as equal; infinities do, not-a-number does not.
+inline bool AreClose(double a, double b) noexcept
+{
+    return a == b || std::abs(a - b) <= Tolerance;
+}
+
+/// Whether a parameter counts as its default.
 inline bool IsDefault(double value, double standard) noexcept
 {
-    return std::abs(value - standard) <= Tolerance;
+    return AreClose(value, standard);
 }
 inline bool IsDefault(bool value, bool standard) noexcept
 {

@@ -77,7 +77,7 @@ bool BlendOptions::IsIdentityCurves() const
 
 bool BlendOptions::IsIdentityBlendGamma() const noexcept
 {
-    return std::abs(m_blendGamma - DefaultBlendGamma) <= Tolerance;
+    return Kernel::SavedItems::IsDefault(m_blendGamma, DefaultBlendGamma);
 }
 
 bool BlendOptions::IsIdentitySpline(const Curve& curve)
@@ -126,7 +126,7 @@ bool operator==(const BlendOptions& a, const BlendOptions& b)
         return ArePointeesEqual(left, right, std::equal_to<>());
     };
     return std::ranges::equal(a.m_curves, b.m_curves, areSame) &&
-           std::abs(a.m_blendGamma - b.m_blendGamma) <= Tolerance &&
+           Kernel::SavedItems::AreClose(a.m_blendGamma, b.m_blendGamma) &&
            ArePointeesEqual(
                a.m_antialiasingGamma, b.m_antialiasingGamma,
                [](const auto& left, const auto& right) { return left.IsEqual(right, Tolerance); });

@@ -9,11 +9,6 @@ namespace Renderer {
 
 namespace {
 
-bool AreAttributesEqual(double a, double b)
-{
-    return std::abs(a - b) <= Kernel::SavedItems::Tolerance;
-}
-
 /// Adds a percentage to a name, unless it rounds to 100.
 void AppendPercent(Kernel::String& text, const char* format, double value)
 {
@@ -59,9 +54,9 @@ void Colour::AccumulateHash(Kernel::HashAccumulator& hash) const
 bool Colour::CompareMembers(const Kernel::SharedSerialisable& other) const
 {
     const auto& colour = static_cast<const Colour&>(other);
-    return AreAttributesEqual(m_noise, colour.m_noise) &&
-           AreAttributesEqual(m_tint, colour.m_tint) &&
-           AreAttributesEqual(m_intensity, colour.m_intensity) &&
+    return Kernel::SavedItems::AreClose(m_noise, colour.m_noise) &&
+           Kernel::SavedItems::AreClose(m_tint, colour.m_tint) &&
+           Kernel::SavedItems::AreClose(m_intensity, colour.m_intensity) &&
            m_globalName == colour.m_globalName && m_overprint == colour.m_overprint;
 }
 

@@ -11,8 +11,9 @@ const Kernel::Consolidated<FillBackBuffer>& FillBackBuffer::Create()
 
 const Kernel::SharedClassProperties& FillBackBuffer::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties(
-        "BacB", &CreateObject, 1, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillBackBuffer");
+    static const auto& record =
+        *new Kernel::SharedClassProperties("BacB", &CreateObject, 1, __GetDefaultSerialisation(),
+                                           &Fill::GetTypeSharedClassProperties(), "FillBackBuffer");
     return record;
 }
 

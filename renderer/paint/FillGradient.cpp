@@ -50,8 +50,9 @@ FillGradient::Create(FillGradientType type, const Kernel::Consolidated<Gradient>
 
 const Kernel::SharedClassProperties& FillGradient::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties(
-        "FilG", &CreateObject, 2, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillGradient");
+    static const auto& record =
+        *new Kernel::SharedClassProperties("FilG", &CreateObject, 2, __GetDefaultSerialisation(),
+                                           &Fill::GetTypeSharedClassProperties(), "FillGradient");
     return record;
 }
 

@@ -46,8 +46,9 @@ void FillMulti::AddFillDescriptor(const FillDescriptorConst& descriptor)
 
 const Kernel::SharedClassProperties& FillMulti::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties(
-        "MulF", &CreateObject, 1, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillMulti");
+    static const auto& record =
+        *new Kernel::SharedClassProperties("MulF", &CreateObject, 1, __GetDefaultSerialisation(),
+                                           &Fill::GetTypeSharedClassProperties(), "FillMulti");
     return record;
 }
 
@@ -64,9 +65,8 @@ void FillMulti::Save(Kernel::OutSerialiser& out) const
         if (!descriptor->IsEmpty())
             entries.emplace_back(new FillDescriptor(*descriptor));
     }
-    out.SaveObjectArrayI("Desc", entries, [](const auto& entry) -> const FillDescriptor& {
-        return *entry;
-    });
+    out.SaveObjectArrayI("Desc", entries,
+                         [](const auto& entry) -> const FillDescriptor& { return *entry; });
 }
 
 bool FillMulti::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)

@@ -11,8 +11,9 @@ const Kernel::Consolidated<FillNone>& FillNone::Create()
 
 const Kernel::SharedClassProperties& FillNone::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties(
-        "FilN", &CreateObject, 1, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillNone");
+    static const auto& record =
+        *new Kernel::SharedClassProperties("FilN", &CreateObject, 1, __GetDefaultSerialisation(),
+                                           &Fill::GetTypeSharedClassProperties(), "FillNone");
     return record;
 }
 

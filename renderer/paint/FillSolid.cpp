@@ -22,8 +22,9 @@ Kernel::Consolidated<FillSolid> FillSolid::Create(const Kernel::Consolidated<Col
 
 const Kernel::SharedClassProperties& FillSolid::GetTypeSharedClassProperties()
 {
-    static const auto& record = *new Kernel::SharedClassProperties(
-        "FilS", &CreateObject, 1, __GetDefaultSerialisation(), &Fill::GetTypeSharedClassProperties(), "FillSolid");
+    static const auto& record =
+        *new Kernel::SharedClassProperties("FilS", &CreateObject, 1, __GetDefaultSerialisation(),
+                                           &Fill::GetTypeSharedClassProperties(), "FillSolid");
     return record;
 }
 

@@ -42,9 +42,8 @@ public:
 
     /// The gradient of a fill of older files, which hold the items of the gradient in the fill's
     /// place. \param in the items of the fill. \return empty when there are no stops.
-    static Kernel::Consolidated<Gradient> CreateLegacy(const Kernel::InSerialiser& in,
-                                                       Kernel::FileStore& store,
-                                                       unsigned short version);
+    static Kernel::Consolidated<Gradient>
+    CreateLegacy(const Kernel::InSerialiser& in, Kernel::FileStore& store, unsigned short version);
 
     /// Positions and mappings are written by full saves only.
     void Save(Kernel::OutSerialiser& out) const override;

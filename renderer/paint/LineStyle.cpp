@@ -8,18 +8,14 @@
 
 #include <kernel/InSerialiser.h>
 #include <kernel/OutSerialiser.h>
+#include <kernel/SavedItems.h>
 
 namespace Renderer {
 
 namespace {
 
-/// Lengths that differ by no more than this are equal; weights up to it draw nothing.
-constexpr double Tolerance = 1e-6;
-
-bool IsClose(double a, double b)
-{
-    return std::abs(a - b) <= Tolerance;
-}
+/// Weights up to this draw nothing.
+constexpr double Tolerance = Kernel::SavedItems::Tolerance;
 
 /// Takes over the byte of an enum's value; one beyond the last value leaves the default.
 template<class Enum>
@@ -61,8 +57,9 @@ void LineStyle::Save(Kernel::OutSerialiser& out) const
                         static_cast<std::uint8_t>(m_join), static_cast<std::uint8_t>(m_type),
                         m_resIndependent);
     out.SaveTypeI("Wght", m_weight);
-    out.SaveObject("Brus", Kernel::Counted<const Kernel::Serialisable>()); // styles have no brush yet
-    if (!IsClose(m_dashPhase, 0.0))
+    out.SaveObject("Brus",
+                   Kernel::Counted<const Kernel::Serialisable>()); // styles have no brush yet
+    if (!Kernel::SavedItems::AreClose(m_dashPhase, 0.0))
         out.SaveTypeI("Phse", m_dashPhase);
     if (!m_dashPattern.empty())
         out.SaveTypeArrayI("Patn", m_dashPattern);
@@ -100,9 +97,11 @@ bool LineStyle::CompareMembers(const Kernel::SharedSerialisable& other) const
 {
     const auto& style = static_cast<const LineStyle&>(other);
     return m_cap == style.m_cap && m_join == style.m_join && m_type == style.m_type &&
-           IsClose(m_weight, style.m_weight) && IsClose(m_miterLimit, style.m_miterLimit) &&
-           IsClose(m_dashPhase, style.m_dashPhase) && m_resIndependent == style.m_resIndependent &&
-           std::ranges::equal(m_dashPattern, style.m_dashPattern, IsClose);
+           Kernel::SavedItems::AreClose(m_weight, style.m_weight) &&
+           Kernel::SavedItems::AreClose(m_miterLimit, style.m_miterLimit) &&
+           Kernel::SavedItems::AreClose(m_dashPhase, style.m_dashPhase) &&
+           m_resIndependent == style.m_resIndependent &&
+           std::ranges::equal(m_dashPattern, style.m_dashPattern, Kernel::SavedItems::AreClose);
 }
 
 Kernel::Counted<LineStyle> LineStyle::Clone() const

@@ -36,8 +36,8 @@ bool LineStyleDescriptor::Load(const Kernel::InSerialiser& in, Kernel::FileStore
     in.LoadType("LDBe", behind);
     in.LoadType("LDSc", scale);
     in.LoadEnumI("LDSa", StrokeAlignmentEnumSerialiser::GetInstance(), alignment);
-    m_value = LineStyleDescriptorConst(style, SavedCurve::Load(in, "LDeP"), behind, scale,
-                                       alignment);
+    m_value =
+        LineStyleDescriptorConst(style, SavedCurve::Load(in, "LDeP"), behind, scale, alignment);
     return true;
 }
 

@@ -22,9 +22,8 @@ inline Kernel::Counted<const Geometry::CurveDbl> Load(const Kernel::InSerialiser
                                                       Kernel::IDTag tag)
 {
     const auto curve = Kernel::MakeCounted<Geometry::CurveDbl>();
-    const bool isLoaded =
-        in.LoadPropClassI(tag, [&](const Kernel::InSerialiser& items, Kernel::ClassUID uid,
-                                   unsigned short version) {
+    const bool isLoaded = in.LoadPropClassI(
+        tag, [&](const Kernel::InSerialiser& items, Kernel::ClassUID uid, unsigned short version) {
             return curve->Load(items, uid, version);
         });
     return isLoaded ? curve : nullptr;
