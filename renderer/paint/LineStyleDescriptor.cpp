@@ -23,7 +23,7 @@ void LineStyleDescriptor::Save(Kernel::OutSerialiser& out) const
     out.SaveType("LDBe", GetBehind());
     out.SaveType("LDSc", GetScale());
     SavedCurve::Save(out, "LDeP", GetPressure());
-    out.SaveTypeI("LDSa", std::int32_t{GetStrokeAlignment()});
+    out.SaveTypeI("LDSa", static_cast<std::int32_t>(GetStrokeAlignment()));
 }
 
 bool LineStyleDescriptor::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
