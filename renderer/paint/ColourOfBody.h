@@ -32,8 +32,9 @@ template<class Self, class Items>
 void ColourOf<Derived>::ListChannels(Self& self, Items&& items)
 {
     if constexpr (requires { self.m_channels; }) {
-        static_assert(sizeof self.m_channels ==
-                      sizeof(self.m_channels[0]) * std::size(self.m_channels.channels));
+        using Channels = decltype(self.m_channels);
+        static_assert(sizeof(Channels) ==
+                      Channels::ChannelCount * sizeof(typename Channels::ChannelType));
         items.Raw("_col", self.m_channels);
     }
 }
