@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <functional>
+#include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -17,6 +17,8 @@ namespace {
 
 using Kernel::InSerialiserFile;
 using Kernel::SaveMode;
+
+constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
 [[maybe_unused]] const auto& registration = BlendOptionsBox::GetTypeClassProperties();
 
@@ -206,7 +208,7 @@ TEST(SavedPaint, StopsWithinTheFillAreRead)
         EXPECT_EQ(stop.midpoint, 0.5);
     }
     const auto placed = LoadForged<FillGradient>("FilG", [&](Kernel::OutSerialiser& out) {
-        out.SaveTypeArrayI("Posn", std::array{0.1, 0.25, NAN, -7.0, 0.05, 3.0});
+        out.SaveTypeArrayI("Posn", std::array{0.1, 0.25, NotANumber, -7.0, 0.05, 3.0});
         out.SaveSharedObjectArrayI("Cols", colours);
     });
     const auto& stops = placed->GetGradient()->GetColours();
@@ -262,11 +264,12 @@ TEST(SavedPaint, WrongContentIsSurvived)
         {"LDsc", {"LDeL", "LDBe", "LDeP", "LDSa"}},
         {"Pltt", {"cols"}},
         {"Spln", {"Pnts"}}};
-    const std::vector<double> numbers{NAN, 1e308, -INFINITY, 0.0, 1.0, 2.0};
+    const std::vector<double> numbers{NotANumber, 1e308, -std::numeric_limits<double>::infinity(),
+                                      0.0,        1.0,   2.0};
     const std::vector<std::function<void(Kernel::OutSerialiser&, Kernel::IDTag)>> contents{
         [](auto& out, auto tag) { out.SaveType(tag, true); },
         [](auto& out, auto tag) { out.SaveTypeI(tag, std::int32_t{77}); },
-        [](auto& out, auto tag) { out.SaveTypeI(tag, NAN); },
+        [](auto& out, auto tag) { out.SaveTypeI(tag, NotANumber); },
         [](auto& out, auto tag) { out.SaveType(tag, Kernel::String("text")); },
         [](auto& out, auto tag) { out.SaveTypeArrayI(tag, {}); },
         [&](auto& out, auto tag) { out.SaveTypeArrayI(tag, numbers); },
@@ -278,7 +281,7 @@ TEST(SavedPaint, WrongContentIsSurvived)
         [&](auto& out, auto tag) { out.SaveSharedObjectArrayI(tag, mixed); },
         [](auto& out, auto tag) {
             out.SavePropClassI(tag, "Curv", 1, [](Kernel::OutSerialiser& items) {
-                items.SaveTypeArrayI("Pnts", std::array{0.0, NAN, 1.0, 2.0});
+                items.SaveTypeArrayI("Pnts", std::array{0.0, NotANumber, 1.0, 2.0});
                 items.SaveRawStructI("Segm", "\x01\x02", 2);
             });
         }};
