@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <random>
@@ -73,7 +74,10 @@ public:
 class Maker
 {
 public:
-    explicit Maker(std::uint32_t seed) : m_random(seed) {}
+    /// \param nearDefaults whether parameters may lie within the tolerance of their defaults, so
+    /// that
+    ///        files leave them out.
+    Maker(std::uint32_t seed, bool nearDefaults) : m_random(seed), m_nearDefaults(nearDefaults) {}
 
     int Pick(int count) { return static_cast<int>(m_random() % static_cast<std::uint32_t>(count)); }
     bool Perhaps() { return Pick(2) == 0; }
@@ -89,7 +93,9 @@ public:
                                   std::numeric_limits<double>::infinity(),
                                   std::numeric_limits<double>::denorm_min(),
                                   -1e300};
-        return Perhaps() ? Unit() : special[Pick(7)];
+        const double value = Perhaps() ? Unit() : special[Pick(7)];
+        const bool isNear = value != standard && std::abs(value - standard) < 2e-6;
+        return isNear && !m_nearDefaults ? standard : value;
     }
     float Channel()
     {
@@ -250,6 +256,7 @@ public:
 
 private:
     std::mt19937 m_random;
+    bool m_nearDefaults;
 };
 
 } // namespace Renderer::SavedPaint

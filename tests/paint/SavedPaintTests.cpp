@@ -43,9 +43,12 @@ std::uint64_t Hash(const Kernel::SharedSerialisable& object)
 }
 
 /// Saves a shared value, lets it go, and loads it: what was within the tolerance of its default is
-/// the default now, everything else keeps its bits, so that saving again gives the same bytes.
+/// the default now, which may make two values one; everything else keeps its bits, so that saving
+/// again gives the same bytes.
+/// \param isKept whether no parameter within it becomes its default, so that the same value is
+/// loaded.
 template<class T>
-void CheckRoundTrip(Consolidated<T> object)
+void CheckRoundTrip(Consolidated<T> object, bool isKept)
 {
     const Bytes bytes = Save(object);
     const Counted<T> copy(object->Clone());
@@ -53,8 +56,11 @@ void CheckRoundTrip(Consolidated<T> object)
     EXPECT_EQ(Hash(*copy), Hash(*object));
     object = {};
     const auto loaded = InSerialiserFile(bytes).ParseWithChecks<T>();
-    EXPECT_TRUE(Save(loaded) == bytes);
-    EXPECT_TRUE(loaded->Equals(*copy));
+    if (isKept) {
+        EXPECT_TRUE(Save(loaded) == bytes);
+        EXPECT_TRUE(loaded->Equals(*copy));
+        EXPECT_EQ(Hash(*loaded), Hash(*copy));
+    }
     const auto again = InSerialiserFile(Save(loaded)).ParseWithChecks<T>();
     EXPECT_EQ(again, loaded); // equal values are one object
     const Bytes partial = Save(loaded, SaveMode::Partial);
@@ -63,31 +69,32 @@ void CheckRoundTrip(Consolidated<T> object)
 }
 
 template<class T>
-void CheckRoundTrip(const Counted<T>& object)
+void CheckRoundTrip(const Counted<T>& object, bool isKept)
 {
     const Bytes bytes = Save(object);
     const auto loaded = InSerialiserFile(bytes).ParseWithChecks<T>();
-    EXPECT_TRUE(Save(loaded) == bytes);
-    EXPECT_TRUE(Value(*loaded) == Value(*object));
+    EXPECT_TRUE(!isKept || Save(loaded) == bytes);
+    EXPECT_TRUE(Save(InSerialiserFile(Save(loaded)).ParseWithChecks<T>()) == Save(loaded));
+    EXPECT_TRUE(!isKept || Value(*loaded) == Value(*object));
     EXPECT_TRUE(InSerialiserFile(Save(object, SaveMode::Partial)).ParseWithChecks<T>());
 }
 
 TEST(SavedPaint, RandomObjectsComeBackAndSaveToTheSameBytes)
 {
-    Maker maker(20);
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 600 && !HasFailure(); ++i) {
+        SCOPED_TRACE(i);
+        const bool isKept = i % 2 == 0;
+        Maker maker(std::uint32_t(i), !isKept);
         for (int type = Colour::RGB; type <= Colour::Registration; ++type)
-            CheckRoundTrip(maker.MakeColour(type));
-        CheckRoundTrip(maker.MakeGradient());
-        CheckRoundTrip(maker.MakeFill());
-        CheckRoundTrip(maker.MakeLineStyle());
-        CheckRoundTrip(maker.MakePalette());
-        CheckRoundTrip(
-            Kernel::MakeCounted<FillDescriptor>(maker.MakeFill(), maker.MakeTransform()));
-        CheckRoundTrip(maker.MakeLineStyleDescriptor());
-        CheckRoundTrip(Kernel::MakeCounted<BlendOptionsBox>(maker.MakeBlendOptions()));
-        if (HasFailure())
-            FAIL() << "at object " << i;
+            CheckRoundTrip(maker.MakeColour(type), isKept);
+        CheckRoundTrip(maker.MakeGradient(), isKept);
+        CheckRoundTrip(maker.MakeFill(), isKept);
+        CheckRoundTrip(maker.MakeLineStyle(), isKept);
+        CheckRoundTrip(maker.MakePalette(), isKept);
+        CheckRoundTrip(Kernel::MakeCounted<FillDescriptor>(maker.MakeFill(), maker.MakeTransform()),
+                       isKept);
+        CheckRoundTrip(maker.MakeLineStyleDescriptor(), isKept);
+        CheckRoundTrip(Kernel::MakeCounted<BlendOptionsBox>(maker.MakeBlendOptions()), isKept);
     }
 }
 
