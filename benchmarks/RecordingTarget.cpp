@@ -132,12 +132,6 @@ void RecordingTarget::Blend(float, Mode, const Options&, const FillDescriptor&,
     LeaveOut();
 }
 
-void RecordingTarget::SplitFilterEffects(Effects effects, Kernel::RectT<double>,
-                                         std::vector<Effects>& parts)
-{
-    parts.push_back(effects);
-}
-
 bool RecordingTarget::PushFilterEffects(Effects, Kernel::RectT<double>)
 {
     LeaveOut();

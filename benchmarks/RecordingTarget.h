@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include <renderer/core/RenderTarget.h>
+#include <renderer/core/NullRenderTarget.h>
 
 #include "Scene.h"
 
@@ -11,7 +11,7 @@ namespace Benchmarks {
 /// Writes the calls that it gets into a scene, as far as every peer can make them. What is left out
 /// is counted: calls with blend modes, transparencies or blend options, paint other than colours,
 /// linear, radial and elliptical gradients and bitmaps, unions of clips, masks and effects.
-class RecordingTarget final : public Renderer::RenderTarget
+class RecordingTarget final : public Renderer::NullRenderTarget
 {
 public:
     /// \param scene gets the calls.
@@ -49,15 +49,7 @@ public:
     void Clear() override { LeaveOut(); }
 
     void PushAlphaChannelOnly() override { LeaveOut(); }
-    void PopAlphaChannelOnly() override {}
-    void SplitFilterEffects(Effects effects, Kernel::RectT<double> bounds,
-                            std::vector<Effects>& parts) override;
     bool PushFilterEffects(Effects effects, Kernel::RectT<double> bounds) override;
-    void PopFilterEffects() override {}
-    void PushFilterEffectsSupport(bool, bool, bool, bool, bool, Mode, const Options&,
-                                  double) override
-    {}
-    void PopFilterEffectsSupport() override {}
 
     void PushComposite(CompositeInit init, Mode mode, const Options& options,
                        float opacity) override;
@@ -85,9 +77,6 @@ public:
     void PopTransform() override;
 
     void PushColourTransform(Kernel::Counted<Renderer::ColourTransform>) override { LeaveOut(); }
-    void PopColourTransform() override {}
-    void SetColourTransforms(const ColourTransforms&) override {}
-    ColourTransforms GetColourTransforms() const override { return {}; }
 
 private:
     bool IsPlain(Mode mode, const Options& options, const FillDescriptor& transparency) const;

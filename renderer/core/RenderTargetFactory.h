@@ -20,6 +20,9 @@ struct RENDERER_EXPORT RenderTargetFactory
     static BitmapRenderTarget* CreateCMYKA8RenderTarget(const Profiles& profiles);
     static BitmapRenderTarget* CreateLABA16RenderTarget(const Profiles& profiles);
     static BitmapRenderTarget* CreateRGBAUFRenderTarget(const Profiles& profiles);
+    /// An RGBA8 target that draws every shape as a black outline of weight 1, in logical units, and
+    /// ignores paint, opacity, clip paths, masks and groups.
+    static BitmapRenderTarget* CreateWireframeRenderTarget(const Profiles& profiles);
 };
 
 } // namespace Renderer

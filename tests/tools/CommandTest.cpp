@@ -247,6 +247,34 @@ TEST_F(Command, ReducesPicturesToPalettes)
         EXPECT_EQ(Draw(in, wrong), 2) << wrong;
 }
 
+TEST_F(Command, ShowsOutlinesOrWhatWouldBeTouched)
+{
+    const std::string in = m_folder.Write(
+        "in.svg",
+        MakeDocument("<clipPath id='c'><rect x='2' y='2' width='6' height='30'/></clipPath>"
+                     "<clipPath id='d'><circle cx='5' cy='5' r='1'/><rect x='12' width='5' "
+                     "height='4'/></clipPath>"
+                     "<g clip-path='url(#c)'><rect x='4' y='4' width='12' height='5' fill='red' "
+                     "opacity='.2' stroke='blue' stroke-width='2' "
+                     "stroke-linejoin='round'/></g>"
+                     "<path clip-path='url(#d)' d='M0 1H30V2z'/>",
+                     "width='20' height='12'"));
+    ASSERT_EQ(Draw(in, "a.png", "--target wireframe --background white"), 0) << m_errors;
+    EXPECT_EQ(GetPixel("a.png", 10, 6, 20, 12), (std::array{255, 255, 255, 255}));
+    // Half of each pixel beside an edge, whatever the clip.
+    EXPECT_NEAR(GetPixel("a.png", 14, 4, 20, 12)[0], 128, 1);
+    EXPECT_NEAR(GetPixel("a.png", 14, 8, 20, 12)[0], 128, 1);
+    EXPECT_EQ(GetPixel("a.png", 14, 5, 20, 12)[0], 255);
+    for (const std::string& out : {std::string(), Path("b.png")}) {
+        ASSERT_EQ(Run("draw " + in + " " + out + " --target null --scale 2"), 0) << m_errors;
+        EXPECT_EQ(m_folder.Read("out"), "page: 40 x 24 pixels\n"
+                                        "touched: x 6 to 34, y 2 to 20\n"
+                                        "paths: 2\nfilled paths: 2\nstroked paths: 1\n"
+                                        "clip paths: 3\nclip groups: 1\n");
+        EXPECT_FALSE(fs::exists(Path("b.png")));
+    }
+}
+
 TEST_F(Command, RefusesWrongUsage)
 {
     const std::string in = m_folder.Write("in.svg", Red);
@@ -254,7 +282,8 @@ TEST_F(Command, RefusesWrongUsage)
     for (const std::string& arguments : std::vector<std::string>{
              "", "paint", "draw", "draw " + in, draw + "--width 0", draw + "--width -5",
              draw + "--width 1.5", draw + "--scale 0", draw + "--scale nan", draw + "--scale inf",
-             draw + "--width 5 --scale 2", draw + "--format m8", draw + "--target wireframe",
+             draw + "--width 5 --scale 2", draw + "--format m8", draw + "--target sketch",
+             draw + "--target wireframe --format ia8", "draw " + in + " --target wireframe",
              draw + "--background mud", draw + "--shiny", "draw " + in + " " + Path("a.bmp"),
              "draw " + in + " " + Path("a")}) {
         EXPECT_EQ(Run(arguments), 2) << arguments;

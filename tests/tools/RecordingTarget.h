@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include <renderer/core/RenderTarget.h>
+#include <renderer/core/NullRenderTarget.h>
 
 /// A target that remembers what it is told: drawn shapes with all that they are drawn with, and the
 /// order of pushes and pops as a text.
-class RecordingTarget : public Renderer::RenderTarget
+class RecordingTarget : public Renderer::NullRenderTarget
 {
 public:
     using Params = Raster::AffineTransform::Params;
@@ -78,35 +78,6 @@ public:
     void PopClipPath() override { trace += 'c'; }
     void PushClipPathGroup() override { trace += 'U'; }
     void PopClipPathGroup() override { trace += 'u'; }
-    bool HasClipPaths() const override { return false; }
-
-    void DrawPolyPolygon(Kernel::Counted<const Renderer::PolyPolygon>, float, Mode, const Options&,
-                         const Fill&, const Fill&, Winding, bool, bool) override
-    {}
-    void DrawPolyPolyline(Kernel::Counted<const Renderer::PolyPolygon>, float, Mode, const Options&,
-                          const Fill&, const Fill&, const Line&) override
-    {}
-    void Interpolate(float, Mode, const Options&, const Fill&, const Fill&) override {}
-    void Clear() override {}
-    void PushAlphaChannelOnly() override {}
-    void PopAlphaChannelOnly() override {}
-    using Effects = Kernel::Counted<const Renderer::FilterEffectsContext>;
-    void SplitFilterEffects(Effects, Rect, std::vector<Effects>&) override {}
-    bool PushFilterEffects(Effects, Rect) override { return false; }
-    void PopFilterEffects() override {}
-    void PushFilterEffectsSupport(bool, bool, bool, bool, bool, Mode, const Options&,
-                                  double) override
-    {}
-    void PopFilterEffectsSupport() override {}
-    void PopCompositeAsTransparency(const Fill&, const Fill&) override {}
-    void PopCompositeAsFillAndInterpolate(const Fill&) override {}
-    void PopCompositeAsTransparencyAndInterpolate(const Fill&) override {}
-    void PushLogicalDeviceClip(Rect) override {}
-    void PopDeviceClip() override {}
-    void PushColourTransform(Kernel::Counted<Renderer::ColourTransform>) override {}
-    void PopColourTransform() override {}
-    void SetColourTransforms(const ColourTransforms&) override {}
-    ColourTransforms GetColourTransforms() const override { return {}; }
 
 private:
     static Rect GetBox(const Geometry::PolyCurveDbl& curve, const Params& transform)

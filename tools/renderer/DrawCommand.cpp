@@ -11,12 +11,14 @@
 #include <kernel/FormatException.h>
 #include <raster/ICCManager.h>
 #include <renderer/core/BitmapRenderTarget.h>
+#include <renderer/core/RenderTargetFactory.h>
 
 #include <svg/ColourValue.h>
 #include <svg/Drawing.h>
 #include <svg/PaintServers.h>
 #include <svg/Scanner.h>
 
+#include "CountingTarget.h"
 #include "PictureFile.h"
 #include "ReadFile.h"
 
@@ -56,15 +58,23 @@ Raster::Format FindFormat(const std::string& name)
     throw UsageException("--format " + name + " is not one of " + known);
 }
 
-void CheckOptions(const DrawOptions& options)
+void CheckOutput(const DrawOptions& options)
 {
-    FindFormat(options.format);
+    if (options.output.empty())
+        throw UsageException("OUT, the picture to write, is missing");
     const PictureKind& kind = FindPictureKind(options.output);
     if (options.palette.IsGiven() && !kind.writePalettised)
         throw UsageException("--colours, --palette and --diffuse are for .png and .gif");
+}
+
+void CheckOptions(const DrawOptions& options)
+{
+    FindFormat(options.format);
+    if (options.target != Target::Null)
+        CheckOutput(options);
     CheckPaletteOptions(options.palette);
-    if (options.target != "bitmap")
-        throw UsageException("--target " + options.target + " is not available; bitmap is");
+    if (options.target == Target::Wireframe && options.format != "rgba8")
+        throw UsageException("--target wireframe draws in rgba8 only");
     if (options.width && *options.width <= 0)
         throw UsageException("--width must be at least 1");
     if (options.scale && (!(*options.scale > 0.0) || !std::isfinite(*options.scale)))
@@ -108,17 +118,15 @@ MakeTarget(const Extent& extent, const DrawOptions& options, const Profile& prof
     if (profile && profile->GetColourSpace() != Raster::ColourSpace::RGB)
         profiles.SetProfile(format, profile);
     const Kernel::Counted<Renderer::BitmapRenderTarget> target(
-        Renderer::BitmapRenderTarget::Create(format, profiles));
+        options.target == Target::Wireframe
+            ? Renderer::RenderTargetFactory::CreateWireframeRenderTarget(profiles)
+            : Renderer::BitmapRenderTarget::Create(format, profiles));
     if (!target || !target->CreateBuffer(extent.width, extent.height))
         throw FileException(options.input, "there is not enough memory for the picture");
-    target->SetDeviceExpansionTolerance(ExpansionTolerance);
     target->SetDithering(options.dither);
     target->SetPerfectClipping(options.perfectClipping);
-    if (!options.background.empty()) {
-        target->Blend(1.0F, Renderer::FillBlendMode::Normal, Renderer::BlendOptions::Identity(),
-                      Svg::MakeSolidFill(*Svg::ParseColour(options.background), 1.0), {});
-    }
-    target->SetLogToDevTransform(Raster::AffineTransform::Scaling(extent.scale, extent.scale));
+    if (!options.background.empty())
+        target->Matte(Svg::MakeColour(*Svg::ParseColour(options.background), 1.0));
     return target;
 }
 
@@ -172,11 +180,24 @@ std::filesystem::path FindFolder(const std::string& path)
     return folder.empty() ? "." : folder;
 }
 
-void DrawOnto(Svg::Drawing& drawing, Renderer::BitmapRenderTarget& target)
+/// Draws, and tells what is left out.
+void DrawOnto(Svg::Drawing& drawing, Renderer::RenderTarget& target, const DrawOptions& options,
+              double scale)
 {
+    target.SetDeviceExpansionTolerance(ExpansionTolerance);
+    target.SetLogToDevTransform(Raster::AffineTransform::Scaling(scale, scale));
     Kernel::BasicProgressReporter progress;
     progress.SetMessage("drawing");
     drawing.Draw(target, &progress);
+    for (const std::string& notice : drawing.GetNotices())
+        std::fprintf(stderr, "renderer: %s: %s\n", options.input.c_str(), notice.c_str());
+}
+
+void PrintWhatIsTouched(Svg::Drawing& drawing, const Extent& extent, const DrawOptions& options)
+{
+    const auto target = Kernel::MakeCounted<CountingTarget>(extent.width, extent.height);
+    DrawOnto(drawing, *target, options, extent.scale);
+    std::fputs(target->Report().c_str(), stdout);
 }
 
 } // namespace
@@ -187,10 +208,11 @@ void Draw(const DrawOptions& options)
     const Profile profile = ReadProfile(options);
     try {
         Svg::Drawing drawing(ReadFile(options.input), FindFolder(options.input));
-        const auto target = MakeTarget(FindExtent(drawing, options), options, profile);
-        DrawOnto(drawing, *target);
-        for (const std::string& notice : drawing.GetNotices())
-            std::fprintf(stderr, "renderer: %s: %s\n", options.input.c_str(), notice.c_str());
+        const Extent extent = FindExtent(drawing, options);
+        if (options.target == Target::Null)
+            return PrintWhatIsTouched(drawing, extent, options);
+        const auto target = MakeTarget(extent, options, profile);
+        DrawOnto(drawing, *target, options, extent.scale);
         WritePicture(target->GetBuffer(), profile, options);
     } catch (const Kernel::FormatException& error) {
         throw FileException(options.input, error.what());

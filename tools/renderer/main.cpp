@@ -1,6 +1,8 @@
 #include <cstdio>
 #include <exception>
+#include <map>
 #include <new>
+#include <string>
 
 #include <CLI/CLI.hpp>
 
@@ -16,8 +18,7 @@ void AddDraw(CLI::App& app, Command::DrawOptions& options)
 {
     CLI::App* draw = app.add_subcommand("draw", "Draw an SVG file into a picture");
     draw->add_option("IN", options.input, "The drawing: .svg or .svgz")->required();
-    draw->add_option("OUT", options.output, "The picture: .png, .gif, .jpg, .webp, .tif or .exr")
-        ->required();
+    draw->add_option("OUT", options.output, "The picture: .png, .gif, .jpg, .webp, .tif or .exr");
     CLI::Option* width = draw->add_option("--width", options.width,
                                           "Width of the picture in pixels; its height follows");
     draw->add_option("--scale", options.scale, "Pixels of the picture per pixel of the drawing")
@@ -42,7 +43,13 @@ void AddDraw(CLI::App& app, Command::DrawOptions& options)
         ->excludes(colours);
     draw->add_flag("--diffuse", options.palette.diffuse,
                    "Spread what the palette misses of a pixel's colour over its neighbours");
-    draw->add_option("--target", options.target, "What is drawn on")->capture_default_str();
+    const std::map<std::string, Command::Target> targets{{"bitmap", Command::Target::Bitmap},
+                                                         {"wireframe", Command::Target::Wireframe},
+                                                         {"null", Command::Target::Null}};
+    draw->add_option("--target", options.target,
+                     "bitmap; wireframe: black outlines of all shapes; null: no file, prints which "
+                     "pixels would be touched, and the numbers of calls")
+        ->transform(CLI::CheckedTransformer(targets));
 }
 
 CLI::App* AddInspect(CLI::App& app, std::string& path)
