@@ -3,7 +3,6 @@
 #include <limits>
 #include <vector>
 
-#include <geometry/Stroker.h>
 #include <renderer/core/BitmapRenderTarget.h>
 #include <renderer/core/ClipPathStack.h>
 #include <renderer/core/ClippingMask.h>
@@ -12,6 +11,7 @@
 #include <renderer/core/span/BitmapCache.h>
 #include <renderer/core/span/PopulatorFactory.h>
 #include <renderer/core/span/PopulatorStore.h>
+#include <renderer/paint/LineStyleStrokeHelper.h>
 
 namespace Renderer {
 
@@ -308,7 +308,7 @@ private:
     PolyPolygon m_outline;             // of the call's stroke
     Coverage::Region m_shapeRegion;    // the shape, for perfect clipping
     Coverage::CommonArea m_commonArea; // of it and the clip
-    Geometry::PathStroker m_stroker;
+    LineStyleStrokeHelper m_strokeHelper;
     double m_gamma = 1.0;
     mutable Flattening m_flattening; // of the last call
 

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 
-#include <geometry/Stroker.h>
 #include <renderer/core/CallScope.h>
 #include <renderer/core/DevicePixels.h>
-#include <renderer/core/MidPixelSnap.h>
 #include <renderer/core/PixelRenderTarget.h>
 #include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillBuffer.h>
@@ -217,26 +215,6 @@ void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
 
 // ---- drawing calls ----
 
-namespace {
-
-/// Hands the runs of a path to a stroker's function.
-template<class Stroke>
-void StrokeRuns(const Geometry::PolyCurveDbl& path, const Stroke& stroke)
-{
-    for (const Geometry::CurveDbl& run : path.GetCurves())
-        stroke(run);
-}
-
-/// The same for polylines, which are open.
-template<class Stroke>
-void StrokeRuns(const PolyPolygon& polylines, const Stroke& stroke)
-{
-    for (std::size_t i = 0; i < polylines.GetPolygonCount(); ++i)
-        stroke(polylines.GetPolygon(i).points, false);
-}
-
-} // namespace
-
 void PixelRenderTarget::DrawPolyPolygon(Counted<const PolyPolygon> polygons, float opacity,
                                         FillBlendMode::BlendMode mode, const BlendOptions& options,
                                         const FillDescriptorConst& fill,
@@ -327,39 +305,14 @@ void PixelRenderTarget::DrawStroke(const Path& path, const Composition& composit
                                    const FillDescriptorConst& transparency,
                                    const LineStyleDescriptorConst& lineStyle, const PathRule& rule)
 {
-    const LineStyle& style = *lineStyle.GetLineStyle();
-    const Transform current = GetCurrentTransform();
-    // Resolution-independent strokes are built on the device; others where the path is, so that the
-    // pen follows the map.
-    const bool onDevice = style.GetResIndependent();
-    const double scale = onDevice ? 1.0 : AffineTransform::GetScale(current);
-    Geometry::StrokeParameters stroke;
-    stroke.width = GetLineWeightDevice(lineStyle) / (scale > 0.0 ? scale : 1.0);
-    stroke.cap = static_cast<Geometry::StrokeCap>(style.GetCap());
-    stroke.join = static_cast<Geometry::StrokeJoin>(style.GetJoin());
-    stroke.mitreLimit = style.GetMiterLimit();
-    stroke.tolerance = onDevice ? GetDeviceExpansionTolerance() : GetFlatteningTolerance();
-    if (style.GetType() == LineStyle::Dashed) {
-        stroke.dashes = style.GetDashPattern();
-        stroke.dashPhase = style.GetDashPhase();
-        stroke.dashUnit = stroke.width / style.GetWeight(); // dashes scale like the weight
-    }
-    if (!m_stroker.SetPen(stroke))
-        return;
+    const StrokeFrame frame{GetCurrentTransform(), GetLineWeightDevice(lineStyle),
+                            GetDeviceExpansionTolerance(), GetFlatteningTolerance(),
+                            GetRoundMidPixel()};
     m_outline.Clear();
-    if (onDevice && GetRoundMidPixel() && IsHairline(stroke.width))
-        StrokeRuns(path, [&](const auto& run, auto... closed) {
-            m_stroker.Stroke(SnapToPixelMiddles(run, closed..., current), closed..., m_outline);
-        });
-    else if (onDevice)
-        StrokeRuns(path, [&](auto&&... run) {
-            const auto map = [&current](Kernel::PointT<double> p) { return current.Map(p); };
-            m_stroker.StrokeMapped(run..., map, m_outline);
-        });
-    else
-        StrokeRuns(path, [&](auto&&... run) { m_stroker.Stroke(run..., m_outline); });
-    DrawPolygons(m_outline, onDevice ? Transform{} : current, composition, lineFill, transparency,
-                 {WindingOrderMode::NonZero, rule.antialias, rule.antialiasUnderClip});
+    if (m_strokeHelper.ProducePolygons(path, lineStyle, frame, m_outline))
+        DrawPolygons(m_outline, LineStyleStrokeHelper::GetShapeTransform(lineStyle, frame),
+                     composition, lineFill, transparency,
+                     {WindingOrderMode::NonZero, rule.antialias, rule.antialiasUnderClip});
 }
 
 void PixelRenderTarget::DrawBitmap(const RectT<double>& dest,

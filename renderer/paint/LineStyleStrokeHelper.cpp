@@ -1,0 +1,127 @@
+#include <renderer/paint/LineStyleStrokeHelper.h>
+
+#include <ranges>
+#include <span>
+
+#include <renderer/core/MidPixelSnap.h>
+
+namespace Renderer {
+
+namespace {
+
+using Raster::AffineTransform;
+using PolyPolygon = LineStyleStrokeHelper::PolyPolygon;
+
+/// Gives a stroker the runs of a path, or of polylines, as they are or through a map.
+class Strokes
+{
+public:
+    Strokes(Geometry::PathStroker& stroker, PolyPolygon& out) : m_stroker(stroker), m_out(out) {}
+
+    template<class... Map>
+    void Add(const Geometry::CurveDbl& run, const Map&... map) const
+    {
+        if constexpr (sizeof...(map) > 0)
+            m_stroker.StrokeMapped(run, map..., m_out);
+        else
+            m_stroker.Stroke(run, m_out);
+    }
+    template<class... Map>
+    void Add(const PolyPolygon::View& polyline, const Map&... map) const
+    {
+        if constexpr (sizeof...(map) > 0)
+            m_stroker.StrokeMapped(polyline.points, false, map..., m_out);
+        else
+            m_stroker.Stroke(polyline.points, false, m_out);
+    }
+    void AddSnapped(const Geometry::CurveDbl& run, const AffineTransform::Params& map) const
+    {
+        m_stroker.Stroke(SnapToPixelMiddles(run, map), m_out);
+    }
+    void AddSnapped(const PolyPolygon::View& polyline, const AffineTransform::Params& map) const
+    {
+        m_stroker.Stroke(SnapToPixelMiddles(polyline.points, false, map), false, m_out);
+    }
+
+private:
+    Geometry::PathStroker& m_stroker;
+    PolyPolygon& m_out;
+};
+
+} // namespace
+
+LineStyleStrokeHelper::Transform
+LineStyleStrokeHelper::GetShapeTransform(const LineStyleDescriptorConst& lineStyle,
+                                         const StrokeFrame& frame)
+{
+    return lineStyle.GetLineStyle()->GetResIndependent() ? Transform{} : frame.current;
+}
+
+Geometry::StrokeParameters
+LineStyleStrokeHelper::ResolveEnds(const LineStyleDescriptorConst& lineStyle,
+                                   const StrokeFrame& frame)
+{
+    const LineStyle& style = *lineStyle.GetLineStyle();
+    const bool onDevice = style.GetResIndependent();
+    const double scale = onDevice ? 1.0 : AffineTransform::GetScale(frame.current);
+    Geometry::StrokeParameters pen;
+    pen.width = frame.weight / (scale > 0.0 ? scale : 1.0);
+    pen.cap = static_cast<Geometry::StrokeCap>(style.GetCap());
+    pen.join = static_cast<Geometry::StrokeJoin>(style.GetJoin());
+    pen.mitreLimit = style.GetMiterLimit();
+    pen.tolerance = onDevice ? frame.deviceTolerance : frame.logicalTolerance;
+    if (style.GetType() == LineStyle::Dashed) {
+        pen.dashes = style.GetDashPattern();
+        pen.dashPhase = style.GetDashPhase();
+        pen.dashUnit = pen.width / style.GetWeight();
+    }
+    return pen;
+}
+
+template<class Runs>
+bool LineStyleStrokeHelper::StrokeRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
+                                       const StrokeFrame& frame, PolyPolygon& out)
+{
+    const Geometry::StrokeParameters pen = ResolveEnds(lineStyle, frame);
+    if (!m_stroker.SetPen(pen))
+        return false;
+    const Strokes strokes(m_stroker, out);
+    const bool onDevice = lineStyle.GetLineStyle()->GetResIndependent();
+    const bool snaps = onDevice && frame.roundMidPixel && IsHairline(pen.width);
+    const auto toDevice = [&frame](Geometry::Point p) { return frame.current.Map(p); };
+    for (const auto& run : runs) {
+        if (snaps)
+            strokes.AddSnapped(run, frame.current);
+        else if (onDevice)
+            strokes.Add(run, toDevice);
+        else
+            strokes.Add(run);
+    }
+    return true;
+}
+
+bool LineStyleStrokeHelper::ProducePolygons(const Geometry::PolyCurveDbl& path,
+                                            const LineStyleDescriptorConst& lineStyle,
+                                            const StrokeFrame& frame, PolyPolygon& out)
+{
+    return StrokeRuns(path.GetCurves(), lineStyle, frame, out);
+}
+
+bool LineStyleStrokeHelper::ProducePolygons(const PolyPolygon& polylines,
+                                            const LineStyleDescriptorConst& lineStyle,
+                                            const StrokeFrame& frame, PolyPolygon& out)
+{
+    const auto views =
+        std::views::iota(std::size_t(0), polylines.GetPolygonCount()) |
+        std::views::transform([&](std::size_t i) { return polylines.GetPolygon(i); });
+    return StrokeRuns(views, lineStyle, frame, out);
+}
+
+bool LineStyleStrokeHelper::ProducePolygon(const Geometry::CurveDbl& run,
+                                           const LineStyleDescriptorConst& lineStyle,
+                                           const StrokeFrame& frame, PolyPolygon& out)
+{
+    return StrokeRuns(std::span(&run, 1), lineStyle, frame, out);
+}
+
+} // namespace Renderer

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <geometry/PolyCurve.h>
+#include <geometry/Polygon.h>
+#include <geometry/Stroker.h>
+#include <raster/AffineTransform.h>
+#include <renderer/Export.h>
+#include <renderer/paint/LineStyleDescriptorConst.h>
+
+namespace Renderer {
+
+/// Where a stroke is drawn, as far as its geometry depends on it.
+struct StrokeFrame
+{
+    Raster::AffineTransform::Params current; ///< from the path to the device
+    double weight = 0.0; ///< in device pixels; see LineStyleDescriptorConst::GetEffectiveWeight
+    /// Largest distance of the outline from the exact one, in device pixels and in the units of the
+    /// path.
+    double deviceTolerance = 0.1;
+    double logicalTolerance = 0.1;
+    /// Whether resolution-independent lines of at most a pixel move to pixel middles where they run
+    /// along an axis.
+    bool roundMidPixel = false;
+};
+
+/// Turns paths and line styles into the geometry of strokes: shapes to be filled non-zero.
+///
+/// Strokes are built in the units of the path, with the weight over AffineTransform::GetScale of
+/// the current transform, so that the pen follows that transform when the shape is mapped;
+/// resolution-independent ones are built in device pixels (GetShapeTransform tells).
+///
+/// A helper keeps its memory: one that has made the like before allocates nothing for polygons.
+class RENDERER_EXPORT LineStyleStrokeHelper
+{
+public:
+    using PolyPolygon = Geometry::PolyPolygonType<double>;
+    using Transform = Raster::AffineTransform::Params;
+
+    /// The transform that maps what is produced to the device: the identity for
+    /// resolution-independent styles, else the current one.
+    static Transform GetShapeTransform(const LineStyleDescriptorConst& lineStyle,
+                                       const StrokeFrame& frame);
+
+    /// The pen of a line style: width, caps, joins, mitre limit and dashes (of type Dashed, scaled
+    /// like the weight), in the units that the shape is built in. It refers to the style's dashes.
+    static Geometry::StrokeParameters ResolveEnds(const LineStyleDescriptorConst& lineStyle,
+                                                  const StrokeFrame& frame);
+
+    /// Appends the stroke of a path to \p out. \return false when the style draws nothing.
+    bool ProducePolygons(const Geometry::PolyCurveDbl& path,
+                         const LineStyleDescriptorConst& lineStyle, const StrokeFrame& frame,
+                         PolyPolygon& out);
+    /// The same for polylines, all of them open.
+    bool ProducePolygons(const PolyPolygon& polylines, const LineStyleDescriptorConst& lineStyle,
+                         const StrokeFrame& frame, PolyPolygon& out);
+    /// The same for one run.
+    bool ProducePolygon(const Geometry::CurveDbl& run, const LineStyleDescriptorConst& lineStyle,
+                        const StrokeFrame& frame, PolyPolygon& out);
+
+private:
+    /// Strokes runs (of CurveDbl, or views of polylines) centred on them.
+    template<class Runs>
+    bool StrokeRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
+                    const StrokeFrame& frame, PolyPolygon& out);
+
+    Geometry::PathStroker m_stroker;
+};
+
+} // namespace Renderer
