@@ -1,0 +1,207 @@
+#include <geometry/region/Arrangement.h>
+
+#include <algorithm>
+#include <iterator>
+#include <memory_resource>
+#include <set>
+#include <tuple>
+
+namespace Geometry {
+namespace {
+
+constexpr std::size_t MaximumCrossings = std::size_t{1} << 20;
+constexpr std::size_t MaximumPairs = std::size_t{1} << 25;
+
+__extension__ using Wide = __int128;
+
+int GetSign(std::int64_t value) noexcept
+{
+    return (value > 0) - (value < 0);
+}
+
+/// The nearest whole number to a/b, halves rounded up as Grid::Round does. \pre b is positive
+std::int32_t RoundQuotient(Wide a, std::int64_t b) noexcept
+{
+    const Wide numerator = 2 * a + b, denominator = 2 * static_cast<Wide>(b);
+    Wide quotient = numerator / denominator;
+    if (quotient * denominator > numerator)
+        --quotient;
+    return static_cast<std::int32_t>(quotient);
+}
+
+/// The square that two edges cross in. \return false when they do not, or at an end of one.
+bool FindCrossing(const GridEdge& a, const GridEdge& b, GridPoint& crossing) noexcept
+{
+    const std::int64_t fromSide = Turn(b.from, b.to, a.from), toSide = Turn(b.from, b.to, a.to);
+    if (GetSign(fromSide) * GetSign(toSide) >= 0 ||
+        GetSign(Turn(a.from, a.to, b.from)) * GetSign(Turn(a.from, a.to, b.to)) >= 0)
+        return false;
+    const GridVector way = a.to - a.from;
+    const std::int64_t sign = fromSide > 0 ? 1 : -1;
+    const std::int64_t whole = sign * (fromSide - toSide);
+    const Wide part = sign * fromSide;
+    crossing = {a.from.x + RoundQuotient(part * way.x, whole),
+                a.from.y + RoundQuotient(part * way.y, whole)};
+    return true;
+}
+
+/// Whether an edge passes the square around a point. Left and lower sides belong to the square,
+/// right and upper ones to the next: the square is moved by an infinitely small amount to the left,
+/// and by a smaller one down, and no corner lies on the edge.
+bool PassesSquare(const GridEdge& edge, GridPoint centre) noexcept
+{
+    const auto [left, right] = std::minmax(edge.from.x, edge.to.x);
+    const auto [top, bottom] = std::minmax(edge.from.y, edge.to.y);
+    if (centre.x < left || centre.x > right || centre.y < top || centre.y > bottom)
+        return false;
+    const GridVector way = edge.to - edge.from, toCentre = centre - edge.from;
+    const int tie = way.y != 0 ? GetSign(way.y) : -GetSign(way.x);
+    int onLeft = 0;
+    for (const int x : {-1, 1})
+        for (const int y : {-1, 1}) {
+            const std::int64_t cross = Cross(way, {2 * toCentre.x + x, 2 * toCentre.y + y});
+            onLeft += (cross != 0 ? GetSign(cross) : tie) > 0;
+        }
+    return edge.from == centre || edge.to == centre || (onLeft > 0 && onLeft < 4);
+}
+
+/// Whether \p a comes before \p b where both begin at the same point: below it.
+bool IsBelow(const Arrangement::Edge& a, const Arrangement::Edge& b) noexcept
+{
+    return Turn(a.low, a.high, b.high) > 0;
+}
+
+/// The order of edges along the line of the sweep. Where one begins, all others pass it on a side.
+struct SweepOrder
+{
+    const std::vector<Arrangement::Edge>* edges;
+
+    bool operator()(std::size_t indexA, std::size_t indexB) const noexcept
+    {
+        const Arrangement::Edge& a = (*edges)[indexA];
+        const Arrangement::Edge& b = (*edges)[indexB];
+        if (a.low == b.low)
+            return IsBelow(a, b);
+        return a.low < b.low ? Turn(a.low, a.high, b.low) > 0 : Turn(b.low, b.high, a.low) < 0;
+    }
+};
+
+} // namespace
+
+bool Arrangement::Build(std::span<const GridEdge> edges)
+{
+    m_source = edges;
+    m_edges.clear();
+    m_tree.Build(edges);
+    if (!FindHotSquares())
+        return false;
+    FindNodes();
+    BreakEdges();
+    MergeEdges();
+    FindWindings();
+    return true;
+}
+
+bool Arrangement::FindHotSquares()
+{
+    m_hot.clear();
+    for (const GridEdge& edge : m_source)
+        m_hot.push_back(edge.to);
+    const std::size_t limit = m_hot.size() + MaximumCrossings;
+    const bool isDone = m_tree.VisitPairs(MaximumPairs, [&](std::size_t a, std::size_t b) {
+        GridPoint crossing;
+        if (m_hot.size() < limit && FindCrossing(m_source[a], m_source[b], crossing))
+            m_hot.push_back(crossing);
+    });
+    if (!isDone || m_hot.size() >= limit)
+        return false;
+    std::sort(m_hot.begin(), m_hot.end());
+    m_hot.erase(std::unique(m_hot.begin(), m_hot.end()), m_hot.end());
+    return true;
+}
+
+void Arrangement::FindNodes()
+{
+    m_nodes.clear();
+    for (const GridPoint point : m_hot)
+        m_tree.VisitAt(point, [&](std::size_t index) {
+            const GridEdge& edge = m_source[index];
+            if (PassesSquare(edge, point))
+                m_nodes.push_back({static_cast<std::uint32_t>(index), point,
+                                   Dot(point - edge.from, edge.to - edge.from)});
+        });
+    std::sort(m_nodes.begin(), m_nodes.end(), [](const Node& a, const Node& b) {
+        return std::tie(a.edge, a.along) < std::tie(b.edge, b.along);
+    });
+}
+
+void Arrangement::BreakEdges()
+{
+    for (std::size_t i = 1; i < m_nodes.size(); ++i) {
+        const Node &from = m_nodes[i - 1], &to = m_nodes[i];
+        if (from.edge != to.edge || from.point == to.point)
+            continue;
+        const bool isForward = from.point < to.point;
+        Windings step{};
+        step[static_cast<std::size_t>(m_source[from.edge].region)] = isForward ? 1 : -1;
+        m_edges.push_back({std::min(from.point, to.point),
+                           std::max(from.point, to.point),
+                           step,
+                           {},
+                           from.edge,
+                           isForward});
+    }
+}
+
+/// Sorts the edges and makes one of those that coincide.
+void Arrangement::MergeEdges()
+{
+    std::sort(m_edges.begin(), m_edges.end(), [](const Edge& a, const Edge& b) {
+        if (a.low != b.low)
+            return a.low < b.low;
+        return a.high == b.high ? a.source < b.source : IsBelow(a, b);
+    });
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < m_edges.size();) {
+        Edge edge = m_edges[i];
+        for (++i; i < m_edges.size() && m_edges[i].low == edge.low && m_edges[i].high == edge.high;
+             ++i) {
+            edge.step[0] += m_edges[i].step[0];
+            edge.step[1] += m_edges[i].step[1];
+        }
+        if (edge.step != Windings{})
+            m_edges[count++] = edge;
+    }
+    m_edges.resize(count);
+}
+
+/// Sweeps a nearly upright line over the plane, which knows the edges that it cuts from below to
+/// above.
+void Arrangement::FindWindings()
+{
+    std::vector<std::size_t> ends(m_edges.size()); // in the order in which the line leaves them
+    for (std::size_t i = 0; i < ends.size(); ++i)
+        ends[i] = i;
+    std::sort(ends.begin(), ends.end(),
+              [this](std::size_t a, std::size_t b) { return m_edges[a].high < m_edges[b].high; });
+    std::pmr::unsynchronized_pool_resource memory;
+    using Line = std::pmr::multiset<std::size_t, SweepOrder>;
+    Line line(SweepOrder{&m_edges}, &memory);
+    std::vector<Line::iterator> places(m_edges.size());
+    auto end = ends.begin();
+    for (std::size_t i = 0; i < m_edges.size(); ++i) {
+        Edge& edge = m_edges[i];
+        for (; m_edges[*end].high <= edge.low; ++end)
+            line.erase(places[*end]);
+        const bool isFirst = i == 0 || m_edges[i - 1].low != edge.low;
+        const auto place = isFirst ? line.insert(i) : line.insert(std::next(places[i - 1]), i);
+        places[i] = place;
+        edge.below = {};
+        if (place != line.begin()) {
+            const Edge& under = m_edges[*std::prev(place)];
+            edge.below = {under.below[0] + under.step[0], under.below[1] + under.step[1]};
+        }
+    }
+}
+
+} // namespace Geometry
