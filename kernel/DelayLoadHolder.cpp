@@ -1,8 +1,11 @@
 #include <kernel/DelayLoadHolder.h>
 
 #include <algorithm>
+#include <cstring>
 #include <mutex>
 #include <utility>
+
+#include <kernel/FormatException.h>
 
 namespace Kernel {
 
@@ -39,6 +42,9 @@ public:
         }
         return m_bytes;
     }
+
+    std::mutex decodedMutex; // held while decoding, which reads the bytes
+    Counted<const Countable> decoded;
 
 private:
     mutable std::mutex m_mutex;
@@ -87,6 +93,22 @@ const DelayLoadHolder::Bytes& DelayLoadHolder::Get() const
 {
     static const Bytes none;
     return m_payload ? m_payload->Load() : none;
+}
+
+DelayLoadHolder::Decoded::Decoded(const DelayLoadHolder& holder)
+    : lock(holder.m_payload->decodedMutex), value(holder.m_payload->decoded)
+{}
+
+void DelayLoadHolder::Read(std::uint64_t offset, std::span<unsigned char> bytes) const
+{
+    if (offset > GetSize() || bytes.size() > GetSize() - offset)
+        throw FormatException("read beyond the end of a payload");
+    if (bytes.empty())
+        return;
+    if (const Counted<const FileStore> store = m_payload->GetStore())
+        store->ReadPayload(m_payload->GetIndex(), offset, bytes);
+    else
+        std::memcpy(bytes.data(), m_payload->GetBytes().data() + offset, bytes.size());
 }
 
 void DelayLoadHolder::WriteTo(OutStream& out) const

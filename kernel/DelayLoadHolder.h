@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
+#include <span>
 #include <vector>
 
 #include <kernel/Counted.h>
@@ -39,9 +41,27 @@ public:
     /// as the payload. \throws FormatException when the file was cut short since it was opened.
     const Bytes& Get() const;
 
+    /// Fills \p bytes with a part of the payload, without keeping any in memory.
+    /// \throws FormatException when the part is not within it or the file was cut short.
+    void Read(std::uint64_t offset, std::span<unsigned char> bytes) const;
+
     /// Writes the bytes without keeping them in memory.
     /// \throws OutStream::WriteException, FormatException
     void WriteTo(OutStream& out) const;
+
+    /// What is made of the bytes, such as a decoded picture: made once and kept beside them, for
+    /// all copies.
+    /// \param make `Counted<const T>()`: makes it, on the calling thread, while others that ask for
+    ///        it wait. What it throws goes on to the caller, and the next one tries again.
+    /// \pre there is a payload, and T is the same for all calls.
+    template<class T, class Make>
+    Counted<const T> GetDecoded(const Make& make) const
+    {
+        const Decoded decoded(*this);
+        if (!decoded.value)
+            decoded.value = Counted<const Countable>(make());
+        return Counted<const T>(&dynamic_cast<const T&>(*decoded.value));
+    }
 
     /// Holders are equal when they share one payload.
     friend bool operator==(const DelayLoadHolder& a, const DelayLoadHolder& b) noexcept
@@ -53,6 +73,14 @@ public:
 
 private:
     class Payload;
+    /// The place of what was decoded, locked.
+    struct KERNEL_EXPORT Decoded
+    {
+        explicit Decoded(const DelayLoadHolder& holder);
+        std::unique_lock<std::mutex> lock;
+        Counted<const Countable>& value;
+    };
+
     Counted<Payload> m_payload;
 };
 

@@ -70,7 +70,9 @@ private:
     std::vector<OpenMap> m_maps;
     unsigned m_depth = 0;
     std::uint32_t m_objectCount = 0;
-    std::unordered_map<const SharedSerialisable*, std::uint32_t> m_shared; ///< index in the file
+    /// Indices in the file. Objects live as long as they are known here, or another could be taken
+    /// for one.
+    std::unordered_map<Counted<const SharedSerialisable>, std::uint32_t> m_shared;
     std::vector<const SharedSerialisable*> m_open; ///< shared objects being written
     std::vector<DelayLoadHolder> m_payloads;
     std::unordered_map<const void*, std::size_t> m_payloadIndices;
