@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include <raster/EnumSerialisers.h>
+
 namespace Renderer {
 
 namespace {
@@ -30,14 +32,9 @@ constexpr std::array<Row, 32> Rows{{
 
 FillBlendMode::BlendModeEnumSerialiser::BlendModeEnumSerialiser()
 {
-    std::vector<std::int32_t> values{0,  1,  3,  4,  6,  8,  9,  10, 11, 12, 13, 14, 15, 17,
-                                     18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 30, 31, 32};
-    Register(values);
-    for (const std::vector<std::int32_t>& added :
-         {std::vector<std::int32_t>{2, 7, 16}, {29}, {5}}) {
-        values.insert(values.end(), added.begin(), added.end());
-        Register(values);
-    }
+    const auto& same = Raster::BlendModeTypeEnumSerialiser::GetInstance();
+    for (std::size_t i = 0; i < same.GetGenerationCount(); ++i)
+        Register({same.GetGeneration(i).begin(), same.GetGeneration(i).end()});
 }
 
 Kernel::String FillBlendMode::ToString(BlendMode mode, bool restricted)
