@@ -2,6 +2,7 @@
 find_package(PkgConfig REQUIRED)
 find_package(TBB REQUIRED)
 pkg_check_modules(CBOR REQUIRED IMPORTED_TARGET libcbor)
+find_package(ZLIB REQUIRED)
 find_package(PNG REQUIRED)
 find_package(JPEG REQUIRED)
 find_package(GIF 5 REQUIRED)

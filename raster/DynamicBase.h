@@ -8,7 +8,7 @@ namespace Raster {
 
 /// What buffers and bitmaps share: hooks for a host that keeps a second copy of the pixels, for
 /// instance on a graphics card. Without a host cache they do nothing.
-class RASTER_EXPORT DynamicBase : public Kernel::Countable
+class RASTER_EXPORT DynamicBase : public virtual Kernel::Countable
 {
 public:
     ~DynamicBase() override;

@@ -1,30 +1,81 @@
 #pragma once
 
+#include <atomic>
+#include <mutex>
+
 #include <kernel/Counted.h>
+#include <kernel/Serialisable.h>
 #include <raster/DynamicBuffer.h>
 #include <raster/ICCProfile.h>
 
 namespace Raster {
 
-/// An immutable picture: a buffer that is not written any more, and the profile of its colours (none
-/// means the default of its format).
-class RASTER_EXPORT DynamicBitmap : public DynamicBase
+class CompressedRasterData;
+
+/// An immutable picture: a buffer that is not written any more, and the profile of its colours
+/// (none means the default of its format). Safe from many threads.
+///
+/// It is saved with its pixels compressed. Those of a bitmap that was loaded stay in the document's
+/// file until they are asked for.
+class RASTER_EXPORT DynamicBitmap : public DynamicBase, public Kernel::Serialisable
 {
 public:
     /// \pre \p buffer is not null and nobody writes to it any more.
     explicit DynamicBitmap(Kernel::Counted<const DynamicBuffer> buffer,
                            Kernel::Counted<const ICCProfile> profile = {});
+    /// \param data what decodes to these pixels: they are saved in this form.
+    DynamicBitmap(Kernel::Counted<const DynamicBuffer> buffer,
+                  Kernel::Counted<const ICCProfile> profile,
+                  Kernel::Counted<const CompressedRasterData> data);
     ~DynamicBitmap() override;
 
-    const Kernel::Counted<const DynamicBuffer>& GetBuffer() const noexcept { return m_buffer; }
+    void Save(Kernel::OutSerialiser& out) const override;
+    /// Fails without a format, a size or pixels; the pixels are not looked at.
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
+    const Kernel::ClassProperties& GetObjectClassProperties() const override;
+    static const Kernel::ClassProperties& GetTypeClassProperties();
+    /// An object for the loader.
+    static Kernel::Counted<Kernel::Serialisable> CreateObject();
+
+    /// The pixels. Those of a loaded bitmap are decoded by the first call; empty when that is not
+    /// possible because they are damaged or there is no memory for them.
+    const Kernel::Counted<const DynamicBuffer>& GetBuffer() const noexcept
+    {
+        return m_isDecoded.load(std::memory_order_acquire) ? m_buffer : Decode();
+    }
+    /// The same where pixels are indispensable.
+    /// \throws Kernel::FormatException when they cannot be decoded.
+    const DynamicBuffer& GetPixels() const;
+    /// Whether the pixels need not be decoded any more.
+    bool IsDecoded() const noexcept { return m_isDecoded.load(std::memory_order_acquire); }
     const Kernel::Counted<const ICCProfile>& GetProfile() const noexcept { return m_profile; }
-    Format GetFormat() const noexcept { return m_buffer->GetFormat(); }
-    unsigned GetWidth() const noexcept { return m_buffer->GetWidth(); }
-    unsigned GetHeight() const noexcept { return m_buffer->GetHeight(); }
+    Format GetFormat() const noexcept { return m_format; }
+    unsigned GetWidth() const noexcept { return m_width; }
+    unsigned GetHeight() const noexcept { return m_height; }
+
+    /// The same pixels in the colours of another profile; they are not decoded for it.
+    Kernel::Counted<const DynamicBitmap>
+    WithProfile(Kernel::Counted<const ICCProfile> profile) const;
+
+    /// The compressed form: what the bitmap was decoded from, otherwise its pixels deflated, which
+    /// is done by the first call and kept. \throws std::bad_alloc
+    Kernel::Counted<const CompressedRasterData> GetCompressedData() const;
 
 private:
-    Kernel::Counted<const DynamicBuffer> m_buffer;
+    DynamicBitmap();
+    const Kernel::Counted<const DynamicBuffer>& Decode() const noexcept;
+    void DecodeOnce() const;
+
+    Format m_format = Format::None;
+    unsigned m_width = 0;
+    unsigned m_height = 0;
     Kernel::Counted<const ICCProfile> m_profile;
+
+    mutable std::mutex m_mutex; // guards what follows, of which m_buffer is set before m_isDecoded
+    mutable std::atomic<bool> m_isDecoded{true};
+    mutable Kernel::Counted<const DynamicBuffer> m_buffer;
+    mutable Kernel::Counted<const CompressedRasterData> m_data;
 };
 
 } // namespace Raster

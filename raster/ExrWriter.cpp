@@ -113,7 +113,7 @@ void WriteEXR(Kernel::OutStream& out, const DynamicBitmap& bitmap)
         throw std::invalid_argument("EXR files hold pictures in floating point");
     MemoryFile file;
     try {
-        WriteRows(file, *bitmap.GetBuffer(), Lineariser(bitmap.GetProfile()));
+        WriteRows(file, bitmap.GetPixels(), Lineariser(bitmap.GetProfile()));
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {

@@ -155,7 +155,7 @@ void CheckArguments(const DynamicBitmap& bitmap, int quality)
 void WriteJPEG(Kernel::OutStream& out, const DynamicBitmap& bitmap, int quality)
 {
     CheckArguments(bitmap, quality);
-    const DynamicBuffer& buffer = *bitmap.GetBuffer();
+    const DynamicBuffer& buffer = bitmap.GetPixels();
     const auto profile = GetProfileToEmbed(buffer.GetFormat(), bitmap.GetProfile());
     std::vector<unsigned char> row(std::size_t{4} * buffer.GetWidth());
     std::vector<unsigned char> block(BlockSize);

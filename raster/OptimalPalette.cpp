@@ -107,7 +107,7 @@ DynamicPalette MakeOptimalPalette(const DynamicBitmap& bitmap, unsigned count, P
     CheckQuantisable(bitmap);
     if (count < 2 || count > DynamicPalette::MaxIndexed)
         throw std::invalid_argument("a palette has 2 to 256 colours");
-    const PictureColours colours = CountColours(*bitmap.GetBuffer(), alpha);
+    const PictureColours colours = CountColours(bitmap.GetPixels(), alpha);
     const std::size_t room = count - (colours.hasTransparent ? 1 : 0);
 
     std::vector<PixelRGBA8> pixels;

@@ -54,10 +54,10 @@ DynamicPalette ReserveTransparentEntry(const DynamicBitmap& bitmap, DynamicPalet
 {
     CheckQuantisable(bitmap);
     CheckPalette(palette);
-    if (FindPaletteAlpha(palette) != PaletteAlpha::None || !HasTransparent(*bitmap.GetBuffer()))
+    if (FindPaletteAlpha(palette) != PaletteAlpha::None || !HasTransparent(bitmap.GetPixels()))
         return palette;
     if (palette.GetSize() == DynamicPalette::MaxIndexed)
-        palette.Remove(FindLeastUsed(*bitmap.GetBuffer(), palette));
+        palette.Remove(FindLeastUsed(bitmap.GetPixels(), palette));
     palette.Add(DynamicPixel(PixelRGBA8{}));
     return palette;
 }
@@ -67,7 +67,7 @@ Kernel::Counted<const PalettisedBitmap> Palettise(const DynamicBitmap& bitmap,
 {
     CheckQuantisable(bitmap);
     CheckPalette(palette);
-    const DynamicBuffer& buffer = *bitmap.GetBuffer();
+    const DynamicBuffer& buffer = bitmap.GetPixels();
     const unsigned width = buffer.GetWidth();
     std::vector<std::uint8_t> indices(std::size_t{width} * buffer.GetHeight());
     PaletteRows rows(buffer, FindPaletteAlpha(palette));

@@ -101,7 +101,7 @@ void CheckArguments(const DynamicBitmap& bitmap, int compression)
 void WritePNG(Kernel::OutStream& out, const DynamicBitmap& bitmap, int compression)
 {
     CheckArguments(bitmap, compression);
-    const DynamicBuffer& buffer = *bitmap.GetBuffer();
+    const DynamicBuffer& buffer = bitmap.GetPixels();
     const auto profile = GetProfileToEmbed(buffer.GetFormat(), bitmap.GetProfile());
     std::vector<unsigned char> row(std::size_t{buffer.GetWidth()} * buffer.GetPixelSize());
 

@@ -52,7 +52,7 @@ class Writer
 {
 public:
     explicit Writer(const DynamicBitmap& bitmap)
-        : m_buffer(*bitmap.GetBuffer()),
+        : m_buffer(bitmap.GetPixels()),
           m_format(bitmap.GetFormat()),
           m_isOpaque(Raster::IsOpaque(m_buffer)),
           m_file(GetRawSize() > MaxClassicSize)

@@ -131,7 +131,7 @@ void WriteWebP(Kernel::OutStream& out, const DynamicBitmap& bitmap, std::optiona
     if (bitmap.GetWidth() > WEBP_MAX_DIMENSION || bitmap.GetHeight() > WEBP_MAX_DIMENSION)
         throw std::invalid_argument("the sides of a WebP picture have at most 16383 pixels");
     const auto profile = GetProfileToEmbed(Format::RGBA8, bitmap.GetProfile());
-    const std::vector<std::uint8_t> picture = Encode(*bitmap.GetBuffer(), quality);
+    const std::vector<std::uint8_t> picture = Encode(bitmap.GetPixels(), quality);
     if (profile)
         WriteWithProfile(out, picture, *profile);
     else

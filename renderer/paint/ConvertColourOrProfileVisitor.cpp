@@ -217,9 +217,7 @@ ConvertColourOrProfileVisitor::Visit(const Kernel::Counted<const FillBitmap>& fi
         profile = Raster::ICCManager::GetInstance().GetDefaultProfileForFormat(format);
     if (!profile)
         return fill;
-    const auto tagged = m_bitmaps.Get(bitmap, [&] {
-        return Kernel::MakeCounted<const Raster::DynamicBitmap>(bitmap->GetBuffer(), profile);
-    });
+    const auto tagged = m_bitmaps.Get(bitmap, [&] { return bitmap->WithProfile(profile); });
     NoteChange();
     return FillBitmap::Create(tagged, fill->GetExtendType(), fill->GetUpSampler(),
                               fill->GetIgnoreAlpha());

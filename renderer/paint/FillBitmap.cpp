@@ -40,7 +40,7 @@ bool FillBitmap::CompareMembers(const Kernel::SharedSerialisable& other) const
 
 double FillBitmap::GetMeanAlpha() const
 {
-    if (!m_bitmap)
+    if (!m_bitmap || !m_bitmap->GetBuffer())
         return 0.0;
     return m_ignoreAlpha ? 1.0 : GetMeanAlphaOfPixels(*m_bitmap->GetBuffer());
 }

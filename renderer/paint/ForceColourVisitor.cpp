@@ -139,6 +139,8 @@ ForceColourVisitor::Visit(const Kernel::Counted<const FillBitmap>& fill)
     if (format == bitmap->GetFormat())
         return fill;
     const auto converted = m_bitmaps.Get(bitmap, [&] {
+        if (!bitmap->GetBuffer())
+            return bitmap; // damaged
         const auto buffer =
             Raster::ConvertBuffer(bitmap->GetBuffer(), bitmap->GetProfile(), format, m_profiles);
         return buffer ? Kernel::MakeCounted<const Raster::DynamicBitmap>(

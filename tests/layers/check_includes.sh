@@ -27,7 +27,8 @@ webp/.*            raster/W(ebP|EBP)[^/]*
 (Imf|Iex)[A-Za-z]*\.h raster/E(xr|XR)[^/]*
 OpenColorIO/.*     raster/adjustments/OpenColorIO[^/]*\.cpp
 pugixml\.hpp       tools/svg/.*\.cpp
-(zlib|iconv)\.h    tools/svg/.*\.cpp
+zlib\.h            (tools/svg/.*|raster/DeflatedPixels)\.cpp
+iconv\.h           tools/svg/.*\.cpp
 CLI/.*             tools/renderer/.*\.cpp
 fmt/.*             .*\.cpp
 immintrin\.h       .*\.cpp

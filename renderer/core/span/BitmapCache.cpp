@@ -102,6 +102,8 @@ BitmapCache::Get(const Kernel::Counted<const Raster::DynamicBitmap>& bitmap, Ras
     if (const Entry* const known =
             Find(m_entries, [&](const Entry& entry) { return entry.HasOrigin(wanted); }))
         return known->pixels;
+    if (!bitmap->GetBuffer())
+        return {};
     auto converted =
         Raster::ConvertBuffer(bitmap->GetBuffer(), bitmap->GetProfile(), format, profiles);
     if (converted && ignoreAlpha)

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <vector>
+
+#include <kernel/Countable.h>
+#include <kernel/Counted.h>
+#include <kernel/DelayLoadHolder.h>
+#include <raster/DynamicBuffer.h>
+#include <raster/Export.h>
+
+namespace Raster {
+
+class DynamicBitmap;
+
+/// A picture in compressed form: the bytes of the file that it came from (PNG, JPEG and whatever
+/// else ReadImage knows), or pixels deflated without loss. They may still lie in the document that
+/// they were loaded from. Immutable; safe from many threads.
+class RASTER_EXPORT CompressedRasterData : public Kernel::Countable
+{
+public:
+    /// Takes compressed bytes, which are not looked at yet.
+    explicit CompressedRasterData(Kernel::DelayLoadHolder bytes) : m_bytes(std::move(bytes)) {}
+    /// Takes the bytes of a picture's file.
+    explicit CompressedRasterData(std::vector<unsigned char> file)
+        : CompressedRasterData(Kernel::DelayLoadHolder(std::move(file)))
+    {}
+    /// Deflates a buffer that nobody writes to meanwhile. \throws std::bad_alloc
+    explicit CompressedRasterData(const DynamicBuffer& buffer);
+    ~CompressedRasterData() override;
+
+    const Kernel::DelayLoadHolder& GetBytes() const noexcept { return m_bytes; }
+
+    /// Whether these are deflated pixels; otherwise they are a picture's file. Reads the first
+    /// bytes. \throws Kernel::FormatException when the document was cut short.
+    bool IsDeflated() const;
+
+    /// Decodes the picture, anew each time. The bitmap is saved in this form again. Files tell its
+    /// profile; deflated pixels have none.
+    /// \throws as ReadImage, for damage of deflated pixels, too.
+    Kernel::Counted<const DynamicBitmap> Decode() const;
+
+    /// Data are equal when they are the same bytes in memory or in a document.
+    friend bool operator==(const CompressedRasterData& a, const CompressedRasterData& b) noexcept
+    {
+        return a.m_bytes == b.m_bytes;
+    }
+
+private:
+    friend class DynamicBitmap;
+    /// The decoded picture, which does not know where it came from.
+    Kernel::Counted<const DynamicBitmap> DecodePlain() const;
+    /// The same, made once for all who share the bytes and kept as long as them.
+    Kernel::Counted<const DynamicBitmap> GetDecoded() const;
+
+    Kernel::DelayLoadHolder m_bytes;
+};
+
+} // namespace Raster
