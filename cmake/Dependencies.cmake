@@ -10,6 +10,10 @@ pkg_check_modules(TIFF REQUIRED IMPORTED_TARGET libtiff-4>=4.5)
 pkg_check_modules(WEBP REQUIRED IMPORTED_TARGET libwebp libwebpmux libwebpdemux)
 pkg_check_modules(OPENEXR REQUIRED IMPORTED_TARGET OpenEXR)
 pkg_check_modules(OPENCOLORIO REQUIRED IMPORTED_TARGET OpenColorIO)
+pkg_check_modules(FREETYPE REQUIRED IMPORTED_TARGET freetype2)
+pkg_check_modules(HARFBUZZ REQUIRED IMPORTED_TARGET harfbuzz>=4)
+pkg_check_modules(FONTCONFIG REQUIRED IMPORTED_TARGET fontconfig)
+pkg_check_modules(FRIBIDI REQUIRED IMPORTED_TARGET fribidi>=1)
 pkg_check_modules(LCMS2 REQUIRED IMPORTED_TARGET lcms2)
 
 # FLANN: its headers alone, which want LZ4. What its pkg-config file names beyond that is for files

@@ -15,7 +15,7 @@ public:
     static constexpr int BoldWeight = 700;
     static constexpr int NormalStretch = 5;
 
-    /// \param family name of the family, such as "DejaVu Sans".
+    /// \param family its name, such as "DejaVu Sans", or several with commas, the preferred first.
     /// \param weight 1 to 1000, 400 is normal and 700 bold; values outside are clamped.
     /// \param stretch width class from 1 (ultra-condensed) over 5 (normal) to 9 (ultra-expanded);
     ///        values outside are clamped.

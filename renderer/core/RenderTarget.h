@@ -445,6 +445,24 @@ public:
     MeasureGlyphMetrics(Kernel::PointT<double> origin,
                         const std::vector<Kernel::Counted<const Geometry::GlyphMetrics>>& glyphs,
                         double size, const Geometry::GlyphPosition* positions);
+    /// Draws a line of text, shaped by Geometry::ShapeText, with the installed faces that come
+    /// nearest to \p font. Without any, or where a font file is damaged, nothing is drawn.
+    /// \param origin where the baseline begins, at the left.
+    /// \param text UTF-8. \param size of the em in logical units; 0 and less draw nothing.
+    void DrawText(Kernel::PointT<double> origin, std::string_view text, const Kernel::Font& font,
+                  double size, float opacity, const FillDescriptorConst& fill,
+                  const FillDescriptorConst& lineFill = {},
+                  const LineStyleDescriptorConst& lineStyle = {});
+    /// The extents of a line of text, relative to where its baseline begins.
+    struct TextExtents
+    {
+        double advance = 0.0;           ///< how far the pen moves on
+        double ascent = 0.0;            ///< how far lines of the font reach above the baseline
+        double descent = 0.0;           ///< and below it
+        Kernel::RectT<double> bounds{}; ///< of the outlines, exactly; all zero without any
+    };
+    /// Measures what DrawText would draw from (0, 0) without a stroke; all zero for nothing.
+    static TextExtents MeasureText(std::string_view text, const Kernel::Font& font, double size);
     /// Narrows the clip to a logical rectangle, as a path.
     void PushClipRectanglePath(const Kernel::RectT<double>& rect);
     /// @}

@@ -16,6 +16,10 @@ tools     kernel|geometry|raster|renderer|tools'
 rooms='
 tbb/.*             kernel/ParallelForTBB\.cpp
 cbor\.h            kernel/(CborReader|SavedWriter)\.cpp
+(ft2build|freetype/.*)\.h geometry/text/FaceOutlines\.cpp
+hb(-ot)?\.h         geometry/text/FaceShaper\.cpp
+fontconfig/.*      geometry/text/FontCatalogue\.cpp
+fribidi\.h         geometry/text/BidiRuns\.cpp
 agg_.*             renderer/core/coverage/.*
 lcms2\.h           raster/ICC[^/]*
 png\.h             raster/P(ng|NG)[^/]*

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Geometry {
+
+/// The names in a list that commas separate, without blanks around them and empty ones.
+std::vector<std::string> SplitFamilies(std::string_view families);
+
+/// Whether a name stands for a kind of fonts, such as `serif`, not for a family.
+bool IsGenericFamily(std::string_view family);
+
+/// Whether two names mean the same family: blanks and the case of ASCII letters matter not.
+bool IsSameFamily(std::string_view a, std::string_view b);
+
+} // namespace Geometry
