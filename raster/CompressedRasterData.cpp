@@ -34,8 +34,9 @@ Kernel::Counted<const DynamicBitmap> CompressedRasterData::GetDecoded() const
 Kernel::Counted<const DynamicBitmap> CompressedRasterData::Decode() const
 {
     const auto plain = DecodePlain();
-    return Kernel::MakeCounted<DynamicBitmap>(plain->GetBuffer(), plain->GetProfile(),
-                                              Kernel::Counted<const CompressedRasterData>(this));
+    return Kernel::MakeCounted<DynamicBitmap>(
+        plain->GetBuffer(), plain->GetProfile(),
+        Kernel::MakeCounted<const CompressedRasterData>(m_bytes));
 }
 
 } // namespace Raster

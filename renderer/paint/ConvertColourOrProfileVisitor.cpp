@@ -219,8 +219,7 @@ ConvertColourOrProfileVisitor::Visit(const Kernel::Counted<const FillBitmap>& fi
         return fill;
     const auto tagged = m_bitmaps.Get(bitmap, [&] { return bitmap->WithProfile(profile); });
     NoteChange();
-    return FillBitmap::Create(tagged, fill->GetExtendType(), fill->GetUpSampler(),
-                              fill->GetIgnoreAlpha());
+    return fill->WithBitmap(tagged, true).GetCounted();
 }
 
 } // namespace Renderer

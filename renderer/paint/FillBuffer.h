@@ -1,5 +1,6 @@
 #pragma once
 
+#include <raster/DynamicBitmap.h>
 #include <raster/DynamicBuffer.h>
 #include <raster/Format.h>
 #include <renderer/paint/Fill.h>
@@ -8,6 +9,9 @@ namespace Renderer {
 
 /// A render buffer on the unit square of its descriptor's frame, read when the paint is drawn. Its
 /// pixels are in the target's colours.
+///
+/// It is saved with the pixels that the buffer has then. Loading it leaves them in the document's
+/// file until they are asked for.
 class RENDERER_EXPORT FillBuffer final : public FillOf<FillBuffer>
 {
 public:
@@ -23,11 +27,15 @@ public:
                         Raster::ExtendType extend = Raster::ExtendType::Clamp,
                         Raster::ResamplerType upSampler = Raster::ResamplerType::Bilinear);
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    /// Without pixels the fill paints nothing.
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
     static const Kernel::SharedClassProperties& GetTypeSharedClassProperties();
 
     Kind GetKind() const override { return Kind::Buffer; }
-    bool IsFillNone() const override { return !m_buffer; }
+    bool IsFillNone() const override { return !m_buffer && !m_saved; }
     bool IsSpatiallyInvariant() const override { return false; }
     bool HasNonFullAlpha() const override { return true; }
     bool IsFlatAlpha() const override { return false; }
@@ -35,9 +43,11 @@ public:
     double GetMeanAlpha() const override;
     Kernel::Counted<const Fill> Accept(ColourVisitor& visitor) const override;
 
+    /// The buffer. That of a loaded fill is decoded by the first call; empty when that is not
+    /// possible.
     const Kernel::Counted<const Raster::DynamicBuffer>& GetBuffer() const noexcept
     {
-        return m_buffer;
+        return m_saved ? m_saved->GetBuffer() : m_buffer;
     }
     Raster::ExtendType GetExtendType() const noexcept { return m_extend; }
     Raster::ResamplerType GetUpSampler() const noexcept { return m_upSampler; }
@@ -46,7 +56,11 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    template<class Self, class Items>
+    static void ListItems(Self& self, Items&& items);
+
     Kernel::Counted<const Raster::DynamicBuffer> m_buffer;
+    Kernel::Counted<const Raster::DynamicBitmap> m_saved; // what was loaded, in the buffer's place
     Raster::ExtendType m_extend = Raster::ExtendType::Clamp;
     Raster::ResamplerType m_upSampler = Raster::ResamplerType::Bilinear;
 };

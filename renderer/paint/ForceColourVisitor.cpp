@@ -147,8 +147,7 @@ ForceColourVisitor::Visit(const Kernel::Counted<const FillBitmap>& fill)
                             buffer, m_profiles.GetProfile(format))
                       : bitmap; // out of memory: as it was rather than gone
     });
-    return FillBitmap::Create(converted, fill->GetExtendType(), fill->GetUpSampler(),
-                              fill->GetIgnoreAlpha());
+    return fill->WithBitmap(converted, converted == bitmap).GetCounted();
 }
 
 } // namespace Renderer

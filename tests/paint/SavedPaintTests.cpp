@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <kernel/DelayLoadHolder.h>
 #include <kernel/FormatException.h>
 #include <kernel/OutSerialiser.h>
 #include <renderer/paint/FillBlendMode.h>
@@ -270,7 +271,12 @@ TEST(SavedPaint, WrongContentIsSurvived)
         {"LSty", {"Data", "Wght", "Brus", "Phse", "Patn"}},
         {"LDsc", {"LDeL", "LDBe", "LDeP", "LDSa"}},
         {"Pltt", {"cols"}},
+        {"FilB", {"Bitm", "ExtT", "ResT", "IgnA", "Orig"}},
+        {"FlBu", {"Bitm", "ExtT", "ResT"}},
+        {"ICCP", {"Prof"}},
+        {"DBmp", {"Frmt", "Widt", "Heig", "Prof", "Data"}},
         {"Spln", {"Pnts"}}};
+    const Kernel::DelayLoadHolder payload({1, 2, 3});
     const std::vector<double> numbers{NotANumber, 1e308, -std::numeric_limits<double>::infinity(),
                                       0.0,        1.0,   2.0};
     const std::vector<std::function<void(Kernel::OutSerialiser&, Kernel::IDTag)>> contents{
@@ -285,6 +291,8 @@ TEST(SavedPaint, WrongContentIsSurvived)
         },
         [&](auto& out, auto tag) { out.SaveSharedObject(tag, colour); },
         [](auto& out, auto tag) { out.SaveNullPropClassI(tag); },
+        [&](auto& out, auto tag) { out.SaveDelayLoadObject(tag, payload); },
+        [](auto& out, auto tag) { out.SaveObject(tag, Kernel::MakeCounted<Geometry::Spline>()); },
         [&](auto& out, auto tag) { out.SaveSharedObjectArrayI(tag, mixed); },
         [](auto& out, auto tag) {
             out.SavePropClassI(tag, "Curv", 1, [](Kernel::OutSerialiser& items) {
