@@ -1,11 +1,9 @@
 #include <geometry/Stroker.h>
 
-#include <algorithm>
-#include <cmath>
-
 #include <geometry/stroke/StrokeDash.h>
 #include <geometry/stroke/StrokeOutline.h>
 #include <geometry/stroke/StrokePath.h>
+#include <geometry/stroke/StrokePrecision.h>
 
 namespace Geometry {
 
@@ -15,9 +13,7 @@ class PathStroker::Pen
 public:
     void Set(const StrokeParameters& parameters)
     {
-        const double tolerance =
-            parameters.tolerance > 0.0 ? parameters.tolerance : 1e-3 * parameters.width;
-        const auto precision = StrokePrecision::Make(0.5 * parameters.width, tolerance);
+        const auto precision = StrokePrecision::Make(parameters);
         m_builder.SetPrecision(precision);
         m_outline.SetPen(parameters, precision);
         m_dash.SetPattern(parameters);
@@ -52,14 +48,7 @@ PathStroker& PathStroker::operator=(PathStroker&&) noexcept = default;
 
 bool PathStroker::SetPen(const StrokeParameters& parameters)
 {
-    constexpr double largest = 1e100; // beyond it squares would not be finite
-    const double unit = parameters.dashUnit;
-    const auto isUsable = [](double value) { return std::abs(value) <= largest; };
-    const auto isUsableLength = [&](double value) { return isUsable(value * unit); };
-    if (!(parameters.width > 0.0 && isUsable(parameters.width) &&
-          isUsableLength(parameters.dashPhase)))
-        return false;
-    if (!std::all_of(parameters.dashes.begin(), parameters.dashes.end(), isUsableLength))
+    if (!CanDraw(parameters))
         return false;
     m_pen->Set(parameters);
     return true;

@@ -21,11 +21,7 @@ void StrokeOutline::SetPen(const StrokeParameters& parameters,
     m_radius = precision.radius;
     m_cap = parameters.cap;
     m_join = parameters.join;
-    // Length ÷ width of a mitre is 1 ÷ cos(turn/2). The limit is a user's parameter and holds to
-    // 1e-6, so that the limit √2 takes right angles however they are rotated.
-    const double limit = parameters.mitreLimit;
-    m_leastHalfSquare = limit > 0.0 ? (1.0 - 1e-6) / (limit * limit) : 2.0;
-    m_slack = 0.125 * precision.tolerance;
+    m_joinRule = {parameters, precision};
     // A tenth of the tolerance is for the tiny pieces of curves between turns.
     m_arcExcess = 0.9 * precision.tolerance / precision.turningRadius;
     m_arcSteps = 0.0;
@@ -121,15 +117,6 @@ StrokeOutline::Crossing StrokeOutline::FindCrossing(const StrokeVertex& from,
     return turn > 0.0 ? Crossing::Left : Crossing::Right;
 }
 
-/// Whether the outer side of a turn is a single tip, given the squared cosine of half the turn.
-bool StrokeOutline::HasTip(StrokeJoin join, double halfSquare) const
-{
-    if (join == StrokeJoin::Mitre && halfSquare >= m_leastHalfSquare)
-        return true;
-    // Where no join would be told from another, one point does.
-    return join != StrokeJoin::None && halfSquare > 0.5 && m_radius * (1.0 - halfSquare) <= m_slack;
-}
-
 /// The corner of two straight edges whose sides meet in a point each, as in most polygons.
 /// \return whether it is one.
 bool StrokeOutline::AddPlainCorner(const StrokeVertex& before, const StrokeVertex& vertex,
@@ -138,7 +125,8 @@ bool StrokeOutline::AddPlainCorner(const StrokeVertex& before, const StrokeVerte
     if (!vertex.corner || !IsStraight(before, vertex) || !IsStraight(vertex, after))
         return false;
     const double twice = 1.0 + Dot(vertex.in, vertex.out); // 2·cos²(turn/2)
-    if (!HasTip(m_join, 0.5 * twice) || !MeetsInside(before, vertex, after, twice))
+    if (!m_joinRule.HasTip(m_join, m_radius, 0.5 * twice) ||
+        !MeetsInside(before, vertex, after, twice))
         return false;
     const Point tip = (m_radius / twice) * Normal(vertex.in + vertex.out);
     m_left.Add(vertex.point + tip);
@@ -222,10 +210,10 @@ bool StrokeOutline::FindInnerMeeting(const Turn& turn, const StrokeVertex& befor
 void StrokeOutline::AddOuterJoin(StrokeSide& side, const Turn& turn, StrokeJoin join)
 {
     const double halfSquare = 0.5 * (1.0 + turn.cosine); // cosine of half the turn, squared
-    if (HasTip(join, halfSquare)) {
+    if (m_joinRule.HasTip(join, m_radius, halfSquare)) {
         // Edges along the tangents run straight into it, and others nearly do if it is low.
         // A fan needs the pen's own positions at the vertex.
-        const bool isLow = !turn.besideFan && m_radius * (1.0 - halfSquare) <= m_slack;
+        const bool isLow = !turn.besideFan && m_joinRule.IsLow(m_radius, halfSquare);
         if (!isLow && !turn.straightBefore)
             side.Add(turn.point + turn.from);
         side.Add(turn.point + (0.5 / halfSquare) * (turn.from + turn.to));

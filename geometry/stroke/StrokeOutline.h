@@ -4,6 +4,7 @@
 #include <span>
 
 #include <geometry/Polygon.h>
+#include <geometry/stroke/StrokeJoinRule.h>
 #include <geometry/stroke/StrokePath.h>
 #include <geometry/stroke/StrokeSide.h>
 #include <geometry/Stroker.h>
@@ -57,7 +58,6 @@ private:
                    const StrokeVertex* after);
     void CloseFans(const StrokeVertex& vertex);
     Crossing FindCrossing(const StrokeVertex& from, const StrokeVertex& to) const;
-    bool HasTip(StrokeJoin join, double halfSquare) const;
     bool AddPlainCorner(const StrokeVertex& before, const StrokeVertex& vertex,
                         const StrokeVertex& after);
     bool MeetsInside(const StrokeVertex& before, const StrokeVertex& vertex,
@@ -73,9 +73,8 @@ private:
     double m_radius = 0.0;
     StrokeCap m_cap{};
     StrokeJoin m_join{};
-    double m_leastHalfSquare = 0.0; // squared cosine of half the sharpest turn that gets a mitre
-    double m_slack = 0.0;           // a corner cut by this much is not seen
-    double m_arcExcess = 0.0;       // 1 - cosine of half a step of an arc (the largest, at first)
+    StrokeJoinRule m_joinRule;
+    double m_arcExcess = 0.0; // 1 - cosine of half a step of an arc (the largest, at first)
     /// Steps of a half turn, and one of them as a rotation; no steps: not known yet.
     double m_arcSteps = 0.0;
     Point m_arcStep;

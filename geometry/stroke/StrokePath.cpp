@@ -87,8 +87,9 @@ void StrokePathBuilder::SetDirection(Point direction)
 
 void StrokePathBuilder::AddCubic(const Point* p)
 {
-    const Point start = FirstDirection({p[1] - p[0], p[2] - p[0], p[3] - p[0]});
-    const Point end = FirstDirection({p[3] - p[2], p[3] - p[1], p[3] - p[0]});
+    const double shortest = m_precision.shortest;
+    const Point start = FirstDirection({p[1] - p[0], p[2] - p[0], p[3] - p[0]}, shortest);
+    const Point end = FirstDirection({p[3] - p[2], p[3] - p[1], p[3] - p[0]}, shortest);
     if (start == Point{} || end == Point{})
         return; // all four coincide
     SetDirection(start);
@@ -147,17 +148,6 @@ void StrokePathBuilder::Finish(bool hasSegments)
         m_path.isDot = hasSegments || m_path.closed;
         vertices.front() = {vertices.front().point, {1.0, 0.0}, {1.0, 0.0}};
     }
-}
-
-/// The direction of the first candidate that is long enough to have one; (0, 0) if none is.
-Point StrokePathBuilder::FirstDirection(std::initializer_list<Point> candidates) const
-{
-    for (const Point candidate : candidates) {
-        const double length = Length(candidate);
-        if (length > m_precision.shortest)
-            return candidate * (1.0 / length);
-    }
-    return {};
 }
 
 } // namespace Geometry

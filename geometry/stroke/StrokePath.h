@@ -1,6 +1,5 @@
 #pragma once
 
-#include <initializer_list>
 #include <span>
 #include <vector>
 
@@ -54,8 +53,6 @@ private:
     void SetPiece(const StrokeWalker::Piece& piece);
     void AddTinyPiece(Point end, Point tangent);
     void Finish(bool hasSegments);
-
-    Point FirstDirection(std::initializer_list<Point> candidates) const;
 
     StrokePrecision m_precision{};
     StrokePath m_path;

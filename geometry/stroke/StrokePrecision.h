@@ -1,6 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
+
+#include <geometry/Stroker.h>
 
 namespace Geometry {
 
@@ -18,11 +21,27 @@ struct StrokePrecision
     double tiny;
     double shortest; ///< lengths below are as good as none
 
-    static StrokePrecision Make(double radius, double tolerance) noexcept
+    static StrokePrecision Make(const StrokeParameters& parameters) noexcept
     {
+        const double radius = 0.5 * parameters.width;
+        const double tolerance =
+            parameters.tolerance > 0.0 ? parameters.tolerance : 1e-3 * parameters.width;
         return {radius, tolerance, std::min(radius, 1e7 * tolerance), 0.1 * tolerance,
                 1e-4 * std::min(tolerance, radius)};
     }
 };
+
+/// Whether a pen draws anything: its width is positive, and all lengths are finite and not so large
+/// that their squares would not be.
+inline bool CanDraw(const StrokeParameters& parameters) noexcept
+{
+    constexpr double largest = 1e100;
+    const double unit = parameters.dashUnit;
+    const auto isUsable = [](double value) { return std::abs(value) <= largest; };
+    const auto isUsableLength = [&](double value) { return isUsable(value * unit); };
+    return parameters.width > 0.0 && isUsable(parameters.width) &&
+           isUsableLength(parameters.dashPhase) &&
+           std::all_of(parameters.dashes.begin(), parameters.dashes.end(), isUsableLength);
+}
 
 } // namespace Geometry

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <initializer_list>
 
 #include <geometry/Curve.h>
 
@@ -33,6 +34,17 @@ inline Point Normal(Point a) noexcept
 inline bool IsSameDirection(Point in, Point out) noexcept
 {
     return in == out || (Dot(in, out) > 0.0 && std::abs(Cross(in, out)) < 1e-8);
+}
+
+/// The direction of the first candidate that is longer than \p shortest; (0, 0) if none is.
+inline Point FirstDirection(std::initializer_list<Point> candidates, double shortest) noexcept
+{
+    for (const Point candidate : candidates) {
+        const double length = Length(candidate);
+        if (length > shortest)
+            return candidate * (1.0 / length);
+    }
+    return {};
 }
 
 } // namespace Geometry

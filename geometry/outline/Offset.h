@@ -1,0 +1,124 @@
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+#include <geometry/outline/CubicFit.h>
+#include <geometry/outline/OutlinePath.h>
+#include <geometry/WidthProfile.h>
+
+namespace Geometry {
+
+/// The pen's ends along a piece of a path, on one side of it.
+class Offset
+{
+public:
+    /// \param radius with its sign: positive to the left. \param profile of the width; may be null;
+    ///        the path is then measured.
+    Offset(const OutlinePath& path, const OutlinePiece& piece, double radius,
+           const WidthProfile* profile) noexcept
+        : m_path(path),
+          m_piece(piece),
+          m_cubic(piece.IsLine() ? nullptr : &path.cubics[piece.cubic]),
+          m_line(piece.end - piece.start),
+          m_radius(radius),
+          m_profile(profile),
+          m_total(profile ? path.GetLength() : 1.0)
+    {}
+
+    const OutlinePiece& GetPiece() const noexcept { return m_piece; }
+    const OutlineCubic* GetCubic() const noexcept { return m_cubic; }
+    bool IsLeft() const noexcept { return m_radius > 0.0; }
+
+    /// The point of the path itself.
+    Point GetPoint(double t) const noexcept
+    {
+        if (t <= m_piece.from)
+            return m_piece.start;
+        if (t >= m_piece.to)
+            return m_piece.end;
+        return m_cubic ? m_cubic->polynomial.Evaluate(t)
+                       : m_piece.start + (t - m_piece.from) / (m_piece.to - m_piece.from) * m_line;
+    }
+
+    /// The unit tangent of the path.
+    Point GetTangent(double t) const noexcept
+    {
+        if (t <= m_piece.from || !m_cubic)
+            return m_piece.in;
+        if (t >= m_piece.to)
+            return m_piece.out;
+        const Point derivative = m_cubic->polynomial.Derivative(t);
+        const double speed = Length(derivative);
+        return speed > 0.0 ? derivative * (1.0 / speed) : m_piece.in;
+    }
+
+    /// The signed radius and, with a profile, its derivative by the length of the path.
+    WidthProfile::Value GetRadius(double t) const noexcept
+    {
+        if (!m_profile)
+            return {m_radius, 0.0};
+        const double share =
+            m_total > 0.0 ? (m_piece.position + m_path.GetLength(m_piece, t)) / m_total : 0.0;
+        const WidthProfile::Value value = m_profile->Evaluate(m_piece.span, share);
+        return {m_radius * value.factor, m_total > 0.0 ? m_radius * value.slope / m_total : 0.0};
+    }
+
+    /// Positive where the pen's end runs forward, negative where the path is rounder than the pen
+    /// is wide: speed³·(1 − radius·curvature).
+    double GetForwardness(double t) const noexcept
+    {
+        if (!m_cubic)
+            return 1.0;
+        const Point first = m_cubic->polynomial.Derivative(t);
+        const Point second = 6.0 * m_cubic->polynomial.SecondDifference(t);
+        const double square = Dot(first, first);
+        return square * std::sqrt(square) - GetRadius(t).factor * Cross(first, second);
+    }
+
+    /// The pen's end and its direction. \param forward whether it runs forward hereabouts.
+    CurveSample Sample(double t, bool forward) const noexcept
+    {
+        const Point tangent = GetTangent(t), normal = Normal(tangent);
+        const WidthProfile::Value radius = GetRadius(t);
+        const double sign = forward ? 1.0 : -1.0;
+        CurveSample sample{GetPoint(t) + radius.factor * normal, sign * tangent};
+        if (radius.slope == 0.0)
+            return sample;
+        // The derivative by the length of the path is tangent·(1 − radius·curvature) +
+        // normal·slope.
+        double along = 1.0;
+        if (m_cubic) {
+            const Point first = m_cubic->polynomial.Derivative(t);
+            const Point second = 6.0 * m_cubic->polynomial.SecondDifference(t);
+            const double speed = Length(first);
+            const double bend = Cross(tangent, second) / (speed * speed);
+            along = std::isfinite(bend) ? 1.0 - radius.factor * bend : 0.0;
+        }
+        const Point direction = along * tangent + radius.slope * normal;
+        const double length = Length(direction);
+        if (length > 1e-9 && std::isfinite(length))
+            sample.direction = direction * (1.0 / length);
+        return sample;
+    }
+
+private:
+    const OutlinePath& m_path;
+    const OutlinePiece& m_piece;
+    const OutlineCubic* m_cubic;
+    Point m_line;
+    double m_radius;
+    const WidthProfile* m_profile;
+    double m_total;
+};
+
+/// A part of an offset over which the pen's end runs one way.
+struct OffsetPart
+{
+    double from, to; ///< parameters
+    CurveSample start, end;
+    bool forward;
+};
+
+} // namespace Geometry

@@ -1,0 +1,248 @@
+#include <geometry/outline/OutlinePath.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace Geometry {
+namespace {
+
+/// Cubics slower than this share of their fastest derivative stand still: beyond such a point their
+/// direction is that of the second derivative.
+constexpr double StandStill = 1e-7;
+
+/// The integral of a function over [low, high] by Gauss and Legendre's eight points.
+template<class Function>
+double Integrate(const Function& function, double low, double high)
+{
+    static constexpr std::array<double, 4> nodes{0.1834346424956498, 0.5255324099163290,
+                                                 0.7966664774136267, 0.9602898564975363};
+    static constexpr std::array<double, 4> weights{0.3626837833783620, 0.3137066458778873,
+                                                   0.2223810344533745, 0.1012285362903763};
+    const double middle = 0.5 * (low + high), half = 0.5 * (high - low);
+    double sum = 0.0;
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        sum +=
+            weights[i] * (function(middle - half * nodes[i]) + function(middle + half * nodes[i]));
+    return half * sum;
+}
+
+/// The same to 1e-10 of itself, by halves as long as that changes it.
+template<class Function>
+double IntegrateFinely(const Function& function, double low, double high, double whole, int depth)
+{
+    const double middle = 0.5 * (low + high);
+    const double a = Integrate(function, low, middle), b = Integrate(function, middle, high);
+    if (depth == 0 || std::abs(a + b - whole) <= 1e-10 * (a + b))
+        return a + b;
+    return IntegrateFinely(function, low, middle, a, depth - 1) +
+           IntegrateFinely(function, middle, high, b, depth - 1);
+}
+
+Point Unit(Point a)
+{
+    const double length = Length(a);
+    return length > 0.0 ? a * (1.0 / length) : Point{};
+}
+
+} // namespace
+
+double OutlinePath::GetLength(const OutlinePiece& piece, double t) const
+{
+    if (piece.IsLine())
+        return (t - piece.from) / (piece.to - piece.from) * Length(piece.end - piece.start);
+    const auto speed = [&](double at) { return Length(GetDerivative(piece, at)); };
+    return IntegrateFinely(speed, piece.from, t, Integrate(speed, piece.from, t), 12);
+}
+
+double OutlinePath::FindParameter(const OutlinePiece& piece, double length) const
+{
+    if (!(length < piece.length))
+        return piece.to;
+    double low = piece.from, high = piece.to;
+    double t = low + (high - low) * std::max(length / piece.length, 0.0);
+    if (piece.IsLine())
+        return t;
+    for (int i = 0; i < 60; ++i) { // Newton's steps, kept between what is too short and too long
+        const double error = GetLength(piece, t) - length;
+        if (std::abs(error) <= 1e-11 * piece.length)
+            break;
+        (error > 0.0 ? high : low) = t;
+        const double speed = Length(GetDerivative(piece, t));
+        const double next = t - error / speed;
+        t = next > low && next < high ? next : 0.5 * (low + high);
+    }
+    return t;
+}
+
+void OutlinePath::Measure()
+{
+    double position = 0.0;
+    for (OutlinePiece& piece : pieces) {
+        piece.position = position;
+        piece.length = GetLength(piece, piece.to);
+        position += piece.length;
+    }
+}
+
+OutlinePiece OutlinePath::Cut(const OutlinePiece& piece, double begin, double end) const
+{
+    OutlinePiece part = piece;
+    const auto cut = [&](double length, double& t, Point& point, Point& tangent) {
+        t = FindParameter(piece, length);
+        if (piece.IsLine()) {
+            point = piece.start + length / piece.length * (piece.end - piece.start);
+            return;
+        }
+        point = cubics[piece.cubic].polynomial.Evaluate(t);
+        const Point direction = Unit(GetDerivative(piece, t));
+        if (!(direction == Point{}))
+            tangent = direction;
+    };
+    if (begin > 0.0) {
+        cut(begin, part.from, part.start, part.in);
+        part.corner = false;
+    }
+    if (end < piece.length)
+        cut(end, part.to, part.end, part.out);
+    part.position = piece.position + begin;
+    part.length = end - begin;
+    return part;
+}
+
+OutlinePath& OutlinePathBuilder::Build(const CurveDbl& run)
+{
+    constexpr double largest = 1e100;
+    const std::vector<Point>& points = run.GetPoints();
+    m_path.cubics.clear();
+    m_path.pieces.clear();
+    m_path.closed = run.IsClosed();
+    m_path.isDot = false;
+    const bool usable = std::all_of(points.begin(), points.end(), [](Point p) {
+        return std::abs(p.x) <= largest && std::abs(p.y) <= largest;
+    });
+    if (!usable || points.empty())
+        return m_path;
+    m_last = points.front();
+    for (std::size_t i = 0; i < run.GetSegmentCount(); ++i) {
+        if (run.GetSegment(i) == CurveDbl::Segment::Line)
+            AddLine(points[3 * i + 3]);
+        else
+            AddCubic(&points[3 * i]);
+    }
+    if (m_path.closed)
+        AddLine(points.front());
+    m_path.isDot = m_path.pieces.empty() && (run.GetSegmentCount() > 0 || m_path.closed);
+    m_path.dot = points.front();
+    return m_path;
+}
+
+void OutlinePathBuilder::AddLine(Point end)
+{
+    const double length = Length(end - m_last);
+    if (length <= m_precision.shortest)
+        return;
+    const Point direction = (end - m_last) * (1.0 / length);
+    m_corner = true;
+    Add({OutlinePiece::Straight, 0.0, 1.0, m_last, end, direction, direction});
+}
+
+void OutlinePathBuilder::AddCubic(const Point* p)
+{
+    const double shortest = m_precision.shortest;
+    const Point start = FirstDirection({p[1] - p[0], p[2] - p[0], p[3] - p[0]}, shortest);
+    const Point end = FirstDirection({p[3] - p[2], p[3] - p[1], p[3] - p[0]}, shortest);
+    if (start == Point{} || end == Point{})
+        return; // all four coincide
+    m_corner = true;
+    const Hodograph& hodograph = m_path.cubics.emplace_back(p).hodograph;
+    FindCuts(hodograph);
+    double from = 0.0;
+    Point in = start;
+    for (const Cut cut : m_cuts) {
+        const Point second = Unit(hodograph.Second(cut.t));
+        Point out = cut.isCusp ? -1.0 * second : Unit(hodograph.First(cut.t));
+        if (out == Point{})
+            out = Unit(hodograph.Third());
+        AddTurning(from, cut.t, in, out, 0);
+        from = cut.t;
+        in = cut.isCusp ? second : out;
+    }
+    AddTurning(from, 1.0, in, end, 0);
+}
+
+/// Where the cubic bends the other way or comes to a standstill, and where a long turn has to be
+/// cut for its angle to be known.
+void OutlinePathBuilder::FindCuts(const Hodograph& hodograph)
+{
+    m_cuts.clear();
+    for (const double t : hodograph.FindSpeedExtrema())
+        if (Length(hodograph.First(t)) < StandStill && !(Unit(hodograph.Second(t)) == Point{}))
+            m_cuts.push_back({t, true});
+    const auto add = [&](double t) {
+        constexpr double least = 1e-9; // anything nearer to another cut or an end is that
+        const auto isNear = [t](const Cut& cut) {
+            return std::abs(cut.t - t) < (cut.isCusp ? 2.0 * StandStill : least);
+        };
+        if (t > least && t < 1.0 - least && std::none_of(m_cuts.begin(), m_cuts.end(), isNear))
+            m_cuts.push_back({t, false});
+    };
+    for (const double t : hodograph.FindInflections())
+        add(t);
+    // The derivative is a combination of the legs of the control polygon with positive factors.
+    const Point first = hodograph.First(0.0), last = hodograph.First(1.0);
+    const Point middle = first + 0.5 * hodograph.Second(0.0);
+    if (Dot(first, last) < 0.0 || Dot(first, middle) < 0.0 || Dot(middle, last) < 0.0)
+        add(hodograph.GetVertex());
+    std::sort(m_cuts.begin(), m_cuts.end(), [](Cut a, Cut b) { return a.t < b.t; });
+}
+
+/// Adds a part that bends one way only, by less than half a turn, in pieces of at most a quarter.
+void OutlinePathBuilder::AddTurning(double from, double to, Point in, Point out, int depth)
+{
+    constexpr double quarter = -1e-3; // the cosine, give or take
+    if (Dot(in, out) >= quarter || depth > 4) {
+        AddPiece(from, to, in, out);
+        return;
+    }
+    const Hodograph& hodograph = m_path.cubics.back().hodograph;
+    const double middle = 0.5 * (from + to);
+    const double bend = Cross(hodograph.First(middle), hodograph.Second(middle));
+    const Point sum = in + out;
+    // Half a turn, nearly: the sum says nothing.
+    const Point direction = Dot(sum, sum) > 1e-6 ? sum : std::copysign(1.0, bend) * Normal(in);
+    const double t = hodograph.FindDirection(direction, from, to);
+    if (t < 0.0) {
+        AddPiece(from, to, in, out);
+        return;
+    }
+    const Point tangent = Unit(direction);
+    AddTurning(from, t, in, tangent, depth + 1);
+    AddTurning(t, to, tangent, out, depth + 1);
+}
+
+void OutlinePathBuilder::AddPiece(double from, double to, Point in, Point out)
+{
+    const CubicPolynomial& cubic = m_path.cubics.back().polynomial;
+    const Point end = to < 1.0 ? cubic.Evaluate(to) : cubic.End();
+    const double third = (to - from) / 3.0;
+    const Point first = third * cubic.Derivative(from), last = third * cubic.Derivative(to);
+    const double extent = Length(first) + Length(last) + Length(end - m_last - first - last);
+    const double chord = Length(end - m_last);
+    if (extent > m_precision.tiny) {
+        Add({m_path.cubics.size() - 1, from, to, m_last, end, in, out});
+    } else if (chord > m_precision.shortest) { // straight, the pen turning at its ends
+        const Point direction = (end - m_last) * (1.0 / chord);
+        Add({OutlinePiece::Straight, 0.0, 1.0, m_last, end, direction, direction});
+    }
+}
+
+void OutlinePathBuilder::Add(const OutlinePiece& piece)
+{
+    m_path.pieces.push_back(piece);
+    m_path.pieces.back().corner = m_corner;
+    m_corner = false;
+    m_last = piece.end;
+}
+
+} // namespace Geometry
