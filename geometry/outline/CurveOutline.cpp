@@ -24,6 +24,23 @@ double GetLargest(Point a)
     return std::max(std::abs(a.x), std::abs(a.y));
 }
 
+/// Whether the samples show all of a part: beside a cusp, nearly all of the turn may lie between
+/// two of them.
+bool IsEven(const OffsetPart& part, const CubicFit::Samples& samples, double tolerance)
+{
+    constexpr double most = 3.0 / double(CubicFit::Count + 1); // of the whole turn in one step
+    const double whole =
+        std::acos(std::clamp(Dot(part.start.direction, part.end.direction), -1.0, 1.0));
+    const auto isStepEven = [&](const CurveSample& a, const CurveSample& b) {
+        const double turn = std::abs(Cross(a.direction, b.direction));
+        return turn <= most * whole || Length(b.point - a.point) * turn <= 8.0 * tolerance;
+    };
+    for (std::size_t i = 0; i + 1 < samples.size(); ++i)
+        if (!isStepEven(samples[i], samples[i + 1]))
+            return false;
+    return isStepEven(part.start, samples.front()) && isStepEven(samples.back(), part.end);
+}
+
 /// Where a part whose fit strays by \p excess tolerances is cut: so that it becomes as many pieces
 /// of the same turn as the sixth power of their length asks for.
 double FindCut(const Offset& offset, const OffsetPart& part, double excess)
@@ -223,13 +240,17 @@ void CurveOutline::AddOffset(OutlineSide& side, const Offset& offset, const Offs
         side.LineTo(part.end.point);
         return;
     }
-    const CubicFit fit(part.start, part.end, samples, 0.25 * tolerance);
-    if (fit.GetError() <= tolerance) {
-        side.CubicTo(fit.GetControl1(), fit.GetControl2(), part.end.point);
-        --m_budget;
-        return;
+    double excess = 2.0;
+    if (IsEven(part, samples, tolerance)) {
+        const CubicFit fit(part.start, part.end, samples, 0.25 * tolerance);
+        if (fit.GetError() <= tolerance) {
+            side.CubicTo(fit.GetControl1(), fit.GetControl2(), part.end.point);
+            --m_budget;
+            return;
+        }
+        excess = fit.GetError() / tolerance;
     }
-    const double t = FindCut(offset, part, fit.GetError() / tolerance);
+    const double t = FindCut(offset, part, excess);
     const CurveSample middle = offset.Sample(t, part.forward);
     AddOffset(side, offset, {part.from, t, part.start, middle, part.forward}, depth + 1);
     AddOffset(side, offset, {t, part.to, middle, part.end, part.forward}, depth + 1);
@@ -316,7 +337,8 @@ void CurveOutline::AddArc(OutlineSide& side, Point centre, Point from, Point to,
                           double direction) const
 {
     const double radius = Length(from);
-    const double angle = std::abs(std::atan2(std::max(direction * Cross(from, to), 0.0), Dot(from, to)));
+    const double angle =
+        std::abs(std::atan2(std::max(direction * Cross(from, to), 0.0), Dot(from, to)));
     if (!(angle * radius > m_shortest))
         return;
     // The error of a quarter is 2.0e-4 of the radius and falls with the sixth power of the angle.

@@ -23,12 +23,18 @@ public:
         const double largest = std::max({std::abs(m_a.x), std::abs(m_a.y), std::abs(m_b.x),
                                          std::abs(m_b.y), std::abs(m_c.x), std::abs(m_c.y)});
         if (largest > 0.0) {
+            m_scale = 3.0 * largest;
             m_a = m_a * (1.0 / largest);
             m_b = m_b * (1.0 / largest);
             m_c = m_c * (1.0 / largest);
         }
     }
 
+    /// Makes a point where the derivative nearly vanishes one where it does so.
+    void MakeStandStill(double t) noexcept { m_a = m_a - First(t); }
+
+    /// What the derivative was divided by.
+    double GetScale() const noexcept { return m_scale; }
     Point First(double t) const noexcept { return m_a + t * (m_b + t * m_c); }
     Point Second(double t) const noexcept { return m_b + 2.0 * t * m_c; }
     Point Third() const noexcept { return 2.0 * m_c; }
@@ -58,8 +64,10 @@ public:
         return SignChanges<5>(sum);
     }
 
-    /// Where the derivative turns around least quickly, the vertex of its parabola: on either side
-    /// of it, the direction turns by less than half a turn.
+    /// The vertex of the parabola that the derivative goes along. Between it, the extrema of the
+    /// speed and the inflections, the derivative turns by less than half a turn: it goes away from
+    /// its point nearest to the origin, less than a quarter from there, in directions that differ
+    /// by less than a quarter.
     double GetVertex() const noexcept
     {
         const double square = Dot(m_c, m_c);
@@ -91,6 +99,7 @@ private:
                 2.0 * Dot(m_c, m_c)};
     }
 
+    double m_scale = 1.0;
     Point m_a, m_b, m_c;
 };
 

@@ -49,9 +49,14 @@ public:
             return m_piece.in;
         if (t >= m_piece.to)
             return m_piece.out;
-        const Point derivative = m_cubic->polynomial.Derivative(t);
+        // So close to a standstill, which is at an end, rounding is larger than what the tangent
+        // has turned.
+        constexpr double standStill = 1e-11;
+        const Point derivative = m_cubic->hodograph.First(t);
         const double speed = Length(derivative);
-        return speed > 0.0 ? derivative * (1.0 / speed) : m_piece.in;
+        if (speed > standStill)
+            return derivative * (1.0 / speed);
+        return t - m_piece.from < m_piece.to - t ? m_piece.in : m_piece.out;
     }
 
     /// The signed radius and, with a profile, its derivative by the length of the path.
@@ -71,10 +76,11 @@ public:
     {
         if (!m_cubic)
             return 1.0;
-        const Point first = m_cubic->polynomial.Derivative(t);
-        const Point second = 6.0 * m_cubic->polynomial.SecondDifference(t);
+        const Hodograph& hodograph = m_cubic->hodograph;
+        const Point first = hodograph.First(t);
         const double square = Dot(first, first);
-        return square * std::sqrt(square) - GetRadius(t).factor * Cross(first, second);
+        return hodograph.GetScale() * square * std::sqrt(square) -
+               GetRadius(t).factor * Cross(first, hodograph.Second(t));
     }
 
     /// The pen's end and its direction. \param forward whether it runs forward hereabouts.
@@ -90,10 +96,10 @@ public:
         // normal·slope.
         double along = 1.0;
         if (m_cubic) {
-            const Point first = m_cubic->polynomial.Derivative(t);
-            const Point second = 6.0 * m_cubic->polynomial.SecondDifference(t);
-            const double speed = Length(first);
-            const double bend = Cross(tangent, second) / (speed * speed);
+            const Hodograph& hodograph = m_cubic->hodograph;
+            const double speed = Length(hodograph.First(t));
+            const double bend =
+                Cross(tangent, hodograph.Second(t)) / (speed * speed * hodograph.GetScale());
             along = std::isfinite(bend) ? 1.0 - radius.factor * bend : 0.0;
         }
         const Point direction = along * tangent + radius.slope * normal;

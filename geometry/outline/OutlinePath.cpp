@@ -9,7 +9,7 @@ namespace {
 
 /// Cubics slower than this share of their fastest derivative stand still: beyond such a point their
 /// direction is that of the second derivative.
-constexpr double StandStill = 1e-7;
+constexpr double StandStill = 1e-9;
 
 /// The integral of a function over [low, high] by Gauss and Legendre's eight points.
 template<class Function>
@@ -147,16 +147,25 @@ void OutlinePathBuilder::AddLine(Point end)
     Add({OutlinePiece::Straight, 0.0, 1.0, m_last, end, direction, direction});
 }
 
-void OutlinePathBuilder::AddCubic(const Point* p)
+void OutlinePathBuilder::AddCubic(const Point* points)
 {
+    // Handles too short to see would turn the pen on the spot.
+    std::array<Point, 4> p;
+    std::copy_n(points, 4, p.begin());
+    if (Length(p[1] - p[0]) <= m_precision.tiny)
+        p[1] = p[0];
+    if (Length(p[3] - p[2]) <= m_precision.tiny)
+        p[2] = p[3];
     const double shortest = m_precision.shortest;
     const Point start = FirstDirection({p[1] - p[0], p[2] - p[0], p[3] - p[0]}, shortest);
     const Point end = FirstDirection({p[3] - p[2], p[3] - p[1], p[3] - p[0]}, shortest);
     if (start == Point{} || end == Point{})
         return; // all four coincide
     m_corner = true;
-    const Hodograph& hodograph = m_path.cubics.emplace_back(p).hodograph;
+    Hodograph hodograph(p[0], p[1], p[2], p[3]);
     FindCuts(hodograph);
+    m_path.cubics.push_back(
+        {{p[0], p[1], p[2], p[3]}, hodograph, hodograph.FindCurvatureExtrema()});
     double from = 0.0;
     Point in = start;
     for (const Cut cut : m_cuts) {
@@ -173,12 +182,16 @@ void OutlinePathBuilder::AddCubic(const Point* p)
 
 /// Where the cubic bends the other way or comes to a standstill, and where a long turn has to be
 /// cut for its angle to be known.
-void OutlinePathBuilder::FindCuts(const Hodograph& hodograph)
+void OutlinePathBuilder::FindCuts(Hodograph& hodograph)
 {
     m_cuts.clear();
-    for (const double t : hodograph.FindSpeedExtrema())
-        if (Length(hodograph.First(t)) < StandStill && !(Unit(hodograph.Second(t)) == Point{}))
-            m_cuts.push_back({t, true});
+    const SignChanges<3> extrema = hodograph.FindSpeedExtrema();
+    for (const double t : extrema) {
+        if (!(Length(hodograph.First(t)) < StandStill) || Unit(hodograph.Second(t)) == Point{})
+            continue;
+        hodograph.MakeStandStill(t);
+        m_cuts.push_back({t, true});
+    }
     const auto add = [&](double t) {
         constexpr double least = 1e-9; // anything nearer to another cut or an end is that
         const auto isNear = [t](const Cut& cut) {
@@ -192,8 +205,11 @@ void OutlinePathBuilder::FindCuts(const Hodograph& hodograph)
     // The derivative is a combination of the legs of the control polygon with positive factors.
     const Point first = hodograph.First(0.0), last = hodograph.First(1.0);
     const Point middle = first + 0.5 * hodograph.Second(0.0);
-    if (Dot(first, last) < 0.0 || Dot(first, middle) < 0.0 || Dot(middle, last) < 0.0)
+    if (Dot(first, last) < 0.0 || Dot(first, middle) < 0.0 || Dot(middle, last) < 0.0) {
         add(hodograph.GetVertex());
+        for (const double t : extrema)
+            add(t);
+    }
     std::sort(m_cuts.begin(), m_cuts.end(), [](Cut a, Cut b) { return a.t < b.t; });
 }
 
@@ -228,13 +244,9 @@ void OutlinePathBuilder::AddPiece(double from, double to, Point in, Point out)
     const double third = (to - from) / 3.0;
     const Point first = third * cubic.Derivative(from), last = third * cubic.Derivative(to);
     const double extent = Length(first) + Length(last) + Length(end - m_last - first - last);
-    const double chord = Length(end - m_last);
-    if (extent > m_precision.tiny) {
+    const double rounding = 1e-15 * std::max(std::abs(end.x), std::abs(end.y));
+    if (extent > rounding) // otherwise the pen turns on the spot
         Add({m_path.cubics.size() - 1, from, to, m_last, end, in, out});
-    } else if (chord > m_precision.shortest) { // straight, the pen turning at its ends
-        const Point direction = (end - m_last) * (1.0 / chord);
-        Add({OutlinePiece::Straight, 0.0, 1.0, m_last, end, direction, direction});
-    }
 }
 
 void OutlinePathBuilder::Add(const OutlinePiece& piece)

@@ -17,12 +17,6 @@ struct OutlineCubic
     CubicPolynomial polynomial;
     Hodograph hodograph;
     SignChanges<5> curvatureExtrema;
-
-    explicit OutlineCubic(const Point* p)
-        : polynomial(p[0], p[1], p[2], p[3]),
-          hodograph(p[0], p[1], p[2], p[3]),
-          curvatureExtrema(hodograph.FindCurvatureExtrema())
-    {}
 };
 
 /// A straight line, or a part of a cubic that bends one way only and by no more than a quarter
@@ -91,8 +85,8 @@ private:
     };
 
     void AddLine(Point end);
-    void AddCubic(const Point* p);
-    void FindCuts(const Hodograph& hodograph);
+    void AddCubic(const Point* points);
+    void FindCuts(Hodograph& hodograph);
     void AddTurning(double from, double to, Point in, Point out, int depth);
     void AddPiece(double from, double to, Point in, Point out);
     void Add(const OutlinePiece& piece);
