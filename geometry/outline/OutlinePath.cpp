@@ -45,6 +45,16 @@ Point Unit(Point a)
     return length > 0.0 ? a * (1.0 / length) : Point{};
 }
 
+/// Whether a part of a cubic is known to turn by less than half a turn: its derivative is a
+/// combination, with positive factors, of the legs of its control polygon.
+bool TurnsByLessThanHalf(const Hodograph& hodograph, double from, double to)
+{
+    const Point first = hodograph.First(from), last = hodograph.First(to);
+    const Point middle = first + (0.5 * (to - from)) * hodograph.Second(from);
+    const double whole = Cross(first, last);
+    return Cross(first, middle) * whole > 0.0 && Cross(middle, last) * whole > 0.0;
+}
+
 } // namespace
 
 double OutlinePath::GetLength(const OutlinePiece& piece, double t) const
@@ -202,15 +212,22 @@ void OutlinePathBuilder::FindCuts(Hodograph& hodograph)
     };
     for (const double t : hodograph.FindInflections())
         add(t);
-    // The derivative is a combination of the legs of the control polygon with positive factors.
-    const Point first = hodograph.First(0.0), last = hodograph.First(1.0);
-    const Point middle = first + 0.5 * hodograph.Second(0.0);
-    if (Dot(first, last) < 0.0 || Dot(first, middle) < 0.0 || Dot(middle, last) < 0.0) {
-        add(hodograph.GetVertex());
+    const auto inOrder = [](Cut a, Cut b) { return a.t < b.t; };
+    std::sort(m_cuts.begin(), m_cuts.end(), inOrder);
+    const std::size_t count = m_cuts.size();
+    for (std::size_t i = 0; i <= count; ++i) {
+        const double from = i > 0 ? m_cuts[i - 1].t : 0.0, to = i < count ? m_cuts[i].t : 1.0;
+        if (TurnsByLessThanHalf(hodograph, from, to))
+            continue;
+        const auto addInside = [&](double t) {
+            if (t > from && t < to)
+                add(t);
+        };
+        addInside(hodograph.GetVertex());
         for (const double t : extrema)
-            add(t);
+            addInside(t);
     }
-    std::sort(m_cuts.begin(), m_cuts.end(), [](Cut a, Cut b) { return a.t < b.t; });
+    std::sort(m_cuts.begin(), m_cuts.end(), inOrder);
 }
 
 /// Adds a part that bends one way only, by less than half a turn, in pieces of at most a quarter.
