@@ -132,6 +132,8 @@ FontMetrics FaceShaper::MakeMetrics() const
     metrics.underlineThickness = contents.GetMetric(HB_OT_METRICS_TAG_UNDERLINE_SIZE);
     metrics.strikeoutTop = -contents.GetMetric(HB_OT_METRICS_TAG_STRIKEOUT_OFFSET);
     metrics.strikeoutThickness = contents.GetMetric(HB_OT_METRICS_TAG_STRIKEOUT_SIZE);
+    metrics.subscriptShift = contents.GetMetric(HB_OT_METRICS_TAG_SUBSCRIPT_EM_Y_OFFSET);
+    metrics.superscriptShift = -contents.GetMetric(HB_OT_METRICS_TAG_SUPERSCRIPT_EM_Y_OFFSET);
     const double middle = (metrics.descent - metrics.ascent) / 2.0;
     metrics.hangingBaseline =
         contents.GetBaseline(HB_OT_LAYOUT_BASELINE_TAG_HANGING, -0.8 * metrics.ascent);

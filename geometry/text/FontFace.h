@@ -34,6 +34,8 @@ struct FontMetrics
     double underlineThickness = 0.0;
     double strikeoutTop = 0.0; ///< negative: above the baseline
     double strikeoutThickness = 0.0;
+    double subscriptShift = 0.0;
+    double superscriptShift = 0.0;
     /// Further baselines, from the font's own table or by custom (CSS Inline Layout 3, appendix A).
     double hangingBaseline = 0.0;
     double ideographicBaseline = 0.0;

@@ -163,4 +163,9 @@ ShapedText ShapeText(std::string_view text, const FontSelection& fonts, const Sh
     return shaped;
 }
 
+bool BeginsCluster(char32_t character) noexcept
+{
+    return !ExtendsCluster(character);
+}
+
 } // namespace Geometry

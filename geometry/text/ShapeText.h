@@ -49,4 +49,7 @@ GEOMETRY_EXPORT std::vector<ShapedGlyph> ShapeRun(std::string_view text, std::si
                                                   const FontSelection& fonts,
                                                   const ShapeOptions& options = {});
 
+/// Whether a character begins a cluster: marks and joiners go with what stands before them.
+GEOMETRY_EXPORT bool BeginsCluster(char32_t character) noexcept;
+
 } // namespace Geometry

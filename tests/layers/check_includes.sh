@@ -36,7 +36,7 @@ iconv\.h           tools/svg/.*\.cpp
 CLI/.*             tools/renderer/.*\.cpp
 fmt/.*             .*\.cpp
 immintrin\.h       .*\.cpp
-(unistd|fcntl|sys/[a-z]+)\.h .*\.cpp'
+(unistd|fcntl|locale|wctype|sys/[a-z]+)\.h .*\.cpp'
 
 grep -rnoE --include='*.h' --include='*.cpp' '^ *# *include *[<"][^">]+[">]' \
     kernel geometry raster renderer tools |

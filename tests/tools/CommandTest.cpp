@@ -343,9 +343,13 @@ TEST_F(Command, LeavesNothingBehindWhenItFails)
 
 TEST_F(Command, NotesWhatItLeavesOut)
 {
-    const std::string in = m_folder.Write("in.svg", MakeDocument("<text>a</text><text>b</text>"));
+    const std::string in = m_folder.Write(
+        "in.svg", MakeDocument("<g font-family='No Such Font, DejaVu Sans'><text>a</text>"
+                               "<text>b</text></g>"));
     EXPECT_EQ(Draw(in, "a.png"), 0);
-    EXPECT_EQ(m_errors, "renderer: " + in + ": text is not drawn yet\n");
+    EXPECT_EQ(m_errors, "renderer: " + in +
+                            ": the font family \"No Such Font\" is missing; \"DejaVu Sans\" takes "
+                            "its place\n");
     EXPECT_TRUE(fs::exists(Path("a.png")));
 }
 

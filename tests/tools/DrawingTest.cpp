@@ -236,7 +236,7 @@ TEST(Image, KeepsItsShapeInItsRectangle)
 TEST(Notices, SayEachKindOnce)
 {
     const Recorded recorded(MakeDocument(
-        "<text>a</text><text>b</text><g filter='url(#f)'/><image "
+        "<text>a<tref/></text><text>b<tref/></text><g filter='url(#f)'/><image "
         "xlink:href='a.png'/>"
         "<image xlink:href='data:image/png;base64,AAAA' width='9' height='9'/><path d='M0 0H5L' "
         "stroke='red'/>"
@@ -244,7 +244,7 @@ TEST(Notices, SayEachKindOnce)
     const auto& notices = recorded.drawing.GetNotices();
     EXPECT_EQ(notices.size(), 6U);
     for (const char* word :
-         {"text", "filter", "outside the drawing's folder", "embedded", "path", "paint server"}) {
+         {"tref", "filter", "outside the drawing's folder", "embedded", "path", "paint server"}) {
         EXPECT_TRUE(std::ranges::any_of(notices, [&](const std::string& notice) {
             return notice.find(word) != std::string::npos;
         })) << word;

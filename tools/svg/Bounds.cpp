@@ -2,6 +2,7 @@
 
 #include "ElementTransform.h"
 #include "Shapes.h"
+#include "TextPieces.h"
 #include "Viewport.h"
 
 namespace Svg {
@@ -54,6 +55,10 @@ void Measurer::AddContent(const Element& element, const Style& style, const Tran
             m_box.Add(MapPath(*shape, map)->GetBoundingBox());
     } else if (element.tag == Tag::Image) {
         AddRect(PlaceNested(element, &element, lengths), map);
+    } else if (element.tag == Tag::Text) {
+        const auto box = MakeTextPieces(m_context, element, style, lengths).box;
+        if (box.IsValid())
+            AddRect(box.GetRect(), map);
     } else if (element.tag == Tag::Use) {
         AddUsed(element, style, map, lengths);
     } else if (element.tag == Tag::Svg) {
@@ -69,7 +74,7 @@ void Measurer::AddContent(const Element& element, const Style& style, const Tran
 void Measurer::AddElement(const Element& element, const Style& parent, const Transform& map,
                           const LengthContext& lengths)
 {
-    if (!IsDrawable(element.tag) || element.tag == Tag::Text || !PassesConditions(element))
+    if (!IsDrawable(element.tag) || !PassesConditions(element))
         return;
     m_context.CountUsedElement();
     const Style style = m_context.GetStyles().Resolve(element, parent);

@@ -4,6 +4,7 @@
 #include "ElementTransform.h"
 #include "Scanner.h"
 #include "Shapes.h"
+#include "TextPieces.h"
 
 namespace Svg {
 
@@ -57,8 +58,6 @@ void ClipPaths::CollectMember(const Element& element, const Style& parent, const
     const Style style = m_context.GetStyles().Resolve(element, parent);
     if (!style.displayed || !PassesConditions(element))
         return;
-    if (element.tag == Tag::Text)
-        m_context.GetNotices().Add("text is not drawn yet");
     LengthContext lengths = outer;
     lengths.fontSize = style.fontSize;
     const auto measure = [&] { return MeasureBounds(m_context, element, style, lengths); };
@@ -68,21 +67,34 @@ void ClipPaths::CollectMember(const Element& element, const Style& parent, const
         member.clips.push_back(style.clipPath);
     if (element.tag == Tag::Use) {
         const Element* target = m_context.GetDocument().FindByReference(element.GetReference());
-        if (!target || !IsShape(target->tag))
+        if (!target || (!IsShape(target->tag) && target->tag != Tag::Text))
             return; // SVG 1.1, 14.3.5: only shapes and text, directly
         const double x = ResolveAttribute(element, "x", lengths, LengthAxis::Horizontal);
         const double y = ResolveAttribute(element, "y", lengths, LengthAxis::Vertical);
         transform = AffineTransform::Concatenate(AffineTransform::Translation(x, y), transform);
         return CollectMember(*target, style, transform, outer, std::move(member), out);
     }
+    member.transform = transform;
+    if (element.tag == Tag::Text)
+        return CollectText(element, style, lengths, std::move(member), out);
     if (!IsShape(element.tag) || !style.visible)
         return;
     member.shape = MakeShape(element, lengths, m_context.GetNotices());
     if (!member.shape)
         return;
     member.evenOdd = style.clipEvenOdd;
-    member.transform = transform;
     out.push_back(std::move(member));
+}
+
+/// Text clips by its glyphs and lines, each piece by the rule of its element.
+void ClipPaths::CollectText(const Element& text, const Style& style, const LengthContext& lengths,
+                            Member member, std::vector<Member>& out)
+{
+    for (TextPiece& piece : MakeTextPieces(m_context, text, style, lengths).pieces) {
+        member.shape = std::move(piece.shape);
+        member.evenOdd = piece.style.clipEvenOdd;
+        out.push_back(member);
+    }
 }
 
 ClipPaths::Result ClipPaths::PushMembers(const std::vector<Member>& members,

@@ -48,6 +48,8 @@ private:
                                        const LengthContext& lengths);
     void CollectMember(const Element& element, const Style& parent, const Transform& map,
                        const LengthContext& lengths, Member member, std::vector<Member>& out);
+    void CollectText(const Element& text, const Style& style, const LengthContext& lengths,
+                     Member member, std::vector<Member>& out);
     Result PushMembers(const std::vector<Member>& members, const LengthContext& lengths);
     void PushShape(const Member& member);
 

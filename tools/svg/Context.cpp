@@ -50,6 +50,7 @@ void Context::StartPicture(double pixels)
     m_tiles = {};
     m_counts.usedElements = 0;
     m_counts.markers = 0;
+    m_counts.characters = 0;
 }
 
 bool Context::SpendPixels(double pixels)
@@ -68,6 +69,16 @@ bool Context::CountMarker()
     if (m_counts.markers == MaxMarkers)
         m_notices.Add("there are more than 200,000 markers; the rest is left out");
     return m_counts.markers++ < MaxMarkers;
+}
+
+bool Context::CountCharacters(std::size_t count)
+{
+    if (m_counts.characters >= MaxCharacters) {
+        m_notices.Add("text is laid out for more than 5,000,000 characters; the rest is left out");
+        return false;
+    }
+    m_counts.characters += static_cast<long>(count);
+    return true;
 }
 
 void Context::CountUsedElement()

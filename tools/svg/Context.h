@@ -32,6 +32,7 @@ struct Counts
     int drawings = 0;       ///< that are being drawn, one as an image in another
     long usedElements = 0;
     long markers = 0;
+    long characters = 0;
     double pixels = 0.0; ///< that may still be drawn beside the target
 };
 
@@ -44,6 +45,9 @@ public:
 
     /// Markers in all, above which they are left out.
     static constexpr long MaxMarkers = 200'000;
+
+    /// Characters laid out in all, above which text is left out.
+    static constexpr long MaxCharacters = 5'000'000;
 
     /// Masks in force at once, above which what is masked is left out: each may be a whole picture.
     static constexpr int MaxMasks = 32;
@@ -89,6 +93,9 @@ public:
 
     /// Counts a marker that is drawn. \return false when there are too many.
     bool CountMarker();
+
+    /// Counts characters that are laid out. \return false when there are too many.
+    bool CountCharacters(std::size_t count);
 
     /// Counts an element that is shown once more. \throws Kernel::FormatException beyond the limit.
     void CountUsedElement();

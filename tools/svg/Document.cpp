@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::string_view SvgNamespace = "http://www.w3.org/2000/svg";
 
-constexpr std::array<std::pair<std::string_view, Tag>, 26> TagNames{{
+constexpr std::array<std::pair<std::string_view, Tag>, 29> TagNames{{
     {"a", Tag::A},
     {"circle", Tag::Circle},
     {"clipPath", Tag::ClipPath},
@@ -48,6 +48,9 @@ constexpr std::array<std::pair<std::string_view, Tag>, 26> TagNames{{
     {"switch", Tag::Switch},
     {"symbol", Tag::Symbol},
     {"text", Tag::Text},
+    {"textPath", Tag::TextPath},
+    {"tref", Tag::Tref},
+    {"tspan", Tag::Tspan},
     {"use", Tag::Use},
 }};
 
@@ -111,12 +114,17 @@ private:
     std::vector<Declaration> m_declarations;
 };
 
+bool IsCharacterData(pugi::xml_node node)
+{
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
 /// The texts inside a style element.
 std::string CollectText(pugi::xml_node node)
 {
     std::string text;
     for (const pugi::xml_node child : node.children()) {
-        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
+        if (IsCharacterData(child))
             text += child.value();
     }
     return text;
@@ -165,8 +173,12 @@ struct Document::Contents
 
 void Document::Contents::Parse()
 {
-    const pugi::xml_parse_result result = xml.load_buffer_inplace(
-        text.data(), text.size(), pugi::parse_default | pugi::parse_pi, pugi::encoding_utf8);
+    // Blanks between elements matter in text alone.
+    const bool hasText = text.find("text") != std::string::npos;
+    const unsigned options =
+        pugi::parse_default | pugi::parse_pi | (hasText ? pugi::parse_ws_pcdata : 0U);
+    const pugi::xml_parse_result result =
+        xml.load_buffer_inplace(text.data(), text.size(), options, pugi::encoding_utf8);
     if (!result) {
         throw Kernel::FormatException(std::string("not well-formed XML: ") + result.description(),
                                       static_cast<std::uint64_t>(result.offset));
@@ -214,9 +226,10 @@ void Document::Contents::BuildTree()
         Element* parent;
         Element* previous;
         std::size_t declarations; ///< namespace declarations of the parent
+        bool isInText;            ///< the parent is a text element, or within one
     };
     NamespaceScope scope;
-    std::vector<Level> levels{{xml.document_element(), nullptr, nullptr, 0}};
+    std::vector<Level> levels{{xml.document_element(), nullptr, nullptr, 0, false}};
     while (!levels.empty()) {
         Level& level = levels.back();
         const pugi::xml_node node = level.next;
@@ -226,6 +239,8 @@ void Document::Contents::BuildTree()
             continue;
         }
         level.next = node.next_sibling();
+        if (level.isInText && IsCharacterData(node))
+            level.parent->texts.push_back({node.value(), level.previous});
         if (node.type() != pugi::node_element)
             continue;
         const std::size_t declarations = scope.Enter(node);
@@ -237,7 +252,8 @@ void Document::Contents::BuildTree()
         level.previous = Add(node, name.local, level.parent, level.previous);
         if (levels.size() > MaxDepth)
             throw Kernel::FormatException("elements are nested more than 1000 deep");
-        levels.push_back({node.first_child(), level.previous, nullptr, declarations});
+        const bool isInText = level.isInText || level.previous->tag == Tag::Text;
+        levels.push_back({node.first_child(), level.previous, nullptr, declarations, isInText});
     }
 }
 

@@ -98,6 +98,7 @@ void Drawing::DrawWithin(Renderer::RenderTarget& target, Context& outer)
         {
             outer.GetCounts().usedElements = inner.GetCounts().usedElements;
             outer.GetCounts().markers = inner.GetCounts().markers;
+            outer.GetCounts().characters = inner.GetCounts().characters;
             outer.GetCounts().pixels = inner.GetCounts().pixels;
             for (const std::string& notice : inner.GetNotices().Get())
                 outer.GetNotices().Add(notice);

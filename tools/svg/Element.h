@@ -34,6 +34,9 @@ enum class Tag
     Switch,
     Symbol,
     Text,
+    TextPath,
+    Tref,
+    Tspan,
     Use,
 };
 
@@ -48,6 +51,15 @@ struct Attribute
     std::string_view value;
 };
 
+struct Element;
+
+/// Text that an element within a text element holds itself.
+struct CharacterData
+{
+    std::string_view text;
+    const Element* after = nullptr; ///< the child before it; null: it stands before all
+};
+
 /// One element of the SVG namespace. Elements of other namespaces are left out of the tree. The
 /// texts belong to the document.
 struct Element
@@ -56,6 +68,7 @@ struct Element
     std::string_view name; ///< without prefix
     std::string_view id;
     std::vector<Attribute> attributes;
+    std::vector<CharacterData> texts; ///< within text elements only
     Element* parent = nullptr;
     Element* firstChild = nullptr;
     Element* nextSibling = nullptr;

@@ -16,6 +16,13 @@ public:
         if (std::ranges::find(m_texts, text) == m_texts.end())
             m_texts.emplace_back(text);
     }
+    /// Adds \p subject and \p rest, but only the first time that it is about the subject.
+    void AddFirst(const std::string& subject, std::string_view rest)
+    {
+        const auto isAbout = [&](const std::string& text) { return text.starts_with(subject); };
+        if (std::ranges::none_of(m_texts, isAbout))
+            m_texts.push_back(subject + std::string(rest));
+    }
     const std::vector<std::string>& Get() const noexcept { return m_texts; }
 
 private:

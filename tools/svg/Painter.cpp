@@ -9,10 +9,12 @@
 #include "Drawing.h"
 #include "Scopes.h"
 #include "Shapes.h"
+#include "TextPieces.h"
 #include "ViewBox.h"
 
 namespace Svg {
 
+using Geometry::PolyCurveDbl;
 using Raster::AffineTransform;
 using Renderer::BlendOptions;
 using Renderer::FillDescriptorConst;
@@ -45,19 +47,21 @@ FillDescriptorConst Painter::MakePaint(const Paint& paint, double opacity, const
     return servers.MakeFallback(paint, opacity, style.colour);
 }
 
-Painter::Outline Painter::MakeOutline(const Element& element,
-                                      const Kernel::Counted<const Geometry::PolyCurveDbl>& shape,
-                                      const Style& style, const LengthContext& lengths)
+/// \param extent whose box paints refer to: the shape itself, or that of all of a text.
+/// \param overhang how far the shape reaches beyond that.
+/// \param pathLength how long the author says that the shape is; negative: nothing is said.
+Painter::Outline Painter::MakeOutline(const Kernel::Counted<const Geometry::PolyCurveDbl>& shape,
+                                      const Geometry::PolyCurveDbl& extent, double overhang,
+                                      double pathLength, const Style& style,
+                                      const LengthContext& lengths)
 {
     Outline outline;
     outline.shape = shape;
-    outline.fill = MakePaint(style.fill, style.fillOpacity, style, *shape, 0.0, lengths);
-    outline.lineFill = MakePaint(style.stroke, style.strokeOpacity, style, *shape,
-                                 FindReach(style, lengths), lengths);
+    outline.fill = MakePaint(style.fill, style.fillOpacity, style, extent, overhang, lengths);
+    outline.lineFill = MakePaint(style.stroke, style.strokeOpacity, style, extent,
+                                 overhang + FindReach(style, lengths), lengths);
     if (!outline.lineFill.IsFillNone())
-        outline.line = MakeLineStyle(style, lengths, *shape,
-                                     ParseNumber(element.Get("pathLength")).value_or(-1.0),
-                                     m_context.GetNotices());
+        outline.line = MakeLineStyle(style, lengths, *shape, pathLength, m_context.GetNotices());
     return outline;
 }
 
@@ -166,11 +170,38 @@ void Painter::DrawShape(const Element& element, const Style& style, const Length
     const auto shape = MakeShape(element, lengths, m_context.GetNotices());
     if (!shape)
         return;
-    const Outline outline = MakeOutline(element, shape, style, lengths);
+    const double pathLength = ParseNumber(element.Get("pathLength")).value_or(-1.0);
+    const Outline outline = MakeOutline(shape, *shape, 0.0, pathLength, style, lengths);
     if (Markers::HasMarkers(element, style))
         DrawLayers(element, outline, style, lengths);
     else
         DrawOutline(outline, style, composition);
+}
+
+namespace {
+
+/// How far one box reaches beyond another.
+double FindOverhang(const Kernel::RectT<double>& box, const Kernel::RectT<double>& of)
+{
+    return std::max({0.0, of.left - box.left, of.top - box.top, box.right - of.right,
+                     box.bottom - of.bottom});
+}
+
+} // namespace
+
+void Painter::DrawText(const Element& element, const Style& style, const LengthContext& lengths)
+{
+    const TextPieces text = MakeTextPieces(m_context, element, style, lengths);
+    const auto extent = text.box.IsValid() ? PolyCurveDbl(text.box.GetRect()) : PolyCurveDbl();
+    for (const TextPiece& piece : text.pieces) {
+        LengthContext own = lengths;
+        own.fontSize = piece.style.fontSize;
+        const auto box = piece.shape->GetBoundingBox();
+        const double overhang =
+            text.box.IsValid() ? FindOverhang(box.GetRect(), text.box.GetRect()) : 0.0;
+        const Outline outline = MakeOutline(piece.shape, extent, overhang, -1.0, piece.style, own);
+        DrawOutline(outline, piece.style, {.opacity = piece.opacity});
+    }
 }
 
 void Painter::DrawImage(const Element& element, const Style& style, const LengthContext& lengths,

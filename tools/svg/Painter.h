@@ -34,6 +34,9 @@ public:
     ///        own, so that a shape with markers needs a group for anything but the default.
     void DrawShape(const Element& element, const Style& style, const LengthContext& lengths,
                    const Composition& composition);
+    /// Draws the pieces of a text element one over the other. Gradients and patterns that refer to a
+    /// box refer to that of the whole element.
+    void DrawText(const Element& element, const Style& style, const LengthContext& lengths);
     void DrawImage(const Element& element, const Style& style, const LengthContext& lengths,
                    const Composition& composition);
 
@@ -47,8 +50,8 @@ private:
         Renderer::LineStyleDescriptorConst line = Renderer::LineStyleDescriptorConst::CreateNone();
     };
 
-    Outline MakeOutline(const Element& element,
-                        const Kernel::Counted<const Geometry::PolyCurveDbl>& shape,
+    Outline MakeOutline(const Kernel::Counted<const Geometry::PolyCurveDbl>& shape,
+                        const Geometry::PolyCurveDbl& extent, double overhang, double pathLength,
                         const Style& style, const LengthContext& lengths);
     Renderer::FillDescriptorConst MakePaint(const Paint& paint, double opacity, const Style& style,
                                             const Geometry::PolyCurveDbl& shape, double reach,

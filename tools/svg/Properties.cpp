@@ -11,18 +11,34 @@ namespace Svg {
 namespace {
 
 constexpr std::array<std::pair<std::string_view, Property>, PropertyCount> PropertyNames{{
+    {"alignment-baseline", Property::AlignmentBaseline},
+    {"baseline-shift", Property::BaselineShift},
     {"clip-path", Property::ClipPath},
     {"clip-rule", Property::ClipRule},
     {"color", Property::Colour},
     {"color-interpolation", Property::ColourInterpolation},
+    {"direction", Property::Direction},
     {"display", Property::Display},
+    {"dominant-baseline", Property::DominantBaseline},
     {"fill", Property::Fill},
     {"fill-opacity", Property::FillOpacity},
     {"fill-rule", Property::FillRule},
     {"filter", Property::Filter},
+    {"font", Property::Font},
+    {"font-family", Property::FontFamily},
+    {"font-feature-settings", Property::FontFeatureSettings},
+    {"font-kerning", Property::FontKerning},
     {"font-size", Property::FontSize},
+    {"font-stretch", Property::FontStretch},
+    {"font-style", Property::FontStyle},
+    {"font-variant", Property::FontVariant},
+    {"font-variant-caps", Property::FontVariantCaps},
+    {"font-variant-ligatures", Property::FontVariantLigatures},
+    {"font-weight", Property::FontWeight},
     {"image-rendering", Property::ImageRendering},
     {"isolation", Property::Isolation},
+    {"kerning", Property::Kerning},
+    {"letter-spacing", Property::LetterSpacing},
     {"marker", Property::Marker},
     {"marker-end", Property::MarkerEnd},
     {"marker-mid", Property::MarkerMid},
@@ -44,14 +60,22 @@ constexpr std::array<std::pair<std::string_view, Property>, PropertyCount> Prope
     {"stroke-miterlimit", Property::StrokeMitreLimit},
     {"stroke-opacity", Property::StrokeOpacity},
     {"stroke-width", Property::StrokeWidth},
+    {"text-anchor", Property::TextAnchor},
+    {"text-decoration", Property::TextDecoration},
+    {"text-decoration-line", Property::TextDecorationLine},
+    {"text-transform", Property::TextTransform},
     {"transform", Property::Transform},
     {"transform-box", Property::TransformBox},
     {"transform-origin", Property::TransformOrigin},
+    {"unicode-bidi", Property::UnicodeBidi},
     {"vector-effect", Property::VectorEffect},
     {"visibility", Property::Visibility},
+    {"white-space", Property::WhiteSpace},
+    {"word-spacing", Property::WordSpacing},
+    {"writing-mode", Property::WritingMode},
 }};
 
-static_assert(PropertyNames.back().second == Property::Visibility);
+static_assert(PropertyNames.back().second == Property::WritingMode);
 
 /// Takes `!important` off the end.
 bool TakeImportant(std::string_view& value)

@@ -10,18 +10,34 @@ namespace Svg {
 /// The style properties that the reader knows.
 enum class Property
 {
+    AlignmentBaseline,
+    BaselineShift,
     ClipPath,
     ClipRule,
     Colour,
     ColourInterpolation,
+    Direction,
     Display,
+    DominantBaseline,
     Fill,
     FillOpacity,
     FillRule,
     Filter,
+    Font,
+    FontFamily,
+    FontFeatureSettings,
+    FontKerning,
     FontSize,
+    FontStretch,
+    FontStyle,
+    FontVariant,
+    FontVariantCaps,
+    FontVariantLigatures,
+    FontWeight,
     ImageRendering,
     Isolation,
+    Kerning,
+    LetterSpacing,
     Marker,
     MarkerEnd,
     MarkerMid,
@@ -43,14 +59,22 @@ enum class Property
     StrokeMitreLimit,
     StrokeOpacity,
     StrokeWidth,
+    TextAnchor,
+    TextDecoration,
+    TextDecorationLine,
+    TextTransform,
     Transform,
     TransformBox,
     TransformOrigin,
+    UnicodeBidi,
     VectorEffect,
     Visibility,
+    WhiteSpace,
+    WordSpacing,
+    WritingMode,
 };
 
-inline constexpr std::size_t PropertyCount = static_cast<std::size_t>(Property::Visibility) + 1;
+inline constexpr std::size_t PropertyCount = static_cast<std::size_t>(Property::WritingMode) + 1;
 
 /// The property of a name as it stands in files, such as `stroke-miterlimit`; case matters not.
 std::optional<Property> FindProperty(std::string_view name) noexcept;

@@ -147,7 +147,9 @@ Path MakeAnyShape(const Element& element, const LengthContext& context, Notices&
     }
 }
 
-bool IsInRange(const PolyCurveDbl& path)
+} // namespace
+
+bool IsInRange(const PolyCurveDbl& path) noexcept
 {
     return std::ranges::all_of(path.GetCurves(), [](const Geometry::CurveDbl& curve) {
         return std::ranges::all_of(curve.GetPoints(), [](Point p) {
@@ -155,8 +157,6 @@ bool IsInRange(const PolyCurveDbl& path)
         });
     });
 }
-
-} // namespace
 
 double ResolveAttribute(const Element& element, std::string_view name, const LengthContext& context,
                         LengthAxis axis, double fallback)

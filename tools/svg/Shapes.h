@@ -20,6 +20,9 @@ double ResolveAttribute(const Element& element, std::string_view name, const Len
 Kernel::Counted<const Geometry::PolyCurveDbl>
 MakeShape(const Element& element, const LengthContext& context, Notices& notices);
 
+/// Whether all coordinates are small enough to be calculated with.
+bool IsInRange(const Geometry::PolyCurveDbl& path) noexcept;
+
 /// A path mapped by a transform.
 Kernel::Counted<const Geometry::PolyCurveDbl> MapPath(const Geometry::PolyCurveDbl& path,
                                                       const Transform& transform);

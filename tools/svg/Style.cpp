@@ -28,6 +28,7 @@ Style Style::MakeChild() const
     child.alphaMask = initial.alphaMask;
     child.stopColour = initial.stopColour;
     child.stopOpacity = initial.stopOpacity;
+    child.inlineText = initial.inlineText;
     return child;
 }
 

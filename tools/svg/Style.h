@@ -10,6 +10,7 @@
 
 #include "ColourValue.h"
 #include "Length.h"
+#include "TextStyle.h"
 
 namespace Svg {
 
@@ -99,6 +100,7 @@ struct Style
     std::string markerMid;
     std::string markerEnd;
     bool linearLuminance = false; ///< color-interpolation: masks weigh linear light
+    TextStyle text;
     /// @}
 
     /// \name Of the element alone
@@ -118,6 +120,7 @@ struct Style
     bool alphaMask = false; ///< of a mask: its alpha counts alone, not its luminance
     StyleColour stopColour;
     double stopOpacity = 1.0;
+    InlineStyle inlineText;
     /// @}
 
     bool HasMarkers() const noexcept

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "StyleValues.h"
+#include "TextStyleValues.h"
 
 namespace Svg {
 
@@ -26,9 +27,14 @@ struct Value
     std::string_view text;
 };
 
-/// Adds a value; `marker` stands for three properties.
+/// Adds a value; `marker` and `font` stand for several properties.
 void AddValue(std::vector<Value>& values, Property property, std::string_view text)
 {
+    if (property == Property::Font) {
+        for (const auto& [part, value] : ExpandFont(text))
+            values.push_back({part, value});
+        return;
+    }
     if (property != Property::Marker)
         return values.push_back({property, text});
     for (const Property part : {Property::MarkerStart, Property::MarkerMid, Property::MarkerEnd})
@@ -70,6 +76,7 @@ Style StyleResolver::Resolve(const Element& element, const Style& parent) const
     }
     Style style = parent.MakeChild();
     ApplyStrongest(values, style, parent);
+    ResolveTextLengths(style);
     return style;
 }
 

@@ -6,24 +6,13 @@
 
 #include "ElementTransform.h"
 #include "Scanner.h"
+#include "StyleParsing.h"
+#include "TextStyleValues.h"
 #include "TransformList.h"
 
 namespace Svg {
 
 namespace {
-
-template<class T>
-using Keyword = std::pair<std::string_view, T>;
-
-template<class T, std::size_t N>
-std::optional<T> FindKeyword(const std::array<Keyword<T>, N>& keywords, std::string_view value)
-{
-    for (const auto& [name, meaning] : keywords) {
-        if (EqualsIgnoringCase(name, value))
-            return meaning;
-    }
-    return std::nullopt;
-}
 
 constexpr std::array<Keyword<LineCap>, 3> LineCaps{
     {{"butt", LineCap::Butt}, {"round", LineCap::Round}, {"square", LineCap::Square}}};
@@ -191,36 +180,6 @@ std::optional<double> ParseFontSize(std::string_view value, double parentSize)
     return length->Resolve(context, LengthAxis::Horizontal);
 }
 
-/// Sets a member from its parser, or from the parent or the initial style where the value says so.
-/// \return whether the value was understood.
-template<class T, class Parser>
-bool Set(T Style::*member, Style& style, const Style& parent, std::string_view value, Parser parse)
-{
-    if (EqualsIgnoringCase(value, "inherit"))
-        style.*member = parent.*member;
-    else if (EqualsIgnoringCase(value, "initial"))
-        style.*member = Style().*member;
-    else if (auto parsed = parse(value))
-        style.*member = std::move(*parsed);
-    else
-        return false;
-    return true;
-}
-
-/// A parser that is true for everything but one keyword.
-auto Unless(std::string_view keyword)
-{
-    return [keyword](std::string_view value) {
-        return std::optional(!EqualsIgnoringCase(value, keyword));
-    };
-}
-
-template<std::size_t N, class T>
-auto OneOf(const std::array<Keyword<T>, N>& keywords)
-{
-    return [&keywords](std::string_view value) { return FindKeyword(keywords, value); };
-}
-
 std::optional<bool> ApplyStroke(Style& style, const Style& parent, Property property,
                                 std::string_view value)
 {
@@ -364,6 +323,8 @@ bool ApplyProperty(Style& style, const Style& parent, Property property, std::st
     if (const auto understood = ApplyTransform(style, parent, property, value))
         return *understood;
     if (const auto understood = ApplyCompositing(style, parent, property, value))
+        return *understood;
+    if (const auto understood = ApplyText(style, parent, property, value))
         return *understood;
     return ApplyOther(style, parent, property, value);
 }

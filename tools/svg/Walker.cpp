@@ -88,7 +88,7 @@ void Walker::DrawElement(const Element& element, const Style& parent, const Elem
         std::make_unique<const Style>(m_context.GetStyles().Resolve(element, parent));
     if (!style->displayed || !(style->opacity > 0.0))
         return;
-    NoteUnsupported(element, *style);
+    NoteUnsupported(*style);
     DrawPlaced(element, *style, use);
 }
 
@@ -183,6 +183,8 @@ void Walker::DrawContent(const Element& element, const Style& style, const Eleme
         m_painter.DrawImage(element, style, MakeLengths(style), composition);
     else if (IsShape(element.tag))
         m_painter.DrawShape(element, style, MakeLengths(style), composition);
+    else if (element.tag == Tag::Text)
+        m_painter.DrawText(element, style, MakeLengths(style));
     else
         DrawContainer(element, style, use);
 }
@@ -261,13 +263,10 @@ void Walker::DrawViewport(const Element& element, const Style& style, const View
     m_lengths = outer;
 }
 
-void Walker::NoteUnsupported(const Element& element, const Style& style)
+void Walker::NoteUnsupported(const Style& style)
 {
-    Notices& notices = m_context.GetNotices();
-    if (element.tag == Tag::Text)
-        notices.Add("text is not drawn yet");
     if (style.hasFilter)
-        notices.Add("filters are not applied yet");
+        m_context.GetNotices().Add("filters are not applied yet");
 }
 
 } // namespace Svg

@@ -56,7 +56,7 @@ private:
     void DrawContainer(const Element& element, const Style& style, const Element* use);
     bool FindGrouping(const Element& element, const Style& style, Grouping& grouping,
                       MaskPixels& mask);
-    void NoteUnsupported(const Element& element, const Style& style);
+    void NoteUnsupported(const Style& style);
     LengthContext MakeLengths(const Style& style) const;
     bool IsStopped() const;
 

@@ -1,0 +1,109 @@
+#include "TextPaths.h"
+
+#include <cmath>
+
+#include "ElementTransform.h"
+#include "PathData.h"
+#include "Scanner.h"
+#include "Shapes.h"
+
+namespace Svg {
+
+using Kernel::PointT;
+using Path = Kernel::Counted<const Geometry::PolyCurveDbl>;
+
+namespace {
+
+/// The path in the coordinates of the text, whichever way the element gives it.
+Path FindPath(Context& context, const Element& textPath, const LengthContext& lengths,
+              const Element*& shape)
+{
+    if (textPath.Has("path"))
+        return ParsePathData(textPath.Get("path")).path;
+    shape = context.GetDocument().FindByReference(textPath.GetReference());
+    if (!shape || !IsShape(shape->tag)) {
+        context.GetNotices().Add("a path for text is missing; its text is left out");
+        return {};
+    }
+    const Style& style = context.GetStyles().ResolveInPlace(*shape);
+    LengthContext own = lengths;
+    own.fontSize = style.fontSize;
+    const Path path = MakeShape(*shape, own, context.GetNotices());
+    if (!path)
+        return {};
+    const auto measure = [&] { return path->GetBoundingBox(); };
+    return MapPath(*path, MakeElementTransform(style, own, measure));
+}
+
+} // namespace
+
+TextPath::TextPath(Context& context, const Element& textPath, const LengthContext& lengths)
+{
+    const Element* shape = nullptr;
+    const Path path = FindPath(context, textPath, lengths, shape);
+    if (!path)
+        return;
+    m_measure.emplace(*path);
+    m_isReversed = Trim(textPath.Get("side")) == "right";
+    if (Trim(textPath.Get("method")) == "stretch")
+        context.GetNotices().Add("glyphs on paths are not bent");
+    const Length offset = ParseLength(textPath.Get("startOffset")).value_or(Length());
+    if (offset.IsPercentage()) {
+        m_offset = offset.value / 100.0 * m_measure->GetLength();
+        return;
+    }
+    m_offset = offset.Resolve(lengths, LengthAxis::Horizontal);
+    // Distances are measured in the length that the author says the path has.
+    const double claimed = shape ? ParseNumber(shape->Get("pathLength")).value_or(0.0) : 0.0;
+    if (claimed > 0.0)
+        m_offset *= m_measure->GetLength() / claimed;
+}
+
+PathMeasure::Place TextPath::Locate(double distance) const
+{
+    if (!m_isReversed)
+        return m_measure->Locate(distance);
+    const auto place = m_measure->Locate(m_measure->GetLength() - distance);
+    return {place.point, -1.0 * place.direction};
+}
+
+PointT<double> TextPath::GetEnd() const
+{
+    return Locate(m_measure->GetLength()).point;
+}
+
+/// On a loop text may run past the seam, for one round.
+bool TextPath::IsHidden(double middle, TextAnchor anchor) const
+{
+    const double length = m_measure->GetLength();
+    if (!m_measure->IsLoop())
+        return !(middle >= 0.0 && middle <= length);
+    const double fromStart = middle - m_offset;
+    switch (anchor) {
+    case TextAnchor::Middle:
+        return !(std::abs(fromStart) <= length / 2.0);
+    case TextAnchor::End:
+        return !(fromStart >= -length && fromStart <= 0.0);
+    case TextAnchor::Start:
+        break;
+    }
+    return !(fromStart >= 0.0 && fromStart <= length);
+}
+
+void TextPath::Place(TextCluster& cluster, TextAnchor anchor) const
+{
+    const double half = cluster.advance / 2.0;
+    double middle = m_offset + cluster.origin.x + half;
+    cluster.hidden = !IsUsable() || IsHidden(middle, anchor);
+    if (cluster.hidden)
+        return;
+    const double length = m_measure->GetLength();
+    if (m_measure->IsLoop())
+        middle -= length * std::floor(middle / length);
+    const auto [point, direction] = Locate(middle);
+    const PointT<double> down{-direction.y, direction.x};
+    cluster.origin = point - half * direction + cluster.origin.y * down;
+    cluster.angle += std::atan2(direction.y, direction.x);
+}
+
+} // namespace Svg
