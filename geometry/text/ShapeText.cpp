@@ -20,7 +20,11 @@ struct Item
     std::size_t end = 0;
     std::uint32_t script = 0; ///< 0 while it holds nothing that has one
     Face face;
+    int marks = 0; ///< one behind the other at its end
 };
+
+/// Items with more marks on one letter are cut: shaping takes time by the square of their number.
+constexpr int MaxMarks = 256;
 
 /// Characters that need no glyph of their own, so that any face will do.
 bool IsIgnorable(char32_t c) noexcept
@@ -66,8 +70,9 @@ private:
         if (!m_items.empty()) {
             Item& last = m_items.back();
             const bool sameScript = script == 0 || last.script == 0 || script == last.script;
-            if (sameScript && face == last.face) {
+            if (sameScript && face == last.face && last.marks < MaxMarks) {
                 last.end = end;
+                last.marks = ExtendsCluster(c) ? last.marks + 1 : 0;
                 if (last.script == 0)
                     last.script = script;
                 return;

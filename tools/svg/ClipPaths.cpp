@@ -92,7 +92,7 @@ void ClipPaths::CollectText(const Element& text, const Style& style, const Lengt
 {
     for (TextPiece& piece : MakeTextPieces(m_context, text, style, lengths).pieces) {
         member.shape = std::move(piece.shape);
-        member.evenOdd = piece.style.clipEvenOdd;
+        member.evenOdd = piece.style->clipEvenOdd;
         out.push_back(member);
     }
 }

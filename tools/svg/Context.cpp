@@ -74,7 +74,7 @@ bool Context::CountMarker()
 bool Context::CountCharacters(std::size_t count)
 {
     if (m_counts.characters >= MaxCharacters) {
-        m_notices.Add("text is laid out for more than 5,000,000 characters; the rest is left out");
+        m_notices.Add("text is laid out for more than 2,000,000 characters; the rest is left out");
         return false;
     }
     m_counts.characters += static_cast<long>(count);

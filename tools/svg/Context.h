@@ -47,7 +47,7 @@ public:
     static constexpr long MaxMarkers = 200'000;
 
     /// Characters laid out in all, above which text is left out.
-    static constexpr long MaxCharacters = 5'000'000;
+    static constexpr long MaxCharacters = 2'000'000;
 
     /// Masks in force at once, above which what is masked is left out: each may be a whole picture.
     static constexpr int MaxMasks = 32;

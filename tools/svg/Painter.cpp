@@ -183,8 +183,8 @@ namespace {
 /// How far one box reaches beyond another.
 double FindOverhang(const Kernel::RectT<double>& box, const Kernel::RectT<double>& of)
 {
-    return std::max({0.0, of.left - box.left, of.top - box.top, box.right - of.right,
-                     box.bottom - of.bottom});
+    return std::max(
+        {0.0, of.left - box.left, of.top - box.top, box.right - of.right, box.bottom - of.bottom});
 }
 
 } // namespace
@@ -195,12 +195,12 @@ void Painter::DrawText(const Element& element, const Style& style, const LengthC
     const auto extent = text.box.IsValid() ? PolyCurveDbl(text.box.GetRect()) : PolyCurveDbl();
     for (const TextPiece& piece : text.pieces) {
         LengthContext own = lengths;
-        own.fontSize = piece.style.fontSize;
+        own.fontSize = piece.style->fontSize;
         const auto box = piece.shape->GetBoundingBox();
         const double overhang =
             text.box.IsValid() ? FindOverhang(box.GetRect(), text.box.GetRect()) : 0.0;
-        const Outline outline = MakeOutline(piece.shape, extent, overhang, -1.0, piece.style, own);
-        DrawOutline(outline, piece.style, {.opacity = piece.opacity});
+        const Outline outline = MakeOutline(piece.shape, extent, overhang, -1.0, *piece.style, own);
+        DrawOutline(outline, *piece.style, {.opacity = piece.opacity});
     }
 }
 

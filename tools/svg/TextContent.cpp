@@ -97,7 +97,7 @@ TextContent::TextContent(Context& context, const Element& text, const Style& sty
                          const LengthContext& lengths)
     : m_context(context), m_lengths(lengths)
 {
-    AddElement(text, style, 0);
+    AddElement(text, std::make_shared<const Style>(style), 0);
     RemoveLastBlank();
     // The lists of elements within come later and replace those of the elements around them.
     for (const TextSpan& span : m_spans)
@@ -109,18 +109,20 @@ LengthContext TextContent::GetLengths(const TextSpan& span) const noexcept
     return {m_lengths.viewportWidth, m_lengths.viewportHeight, span.style->fontSize};
 }
 
-void TextContent::AddElement(const Element& element, const Style& style, std::size_t parent)
+void TextContent::AddElement(const Element& element, std::shared_ptr<const Style> own,
+                             std::size_t parent)
 {
+    const Style& style = *own;
     const std::size_t index = m_spans.size();
     const bool isRoot = index == 0;
-    TextSpan span{&element, &style, parent, m_characters.size()};
+    TextSpan span{&element, std::move(own), parent, m_characters.size()};
     if (!isRoot) {
         span.path = m_spans[parent].path;
         span.opacity = m_spans[parent].opacity * style.opacity;
     }
     if (element.tag == Tag::TextPath && m_spans[parent].element->tag == Tag::Text)
         span.path = &element;
-    m_spans.push_back(span);
+    m_spans.push_back(std::move(span));
     const BidiMarks marks = FindMarks(style);
     AddControl(marks.open, index);
     AddControl(marks.open2, index);
@@ -150,10 +152,10 @@ void TextContent::AddChild(const Element& child, std::size_t span)
         return;
     const CountedDepth depth(m_context.GetDepth(), Document::MaxDepth);
     m_context.CountUsedElement();
-    const Style& style =
-        m_styles.emplace_back(m_context.GetStyles().Resolve(child, *m_spans[span].style));
-    if (style.displayed)
-        AddElement(child, style, span);
+    auto style =
+        std::make_shared<const Style>(m_context.GetStyles().Resolve(child, *m_spans[span].style));
+    if (style->displayed)
+        AddElement(child, std::move(style), span);
 }
 
 void TextContent::AddControl(char32_t code, std::size_t span)

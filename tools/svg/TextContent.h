@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,7 +30,7 @@ struct TextCharacter
 struct TextSpan
 {
     const Element* element = nullptr;
-    const Style* style = nullptr;
+    std::shared_ptr<const Style> style;
     std::size_t parent = 0;        ///< that of the first is itself
     std::size_t first = 0;         ///< characters, those of the spans in it included
     std::size_t last = 0;          ///< exclusive
@@ -45,7 +45,7 @@ public:
     /// Longer texts are cut.
     static constexpr std::size_t MaxCharacters = 200'000;
 
-    /// \param style of the text element; it outlives the object.
+    /// \param style of the text element.
     TextContent(Context& context, const Element& text, const Style& style,
                 const LengthContext& lengths);
     TextContent(const TextContent&) = delete;
@@ -64,7 +64,7 @@ public:
     LengthContext GetLengths(const TextSpan& span) const noexcept;
 
 private:
-    void AddElement(const Element& element, const Style& style, std::size_t parent);
+    void AddElement(const Element& element, std::shared_ptr<const Style> style, std::size_t parent);
     void AddChild(const Element& child, std::size_t span);
     void AddText(std::string_view text, std::size_t span, bool preserve);
     void AddCharacter(char32_t code, std::size_t span, bool collapses);
@@ -77,7 +77,6 @@ private:
     std::string m_text;
     std::vector<TextCharacter> m_characters;
     std::vector<TextSpan> m_spans;
-    std::deque<Style> m_styles; ///< of the elements in the text element
 };
 
 } // namespace Svg

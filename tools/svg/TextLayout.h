@@ -13,7 +13,7 @@ namespace Svg {
 class TextLayout
 {
 public:
-    /// \param style of the text element; it outlives the object.
+    /// \param style of the text element.
     TextLayout(Context& context, const Element& text, const Style& style,
                const LengthContext& lengths);
 

@@ -144,7 +144,7 @@ private:
         if (!IsInRange(*shape))
             m_context.GetNotices().Add("text out of all range is left out");
         else
-            m_result.pieces.push_back({shape, *GetSpan(span).style, GetSpan(span).opacity});
+            m_result.pieces.push_back({shape, GetSpan(span).style, GetSpan(span).opacity});
     }
 
     // ---- decoration ----

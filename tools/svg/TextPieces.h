@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include <geometry/BoundingBox.h>
@@ -14,7 +15,7 @@ namespace Svg {
 struct TextPiece
 {
     Kernel::Counted<const Geometry::PolyCurveDbl> shape; ///< never null or empty
-    Style style;                                         ///< that it is painted in
+    std::shared_ptr<const Style> style;                  ///< that it is painted in
     double opacity = 1.0; ///< of the elements within the text element
 };
 
