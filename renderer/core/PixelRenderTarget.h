@@ -13,7 +13,15 @@
 #include <renderer/core/span/PopulatorStore.h>
 #include <renderer/paint/LineStyleStrokeHelper.h>
 
+namespace Raster {
+class RasterBrush;
+} // namespace Raster
+
 namespace Renderer {
+
+namespace Texture {
+struct TexturedPolygons;
+} // namespace Texture
 
 /// Everything of the bitmap targets that does not depend on the pixel format: how a drawing call
 /// becomes populators, coverage and blended spans; clips, groups and buffers. The format comes in
@@ -233,6 +241,37 @@ private:
     void DrawStroke(const Path& path, const Composition& composition,
                     const FillDescriptorConst& lineFill, const FillDescriptorConst& transparency,
                     const LineStyleDescriptorConst& lineStyle, const PathRule& rule);
+    /// \name Strokes of raster brushes
+    /// @{
+
+    /// Draws a stroke of a line style that paints with its brush; \tparam Path as above.
+    template<class Path>
+    void DrawBrushStroke(const Path& path, const StrokeFrame& frame, const Composition& composition,
+                         const FillDescriptorConst& lineFill,
+                         const FillDescriptorConst& transparency,
+                         const LineStyleDescriptorConst& lineStyle);
+    /// Finds the sizes of the tip that a stroke is painted with. \return false when there is
+    /// nothing to paint or no memory.
+    bool PrepareTextures(const Raster::RasterBrush& brush, Texture::TexturedPolygons& stroke);
+    /// Paints what of a stroke lies in \p area of the page. \param lineFill empty where the brush
+    /// brings its own colours.
+    void PaintBrushStroke(const Texture::TexturedPolygons& stroke, const Kernel::RectT<int>& area,
+                          const Composition& composition, const FillDescriptorConst& lineFill,
+                          const FillDescriptorConst& transparency);
+    /// Turns what of a textured stroke lies in \p strip of the page into what a populator reads, a
+    /// buffer of the target's format whose first pixel is the strip's, and the polygons that it
+    /// paints: whole pixels of the page, all that the stroke touches.
+    /// \param texture a spare buffer. \return false when none can be had.
+    bool CreateTextureLineStyleSpanPopAndPolyPolygon(
+        const Texture::TexturedPolygons& stroke, const Kernel::RectT<int>& strip,
+        Kernel::Counted<Raster::DynamicBuffer>& texture, PolyPolygon& polygons);
+    /// Draws polygons of whole pixels of the page with the pixels of a buffer, or with a fill
+    /// scaled by their alpha. \param origin where on the page the buffer begins.
+    void DrawTexture(const Kernel::Counted<Raster::DynamicBuffer>& texture,
+                     Kernel::PointT<int> origin, const PolyPolygon& polygons,
+                     const Composition& composition, const FillDescriptorConst& fill,
+                     const FillDescriptorConst& transparency);
+    /// @}
     void FillAndStroke(const Geometry::PolyCurveDbl& curve, const Composition& composition,
                        const FillDescriptorConst& fill, const FillDescriptorConst& transparency,
                        const FillDescriptorConst& lineFill,
@@ -270,6 +309,10 @@ private:
                     bool interpolates = false);
     /// Adds the populator that reads a group's pixels in place.
     bool AddGroupPopulator(const CompositeGroup& group, PopulatorRole role);
+    /// Adds the populator that reads the pixels of a buffer of the target's format in place.
+    /// \param origin where on the page the buffer begins.
+    bool AddBufferPopulator(const Kernel::Counted<Raster::DynamicBuffer>& buffer,
+                            Kernel::PointT<int> origin, PopulatorRole role);
 
     /// Whether what is drawn at present keeps colour plain.
     bool HasPlainColours() const;

@@ -171,6 +171,21 @@ void PixelRenderTarget::DrawPolygons(const PolyPolygon& polygons, const Transfor
             rule);
 }
 
+void PixelRenderTarget::DrawTexture(const Counted<Raster::DynamicBuffer>& texture,
+                                    Kernel::PointT<int> origin, const PolyPolygon& polygons,
+                                    const Composition& composition, const FillDescriptorConst& fill,
+                                    const FillDescriptorConst& transparency)
+{
+    const auto addPaint = [&](const RectT<int>& bounds) {
+        if (fill.IsFillNone())
+            return AddBufferPopulator(texture, origin, PopulatorRole::Colour);
+        return AddFillPopulator(fill, bounds) &&
+               AddBufferPopulator(texture, origin, PopulatorRole::Transparency);
+    };
+    DrawPainted(polygons, {}, composition, addPaint, transparency,
+                {WindingOrderMode::NonZero, true, true});
+}
+
 void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
                                              const Transform& transform, const PathRule& rule)
 {
@@ -308,6 +323,10 @@ void PixelRenderTarget::DrawStroke(const Path& path, const Composition& composit
     const StrokeFrame frame{GetCurrentTransform(), GetLineWeightDevice(lineStyle),
                             GetDeviceExpansionTolerance(), GetFlatteningTolerance(),
                             GetRoundMidPixel()};
+    if (lineStyle.GetLineStyle()->PaintsWithBrush()) {
+        DrawBrushStroke(path, frame, composition, lineFill, transparency, lineStyle);
+        return;
+    }
     m_outline.Clear();
     if (m_strokeHelper.ProducePolygons(path, lineStyle, frame, m_outline))
         DrawPolygons(m_outline, LineStyleStrokeHelper::GetShapeTransform(lineStyle, frame),

@@ -184,12 +184,18 @@ void PixelRenderTarget::PaintGroup(const CompositeGroup& group, const FillDescri
 
 bool PixelRenderTarget::AddGroupPopulator(const CompositeGroup& group, PopulatorRole role)
 {
-    // The buffer may be larger than the group; its whole size gives the frame its pixels fill.
-    const FillBuffer fill(group.buffer, Raster::ExtendType::Clamp,
+    return AddBufferPopulator(group.buffer, {group.rect.left, group.rect.top}, role);
+}
+
+bool PixelRenderTarget::AddBufferPopulator(const Counted<Raster::DynamicBuffer>& buffer,
+                                           Kernel::PointT<int> origin, PopulatorRole role)
+{
+    // Spare buffers may be larger than what is in them; the whole size gives the frame that the
+    // pixels fill.
+    const FillBuffer fill(buffer, Raster::ExtendType::Clamp,
                           Raster::ResamplerType::NearestNeighbour);
-    const Transform frame{double(group.buffer->GetWidth()),  0.0,
-                          double(group.rect.left),           0.0,
-                          double(group.buffer->GetHeight()), double(group.rect.top)};
+    const Transform frame{double(buffer->GetWidth()),  0.0, double(origin.x), 0.0,
+                          double(buffer->GetHeight()), double(origin.y)};
     SpanPopulator populator;
     if (!MakeFillPopulator(fill, frame, role, populator))
         return false;

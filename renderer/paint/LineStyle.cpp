@@ -17,6 +17,12 @@ namespace {
 /// Weights up to this draw nothing.
 constexpr double Tolerance = Kernel::SavedItems::Tolerance;
 
+bool AreEqual(const Kernel::Counted<const Raster::RasterBrush>& a,
+              const Kernel::Counted<const Raster::RasterBrush>& b)
+{
+    return a == b || (a && b && *a == *b);
+}
+
 /// Takes over the byte of an enum's value; one beyond the last value leaves the default.
 template<class Enum>
 void SetFromByte(Enum& value, std::uint8_t byte, Enum last)
@@ -91,6 +97,8 @@ void LineStyle::AccumulateHash(Kernel::HashAccumulator& hash) const
     for (const double length : m_dashPattern)
         hash.Add(length);
     hash.Add(m_resIndependent);
+    if (m_brush)
+        m_brush->AccumulateHash(hash);
 }
 
 bool LineStyle::CompareMembers(const Kernel::SharedSerialisable& other) const
@@ -100,7 +108,7 @@ bool LineStyle::CompareMembers(const Kernel::SharedSerialisable& other) const
            Kernel::SavedItems::AreClose(m_weight, style.m_weight) &&
            Kernel::SavedItems::AreClose(m_miterLimit, style.m_miterLimit) &&
            Kernel::SavedItems::AreClose(m_dashPhase, style.m_dashPhase) &&
-           m_resIndependent == style.m_resIndependent &&
+           m_resIndependent == style.m_resIndependent && AreEqual(m_brush, style.m_brush) &&
            std::ranges::equal(m_dashPattern, style.m_dashPattern, Kernel::SavedItems::AreClose);
 }
 
@@ -159,7 +167,8 @@ double LineStyle::GetReachPerWeight() const noexcept
 {
     const double cap = m_cap == SquareCap ? std::numbers::sqrt2 : 1.0;
     const double join = m_join == MitreJoin ? m_miterLimit : 1.0;
-    return 0.5 * std::max(cap, join);
+    const double brush = PaintsWithBrush() ? m_brush->GetReach() : 0.0;
+    return std::max(0.5 * std::max(cap, join), brush);
 }
 
 double LineStyle::GetLineInflationPixels96() const noexcept

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include <kernel/Consolidated.h>
 #include <kernel/Counted.h>
 #include <kernel/SavedClass.h>
+#include <raster/RasterBrush.h>
 #include <renderer/Export.h>
 
 namespace Renderer {
@@ -38,7 +40,7 @@ public:
         Solid = 1,
         Dashed = 2,
         VectorBrush = 3, ///< always written as an outline
-        RasterBrush = 4, ///< textured
+        RasterBrush = 4, ///< painted with the brush; without one like Solid
     };
     /// @}
 
@@ -92,6 +94,21 @@ public:
     bool GetResIndependent() const noexcept { return m_resIndependent; }
     void SetResIndependent(bool resIndependent) noexcept { m_resIndependent = resIndependent; }
 
+    /// What a line of type RasterBrush is painted with; empty for none.
+    const Kernel::Counted<const Raster::RasterBrush>& GetBrush() const noexcept { return m_brush; }
+    void SetBrush(Kernel::Counted<const Raster::RasterBrush> brush) { m_brush = std::move(brush); }
+    /// Whether the line is painted with its brush: its type is RasterBrush, and the brush has a
+    /// tip.
+    bool PaintsWithBrush() const noexcept
+    {
+        return m_type == RasterBrush && m_brush && m_brush->GetTip();
+    }
+    /// Whether the line needs no fill, since it is painted with a brush of its own colours.
+    bool HasImplicitFill() const noexcept
+    {
+        return PaintsWithBrush() && m_brush->HasOwnColours();
+    }
+
     /// Whether the line is drawn: its type is not None and its weight differs from 0 by more than
     /// 1e-6.
     bool IsVisible() const noexcept;
@@ -103,7 +120,8 @@ public:
     static bool GetPostScriptJoin(LineJoin join, int& number) noexcept;
 
     /// How far a centred stroke of width 1 can reach beyond its path: ½, × √2 with square caps,
-    /// × max(1, mitre limit) with mitre joins, whichever is larger.
+    /// × max(1, mitre limit) with mitre joins, whichever is larger; with a brush its reach, if that
+    /// is larger yet.
     double GetReachPerWeight() const noexcept;
 
     /// How far a centred stroke can reach beyond its path, in the units of the weight (pixels at 96
@@ -119,6 +137,7 @@ private:
     double m_dashPhase = 0.0;
     std::vector<double> m_dashPattern;
     bool m_resIndependent = false;
+    Kernel::Counted<const Raster::RasterBrush> m_brush;
 };
 
 } // namespace Renderer

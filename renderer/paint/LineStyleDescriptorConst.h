@@ -74,10 +74,10 @@ public:
     bool IsLineStyleNone() const noexcept { return m_lineStyle->IsNone(); }
     /// Whether the type is not None and the weight differs from 0 by more than 1e-6.
     bool IsLineStyleVisible() const noexcept { return m_lineStyle->IsVisible(); }
-    /// The same, and the stroke's fill paints something.
+    /// The same, and the stroke's fill paints something, or its brush needs none.
     bool IsLineStyleVisible(const FillDescriptorConst& lineFill) const
     {
-        return IsLineStyleVisible() && !lineFill.IsFillNone();
+        return IsLineStyleVisible() && (!lineFill.IsFillNone() || m_lineStyle->HasImplicitFill());
     }
 
     /// The weight in device pixels: weight × s(scalar, then logToDevice), or weight ×

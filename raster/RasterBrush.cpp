@@ -1,0 +1,136 @@
+#include <raster/RasterBrush.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <numbers>
+#include <utility>
+
+#include <kernel/SavedItems.h>
+
+namespace Raster {
+
+namespace {
+
+/// Hands each number to \p visit, with what it may be. The one list of them.
+template<class Settings, class Visit>
+void ForEachNumber(Settings& settings, const Visit& visit)
+{
+    visit("Spac", settings.spacing, 0.01, 100.0);
+    visit("Rota", settings.rotation, -1000.0, 1000.0);
+    visit("Opac", settings.opacity, 0.0, 1.0);
+    visit("JPos", settings.positionJitter, 0.0, 100.0);
+    visit("JAng", settings.angleJitter, 0.0, std::numbers::pi);
+    visit("JSiz", settings.sizeJitter, 0.0, 1.0);
+    visit("JOpa", settings.opacityJitter, 0.0, 1.0);
+    visit("PSiz", settings.sizeByPressure, 0.0, 1.0);
+    visit("POpa", settings.opacityByPressure, 0.0, 1.0);
+}
+
+/// The numbers in the order of ForEachNumber.
+using Numbers = std::array<double, 9>;
+
+Numbers GetNumbers(const BrushSettings& settings)
+{
+    Numbers numbers;
+    auto next = numbers.begin();
+    ForEachNumber(settings, [&](const char*, double value, double, double) { *next++ = value; });
+    return numbers;
+}
+
+BrushSettings BringIntoRange(BrushSettings settings)
+{
+    const Numbers defaults = GetNumbers({});
+    auto standard = defaults.begin();
+    ForEachNumber(settings, [&](const char*, double& value, double least, double most) {
+        value = std::isfinite(value) ? std::clamp(value, least, most) : *standard;
+        ++standard;
+    });
+    return settings;
+}
+
+bool HaveEqualPixels(const DynamicBuffer& a, const DynamicBuffer& b)
+{
+    if (a.GetFormat() != b.GetFormat() || a.GetWidth() != b.GetWidth() ||
+        a.GetHeight() != b.GetHeight())
+        return false;
+    const std::size_t rowBytes = std::size_t{a.GetWidth()} * a.GetPixelSize();
+    for (unsigned y = 0; y < a.GetHeight(); ++y)
+        if (std::memcmp(a.GetRow(y), b.GetRow(y), rowBytes) != 0)
+            return false;
+    return true;
+}
+
+} // namespace
+
+bool operator==(const BrushSettings& a, const BrushSettings& b) noexcept
+{
+    return a.mode == b.mode && a.tipUse == b.tipUse && a.overlap == b.overlap &&
+           a.followsPath == b.followsPath && a.seed == b.seed &&
+           std::ranges::equal(GetNumbers(a), GetNumbers(b), Kernel::SavedItems::AreClose);
+}
+
+RasterBrush::RasterBrush(Kernel::Counted<const DynamicBitmap> tip, const Settings& settings)
+    : m_tip(std::move(tip)), m_settings(BringIntoRange(settings))
+{}
+
+RasterBrush::~RasterBrush() = default;
+
+const Kernel::ClassProperties& RasterBrush::GetTypeClassProperties()
+{
+    static const auto& record = *new Kernel::ClassProperties(
+        "RBru", &CreateObject, 1, __GetDefaultSerialisation(), nullptr, "RasterBrush");
+    return record;
+}
+
+namespace {
+
+[[maybe_unused]] const auto& registration = RasterBrush::GetTypeClassProperties();
+
+} // namespace
+
+void RasterBrush::AccumulateHash(Kernel::HashAccumulator& hash) const
+{
+    hash.Add(m_settings.mode);
+    hash.Add(m_settings.tipUse);
+    hash.Add(m_settings.overlap);
+    hash.Add(m_settings.followsPath);
+    hash.Add(m_settings.seed);
+    for (const double number : GetNumbers(m_settings))
+        hash.Add(number);
+    if (m_tip) { // not its pixels: brushes mostly differ in the rest
+        hash.Add(m_tip->GetFormat());
+        hash.Add(m_tip->GetWidth());
+        hash.Add(m_tip->GetHeight());
+    }
+}
+
+Kernel::Counted<RasterBrush> RasterBrush::Clone() const
+{
+    return Kernel::MakeCounted<RasterBrush>(*this);
+}
+
+double RasterBrush::GetTipLength() const noexcept
+{
+    return m_tip ? double(m_tip->GetWidth()) / double(m_tip->GetHeight()) : 0.0;
+}
+
+double RasterBrush::GetReach() const noexcept
+{
+    if (m_settings.mode != Settings::Mode::Stamped)
+        return 0.5;
+    return 0.5 * std::hypot(1.0, GetTipLength()) + m_settings.positionJitter;
+}
+
+bool operator==(const RasterBrush& a, const RasterBrush& b)
+{
+    if (!(a.m_settings == b.m_settings))
+        return false;
+    if (a.m_tip == b.m_tip || !a.m_tip || !b.m_tip)
+        return a.m_tip == b.m_tip;
+    return a.m_tip->GetProfile() == b.m_tip->GetProfile() &&
+           HaveEqualPixels(*a.m_tip->GetBuffer(), *b.m_tip->GetBuffer());
+}
+
+} // namespace Raster

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include <geometry/Stroker.h>
+#include <kernel/Rect.h>
+#include <raster/AffineTransform.h>
+#include <raster/RasterBrush.h>
+#include <renderer/core/texture/BrushPath.h>
+#include <renderer/core/texture/PressureProfile.h>
+#include <renderer/core/texture/TexturedPolygon.h>
+
+namespace Renderer::Texture {
+
+/// How a brush is moved along a path.
+struct BrushLine
+{
+    const Raster::RasterBrush& brush; ///< with a tip
+    double weight;                    ///< in the units of the path
+    Geometry::StrokeJoin join;        ///< of bent tips
+    double mitreLimit;
+    const PressureProfile& pressure;
+    Raster::AffineTransform::Params toDevice; ///< from the path to the page's pixels
+    Kernel::RectT<int> visible;               ///< pieces elsewhere are left out
+};
+
+/// Turns runs of a path into the pieces of a brush stroke: stamps, or slices of a bent tip. Where
+/// they lie depends on the path and the line alone, not on what is visible.
+class BrushPen
+{
+public:
+    using Transform = Raster::AffineTransform::Params;
+    using Settings = Raster::BrushSettings;
+    using Point = Geometry::Point;
+
+    /// Pieces that a stroke consists of at most, seen or not: beyond it they lie further apart.
+    static constexpr double MostPieces = 262144.0;
+    /// Sizes of the texture: level 2·k per axis stands for 2⁻ᵏ of the tip's own size.
+    static constexpr std::uint32_t MostLevel = 32;
+
+    /// \param totalLength of all runs that will be drawn. \param out gets the pieces, their level
+    ///        the code of MakeLevel.
+    BrushPen(const BrushLine& line, double totalLength, std::vector<TexturedPolygon>& out);
+
+    /// Adds the pieces of a run.
+    void Draw(const BrushPath& run);
+
+    /// Levels along both axes as one number.
+    static constexpr std::uint32_t MakeLevel(std::uint32_t u, std::uint32_t v) noexcept
+    {
+        return u | v << 8;
+    }
+    /// A side of the texture at a level, of \p side texels at level 0.
+    static unsigned GetSide(unsigned side, std::uint32_t level) noexcept;
+
+private:
+    using Corners = std::array<CVertex, 4>;
+
+    /// The line across the path at a place of it.
+    struct Section
+    {
+        Point centre;
+        Point side; ///< half of the line, to the right of the path
+        double u;
+        double size; ///< the factor of the weight
+        float opacity;
+        double length;
+    };
+
+    void DrawStamps(const BrushPath& run);
+    void DrawStamp(const BrushPath::Sample& place, std::uint32_t index, double runLength);
+    /// Where stamps lie on a run.
+    void PlaceStamps(const BrushPath& run);
+    double GetStep(double share) const;
+
+    void DrawSlices(const BrushPath& run);
+    Section MakeSection(Point centre, Point direction, double length) const;
+    void DrawSlice(const Section& from, const Section& to);
+    void AddSlice(const Section& from, double end, const Corners& corners);
+    void DrawJoin(const BrushPath::Sample& before, const BrushPath::Sample& after, double length);
+    void DrawFan(const Section& section, Point from, Point to, bool isRight, int parts);
+
+    double GetSize(double share) const;
+    double GetOpacity(double share) const;
+    std::uint32_t GetLevel(double deviceLength, double deviceHeight) const noexcept;
+    /// A corner on the page; \p side the place across the path, −1 … 1.
+    CVertex MakeCorner(const Section& section, Point offset, double side) const;
+    void Add(const Corners& corners, std::uint32_t level, double width, double begin, double end);
+
+    const BrushLine& m_line;
+    const Settings& m_settings;
+    std::vector<TexturedPolygon>& m_out;
+    double m_scale;     // from lengths of the path to the device's, on average
+    double m_tipLength; // where the pressure is 1, in the units of the path
+    double m_shortest;  // distance of pieces
+    std::uint32_t m_run = 0;
+    double m_runStart = 0.0; // along the stroke, in weights
+    double m_loop = 0.0;     // the run's length if it is closed; likewise
+    double m_runLength = 0.0;
+    double m_tileLength = 1.0; // of the bent tip along the path
+    std::vector<double> m_places;
+};
+
+} // namespace Renderer::Texture

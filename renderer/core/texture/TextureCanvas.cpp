@@ -1,0 +1,289 @@
+#include <renderer/core/texture/TextureCanvas.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <kernel/Dispatch.h>
+#include <kernel/Tiles.h>
+#include <raster/Pixel.h>
+#include <renderer/core/AbortFlag.h>
+#include <renderer/core/formats/PixProcessor.h>
+#include <renderer/core/texture/CPolygon.h>
+#include <renderer/core/texture/TextureBlend.h>
+#include <renderer/core/texture/TextureSampler.h>
+
+namespace Renderer::Texture {
+
+using Kernel::RectT;
+using Overlap = Raster::BrushSettings::Overlap;
+
+TouchedBlocks::TouchedBlocks(const RectT<int>& rect)
+    : m_rect(rect),
+      m_left(rect.left >> Shift),
+      m_top(rect.top >> Shift),
+      m_columns(((rect.right - 1) >> Shift) - m_left + 1),
+      m_rows(((rect.bottom - 1) >> Shift) - m_top + 1),
+      m_blocks(std::size_t(m_columns) * std::size_t(m_rows))
+{}
+
+RectT<int> TouchedBlocks::GetRect(int firstColumn, int endColumn, int row) const noexcept
+{
+    return RectT<int>{(m_left + firstColumn) * Side, (m_top + row) * Side,
+                      (m_left + endColumn) * Side, (m_top + row + 1) * Side}
+        .Intersect(m_rect);
+}
+
+namespace {
+
+template<std::size_t N>
+void Combine(Overlap overlap, Channels<N>& below, const Channels<N>& above) noexcept
+{
+    if (overlap == Overlap::MaxOpacity)
+        BlendMaxOpacity(below, above);
+    else
+        BlendSrcOver(below, above);
+}
+
+/// What a piece gives to a pixel.
+template<std::size_t N>
+struct Share
+{
+    Channels<N> texel;
+    float area; ///< of the pixel, 0 … 1
+    float opacity;
+    float distance; ///< from the middle of the stroke, in device pixels
+};
+
+/// A pixel of a stroke of stamps.
+template<std::size_t N>
+struct StampedPixel
+{
+    Channels<N> channels{};
+
+    void Add(const Share<N>& share, const TexturedPolygon&, Overlap overlap) noexcept
+    {
+        Combine(overlap, channels,
+                ScaleBy(share.texel, CombineOpacities(share.area, share.opacity)));
+    }
+    Channels<N> Get(Overlap) const noexcept { return channels; }
+};
+
+/// A pixel of a stroke of pieces that meet: the sum of the pieces at the present place of the
+/// stroke, over what the stroke left there when it came by before.
+///
+/// At the inside of bends and corners pieces lie over each other. The ones in whose middle the
+/// pixel lies more nearly are seen, the others fill what these leave of the pixel's area.
+template<std::size_t N>
+class JoinedPixel
+{
+public:
+    void Add(const Share<N>& share, const TexturedPolygon& piece, Overlap overlap) noexcept
+    {
+        if (m_near.area > 0.0F && !IsNear(piece)) {
+            Combine(overlap, m_settled, GetSum());
+            m_near = m_far = {};
+        }
+        m_lastBegin = piece.begin;
+        m_lastEnd = piece.end;
+        if (m_near.area > 0.0F && share.distance > m_distance + SameDistance) {
+            m_far.Add(share.texel, share.area, share.opacity);
+            return;
+        }
+        if (m_near.area > 0.0F && share.distance < m_distance - SameDistance) {
+            m_far.Add(m_near);
+            m_near = {};
+        }
+        m_distance = m_near.area > 0.0F ? std::min(m_distance, share.distance) : share.distance;
+        m_near.Add(share.texel, share.area, share.opacity);
+    }
+    Channels<N> Get(Overlap overlap) const noexcept
+    {
+        Channels<N> result = m_settled;
+        Combine(overlap, result, GetSum());
+        return result;
+    }
+
+private:
+    /// Pieces whose distances differ by no more, in pixels, are mixed where they overlap.
+    static constexpr float SameDistance = 0.75F;
+
+    Channels<N> GetSum() const noexcept
+    {
+        Channels<N> sum = m_near.Get();
+        const float rest = std::min(1.0F - m_near.area, m_far.area);
+        if (rest > 0.0F)
+            for (std::size_t i = 0; i < N; ++i)
+                sum[i] += m_far.channels[i] * (rest / m_far.area);
+        return sum;
+    }
+    bool IsNear(const TexturedPolygon& piece) const noexcept
+    {
+        return piece.begin - m_lastEnd <= JoinReach ||
+               (piece.loop > 0.0F && m_lastBegin >= piece.runStart &&
+                piece.loop - (piece.end - m_lastBegin) <= JoinReach);
+    }
+
+    Channels<N> m_settled{};
+    Sum<N> m_near;
+    Sum<N> m_far;
+    float m_distance = 0.0F;  // of the near pieces
+    float m_lastBegin = 0.0F; // of the piece that touched the pixel last
+    float m_lastEnd = 0.0F;
+};
+
+/// The pixels of a tile while pieces are painted on it.
+template<class PixelT, class Texel>
+class Canvas
+{
+public:
+    Canvas(const TexturedPolygons& stroke, const RectT<int>& tile)
+        : m_stroke(stroke),
+          m_tile(tile),
+          m_pixels(std::size_t(tile.Width()) * std::size_t(tile.Height()))
+    {}
+
+    void Paint(const TexturedPolygon& piece)
+    {
+        CPolygon polygon(piece.corners);
+        const TextureSampler<Texel> sampler(*m_stroke.textures[piece.level], m_stroke.wraps);
+        const RectT<int> part = polygon.GetBounds().Intersect(m_tile);
+        for (int y = part.top; y < part.bottom; ++y) {
+            polygon.ComputeCoverages(y, part.left, part.right, m_coverage);
+            PixelT* const row = GetRow(y);
+            for (int x = m_coverage.begin; x < m_coverage.end; ++x) {
+                const float share = m_coverage.GetShare(x);
+                if (!(share > 0.0F))
+                    continue;
+                const TexturePlace place = polygon.MapX(x);
+                row[x - m_tile.left].Add({sampler.Sample(place.u, place.v), share, place.opacity,
+                                          std::abs(place.v - 0.5F) * piece.width},
+                                         piece, m_stroke.overlap);
+            }
+        }
+    }
+
+    const PixelT* GetRow(int y) const
+    {
+        return m_pixels.data() + std::size_t(y - m_tile.top) * std::size_t(m_tile.Width());
+    }
+
+private:
+    PixelT* GetRow(int y)
+    {
+        return m_pixels.data() + std::size_t(y - m_tile.top) * std::size_t(m_tile.Width());
+    }
+
+    const TexturedPolygons& m_stroke;
+    RectT<int> m_tile;
+    std::vector<PixelT> m_pixels;
+    CCoverage m_coverage;
+};
+
+/// Stores channels as a pixel of a target: all of them, or alpha alone.
+template<class Pixel, std::size_t N>
+Pixel ToPixel(const Channels<N>& channels) noexcept
+{
+    using Processor = PixProcessor<Pixel, N == 1>;
+    if constexpr (N == 1) {
+        typename Processor::FloatPixel alpha{};
+        alpha[Pixel::AlphaIndex] = channels[0];
+        return Processor::StorePremultiplied(alpha, 0.5F);
+    } else if constexpr (Processor::IsInteger) {
+        return Processor::StorePremultiplied(channels, 0.5F);
+    } else {
+        Pixel pixel;
+        std::copy(channels.begin(), channels.end(), pixel.channels.begin());
+        return pixel;
+    }
+}
+
+/// A paint job: where pixels go.
+struct Job
+{
+    const TexturedPolygons& stroke;
+    const RectT<int>& rect;
+    Raster::DynamicBuffer& target;
+    const bool* abort;
+    TouchedBlocks& touched;
+};
+
+template<class Pixel, class CanvasT>
+void Store(const Job& job, const RectT<int>& tile, const CanvasT& canvas)
+{
+    for (int y = tile.top; y < tile.bottom; ++y) {
+        auto* const row = reinterpret_cast<Pixel*>(job.target.GetRow(unsigned(y - job.rect.top)));
+        const auto* const from = canvas.GetRow(y);
+        for (int x = tile.left; x < tile.right; ++x) {
+            const Pixel pixel = ToPixel<Pixel>(from[x - tile.left].Get(job.stroke.overlap));
+            if (pixel == Pixel{})
+                continue;
+            row[x - job.rect.left] = pixel;
+            job.touched.Touch(x, y);
+        }
+    }
+}
+
+template<class Texel, class PixelT>
+void PaintTile(const Job& job, const RectT<int>& tile)
+{
+    RectT<int> part = RectT<int>::MakeUnset();
+    std::vector<const TexturedPolygon*> pieces;
+    for (const TexturedPolygon& piece : job.stroke.polygons) {
+        const RectT<int> common = piece.bounds.Intersect(tile);
+        if (common.IsEmpty())
+            continue;
+        part = pieces.empty() ? common : part.Union(common);
+        pieces.push_back(&piece);
+    }
+    if (pieces.empty())
+        return;
+    Canvas<PixelT, Texel> canvas(job.stroke, part);
+    for (const TexturedPolygon* piece : pieces) {
+        if (IsAbortSet(job.abort))
+            return;
+        canvas.Paint(*piece);
+    }
+    Raster::WithPixelOfFormat(job.target.GetFormat(), false, [&]<class Pixel>(Pixel) {
+        if constexpr (Texel::ChannelCount == 1 || std::is_same_v<Pixel, typename Texel::Pixel>)
+            Store<Pixel>(job, part, canvas);
+        return true;
+    });
+}
+
+template<class Texel>
+void PaintTiles(const Job& job)
+{
+    constexpr std::size_t N = Texel::ChannelCount;
+    const Kernel::TileGrid grid(job.rect);
+    Kernel::Dispatch::DispatchParallelFor(
+        [&](unsigned index) {
+            const RectT<int> tile = grid.GetPart(index);
+            if (job.stroke.areJoined)
+                PaintTile<Texel, JoinedPixel<N>>(job, tile);
+            else
+                PaintTile<Texel, StampedPixel<N>>(job, tile);
+        },
+        grid.GetCount());
+}
+
+} // namespace
+
+void PaintTexturedPolygons(const TexturedPolygons& stroke, const RectT<int>& rect,
+                           Raster::DynamicBuffer& target, const bool* abort, TouchedBlocks& touched)
+{
+    if (stroke.polygons.empty())
+        return;
+    const Job job{stroke, rect, target, abort, touched};
+    if (stroke.isIntensity) {
+        PaintTiles<MaskTexel<Raster::PixelIA16, 0>>(job);
+        return;
+    }
+    Raster::WithPixelOfFormat(stroke.textures.front()->GetFormat(), false, [&]<class Pixel>(Pixel) {
+        // Masks come in one format.
+        if constexpr (Pixel::ChannelCount > 1 || std::is_same_v<Pixel, Raster::PixelAlpha16>)
+            PaintTiles<ColourTexel<Pixel>>(job);
+        return true;
+    });
+}
+
+} // namespace Renderer::Texture
