@@ -7,6 +7,7 @@
 #include <numbers>
 #include <utility>
 
+#include <kernel/EnumSerialiserOf.h>
 #include <kernel/SavedItems.h>
 
 namespace Raster {
@@ -17,15 +18,15 @@ namespace {
 template<class Settings, class Visit>
 void ForEachNumber(Settings& settings, const Visit& visit)
 {
-    visit("Spac", settings.spacing, 0.01, 100.0);
-    visit("Rota", settings.rotation, -1000.0, 1000.0);
-    visit("Opac", settings.opacity, 0.0, 1.0);
-    visit("JPos", settings.positionJitter, 0.0, 100.0);
-    visit("JAng", settings.angleJitter, 0.0, std::numbers::pi);
-    visit("JSiz", settings.sizeJitter, 0.0, 1.0);
-    visit("JOpa", settings.opacityJitter, 0.0, 1.0);
-    visit("PSiz", settings.sizeByPressure, 0.0, 1.0);
-    visit("POpa", settings.opacityByPressure, 0.0, 1.0);
+    visit(Kernel::IDTag("Spac"), settings.spacing, 0.01, 100.0);
+    visit(Kernel::IDTag("Rota"), settings.rotation, -1000.0, 1000.0);
+    visit(Kernel::IDTag("Opac"), settings.opacity, 0.0, 1.0);
+    visit(Kernel::IDTag("JPos"), settings.positionJitter, 0.0, 100.0);
+    visit(Kernel::IDTag("JAng"), settings.angleJitter, 0.0, std::numbers::pi);
+    visit(Kernel::IDTag("JSiz"), settings.sizeJitter, 0.0, 1.0);
+    visit(Kernel::IDTag("JOpa"), settings.opacityJitter, 0.0, 1.0);
+    visit(Kernel::IDTag("PSiz"), settings.sizeByPressure, 0.0, 1.0);
+    visit(Kernel::IDTag("POpa"), settings.opacityByPressure, 0.0, 1.0);
 }
 
 /// The numbers in the order of ForEachNumber.
@@ -35,7 +36,7 @@ Numbers GetNumbers(const BrushSettings& settings)
 {
     Numbers numbers;
     auto next = numbers.begin();
-    ForEachNumber(settings, [&](const char*, double value, double, double) { *next++ = value; });
+    ForEachNumber(settings, [&](Kernel::IDTag, double value, double, double) { *next++ = value; });
     return numbers;
 }
 
@@ -43,7 +44,7 @@ BrushSettings BringIntoRange(BrushSettings settings)
 {
     const Numbers defaults = GetNumbers({});
     auto standard = defaults.begin();
-    ForEachNumber(settings, [&](const char*, double& value, double least, double most) {
+    ForEachNumber(settings, [&](Kernel::IDTag, double& value, double least, double most) {
         value = std::isfinite(value) ? std::clamp(value, least, most) : *standard;
         ++standard;
     });
@@ -90,6 +91,53 @@ namespace {
 
 } // namespace
 
+namespace {
+
+/// The values of an enum whose last one is \p last.
+template<class Enum, Enum Last>
+class EnumValues final : public Kernel::EnumSerialiserOf<EnumValues<Enum, Last>>
+{
+    friend class Kernel::EnumSerialiserOf<EnumValues<Enum, Last>>;
+    EnumValues() { this->RegisterCount(static_cast<std::int32_t>(Last) + 1); }
+};
+using Modes = EnumValues<BrushSettings::Mode, BrushSettings::Mode::Stretched>;
+using TipUses = EnumValues<BrushSettings::TipUse, BrushSettings::TipUse::OwnColours>;
+using Overlaps = EnumValues<BrushSettings::Overlap, BrushSettings::Overlap::BuildUp>;
+
+} // namespace
+
+template<class Self, class Items>
+void RasterBrush::ListItems(Self& self, Items&& items)
+{
+    items.OptionalObject("Tip_", self.m_tip);
+    items.Enum("Mode", Modes::GetInstance(), self.m_settings.mode);
+    items.Enum("TipU", TipUses::GetInstance(), self.m_settings.tipUse);
+    items.Enum("Ovlp", Overlaps::GetInstance(), self.m_settings.overlap);
+    items.Optional("Foll", self.m_settings.followsPath, true);
+    const Numbers defaults = GetNumbers({});
+    auto standard = defaults.begin();
+    ForEachNumber(self.m_settings, [&](Kernel::IDTag tag, auto& number, double, double) {
+        items.Optional(tag, number, *standard++);
+    });
+}
+
+void RasterBrush::Save(Kernel::OutSerialiser& out) const
+{
+    ListItems(*this, Kernel::SavedItems::Writer(out));
+    if (m_settings.seed != 0)
+        out.SaveTypeI("Seed", static_cast<std::int32_t>(m_settings.seed));
+}
+
+bool RasterBrush::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned short)
+{
+    ListItems(*this, Kernel::SavedItems::Reader(in));
+    std::int32_t seed = 0;
+    if (in.LoadTypeI("Seed", seed))
+        m_settings.seed = static_cast<std::uint32_t>(seed);
+    m_settings = BringIntoRange(m_settings);
+    return static_cast<bool>(m_tip);
+}
+
 void RasterBrush::AccumulateHash(Kernel::HashAccumulator& hash) const
 {
     hash.Add(m_settings.mode);
@@ -129,8 +177,9 @@ bool operator==(const RasterBrush& a, const RasterBrush& b)
         return false;
     if (a.m_tip == b.m_tip || !a.m_tip || !b.m_tip)
         return a.m_tip == b.m_tip;
-    return a.m_tip->GetProfile() == b.m_tip->GetProfile() &&
-           HaveEqualPixels(*a.m_tip->GetBuffer(), *b.m_tip->GetBuffer());
+    const auto &pixels = a.m_tip->GetBuffer(), &others = b.m_tip->GetBuffer();
+    return a.m_tip->GetProfile() == b.m_tip->GetProfile() && pixels && others &&
+           HaveEqualPixels(*pixels, *others);
 }
 
 } // namespace Raster

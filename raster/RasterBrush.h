@@ -83,12 +83,16 @@ class RASTER_EXPORT RasterBrush final : public Kernel::PlainSavedClass<RasterBru
 public:
     using Settings = BrushSettings;
 
-    /// A brush without tip, for the loader: it paints nothing.
+    /// A brush without tip: it paints nothing.
     RasterBrush() = default;
     /// Settings out of their range are brought to its nearer end, those that are not finite to
     /// their default. \param tip may be empty: the brush then paints nothing.
     explicit RasterBrush(Kernel::Counted<const DynamicBitmap> tip, const Settings& settings = {});
 
+    void Save(Kernel::OutSerialiser& out) const override;
+    /// Fails without a tip. What is out of its range is brought into it.
+    bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
+              unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
     static const Kernel::ClassProperties& GetTypeClassProperties();
     ~RasterBrush() override;
@@ -113,6 +117,10 @@ public:
     friend RASTER_EXPORT bool operator==(const RasterBrush& a, const RasterBrush& b);
 
 private:
+    /// Hands every item but the seed to \p items.
+    template<class Self, class Items>
+    static void ListItems(Self& self, Items&& items);
+
     Kernel::Counted<const DynamicBitmap> m_tip;
     Settings m_settings;
 };

@@ -63,8 +63,7 @@ void LineStyle::Save(Kernel::OutSerialiser& out) const
                         static_cast<std::uint8_t>(m_join), static_cast<std::uint8_t>(m_type),
                         m_resIndependent);
     out.SaveTypeI("Wght", m_weight);
-    out.SaveObject("Brus",
-                   Kernel::Counted<const Kernel::Serialisable>()); // styles have no brush yet
+    out.SaveObject("Brus", m_brush);
     if (!Kernel::SavedItems::AreClose(m_dashPhase, 0.0))
         out.SaveTypeI("Phse", m_dashPhase);
     if (!m_dashPattern.empty())
@@ -82,6 +81,9 @@ bool LineStyle::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigne
     in.LoadTypeI("Wght", m_weight);
     in.LoadTypeI("Phse", m_dashPhase);
     in.LoadTypeArrayI("Patn", m_dashPattern);
+    Kernel::Counted<Raster::RasterBrush> brush;
+    if (in.LoadObjectI("Brus", brush))
+        m_brush = std::move(brush);
     return true;
 }
 
