@@ -27,14 +27,14 @@ constexpr std::int64_t StripBytes = std::int64_t{64} << 20;
 
 /// The runs of a path, mapped by \p map.
 template<class Map>
-std::vector<Texture::BrushPath> MakeRuns(const Geometry::PolyCurveDbl& path, double tolerance,
-                                         const Map& map)
+std::vector<Texture::BrushPath> MakeRuns(const Geometry::PolyCurveDbl& path,
+                                         const Geometry::StrokeParameters& pen, const Map& map)
 {
     std::vector<Texture::BrushPath> runs;
     for (Geometry::CurveDbl curve : path.GetCurves()) {
         curve.Transform(map);
         Texture::BrushPath run;
-        if (run.SetRun(curve, tolerance))
+        if (run.SetRun(curve, pen.tolerance, 0.5 * pen.width))
             runs.push_back(std::move(run));
     }
     return runs;
@@ -42,8 +42,8 @@ std::vector<Texture::BrushPath> MakeRuns(const Geometry::PolyCurveDbl& path, dou
 
 /// The same of polylines, which are open.
 template<class Map>
-std::vector<Texture::BrushPath> MakeRuns(const PolyPolygon& polylines, double /*tolerance*/,
-                                         const Map& map)
+std::vector<Texture::BrushPath> MakeRuns(const PolyPolygon& polylines,
+                                         const Geometry::StrokeParameters&, const Map& map)
 {
     std::vector<Texture::BrushPath> runs;
     std::vector<Geometry::Point> points;
@@ -103,8 +103,7 @@ void PixelRenderTarget::DrawBrushStroke(const Path& path, const StrokeFrame& fra
     const LineStyle& style = *lineStyle.GetLineStyle();
     const Transform toDevice = LineStyleStrokeHelper::GetShapeTransform(lineStyle, frame);
     const Transform toRuns = style.GetResIndependent() ? frame.current : Transform{};
-    const auto runs =
-        MakeRuns(path, ends.tolerance, [&](Geometry::Point p) { return toRuns.Map(p); });
+    const auto runs = MakeRuns(path, ends, [&](Geometry::Point p) { return toRuns.Map(p); });
     const Texture::PressureProfile pressure(lineStyle.GetPressure());
     const Texture::BrushLine line{*style.GetBrush(), ends.width, ends.join, ends.mitreLimit,
                                   pressure,          toDevice,   area};

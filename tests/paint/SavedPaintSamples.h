@@ -228,6 +228,31 @@ public:
         return options;
     }
 
+    Counted<const Raster::RasterBrush> MakeBrush()
+    {
+        const auto pixels = Raster::DynamicBuffer::Create(Raster::Format::RGBA8, 3, 2);
+        for (unsigned y = 0; y < 2; ++y)
+            for (unsigned x = 0; x < 3; ++x)
+                pixels->GetRow(y)[4 * x + 3] = static_cast<unsigned char>(Pick(256));
+        using Settings = Raster::BrushSettings;
+        Settings settings;
+        settings.mode = static_cast<Settings::Mode>(Pick(3));
+        settings.tipUse = static_cast<Settings::TipUse>(Pick(3));
+        settings.overlap = static_cast<Settings::Overlap>(Pick(2));
+        settings.spacing = Parameter(0.25);
+        settings.rotation = Parameter(0);
+        settings.followsPath = Perhaps();
+        settings.opacity = Parameter(1);
+        settings.positionJitter = Parameter(0);
+        settings.angleJitter = Parameter(0);
+        settings.sizeJitter = Parameter(0);
+        settings.opacityJitter = Parameter(0);
+        settings.sizeByPressure = Parameter(1);
+        settings.opacityByPressure = Parameter(0);
+        settings.seed = Perhaps() ? 0 : static_cast<std::uint32_t>(m_random());
+        return Kernel::MakeCounted<Raster::RasterBrush>(
+            Kernel::MakeCounted<Raster::DynamicBitmap>(pixels), settings);
+    }
     Consolidated<LineStyle> MakeLineStyle()
     {
         LineStyle style(Parameter(0), Perhaps());
@@ -238,6 +263,8 @@ public:
         if (Perhaps())
             style.SetDashPattern({Unit(), Parameter(1), Unit()});
         style.SetType(static_cast<LineStyle::LineType>(Pick(5)));
+        if (Pick(3) == 0)
+            style.SetBrush(MakeBrush());
         return LineStyle::Consolidate(style);
     }
     Counted<LineStyleDescriptor> MakeLineStyleDescriptor()

@@ -35,16 +35,24 @@ Point Normalise(Point v, Point fallback) noexcept
     return length > 0.0 ? Point{v.x / length, v.y / length} : fallback;
 }
 
-/// The amount of the angle between two directions.
+/// The angle from one direction to another.
 double GetTurn(Point a, Point b) noexcept
 {
-    return std::abs(std::atan2(a.x * b.y - a.y * b.x, a.x * b.x + a.y * b.y));
+    return std::atan2(a.x * b.y - a.y * b.x, a.x * b.x + a.y * b.y);
+}
+
+Point Turn(Point direction, double angle) noexcept
+{
+    const double c = std::cos(angle), s = std::sin(angle);
+    return {c * direction.x - s * direction.y, s * direction.x + c * direction.y};
 }
 
 } // namespace
 
-bool BrushPath::SetRun(const Geometry::CurveDbl& run, double tolerance)
+bool BrushPath::SetRun(const Geometry::CurveDbl& run, double tolerance, double reach)
 {
+    // A chord lies reach·turn²/8 inside the edge.
+    m_turn = std::clamp(std::sqrt(8.0 * tolerance / reach), 0.1 * MostTurn, MostTurn);
     m_samples.clear();
     const auto& points = run.GetPoints();
     if (!IsUsable(points) || (run.GetSegmentCount() == 0 && !(run.IsClosed() && !run.IsEmpty())))
@@ -101,7 +109,8 @@ void BrushPath::AddCubic(Point p0, Point p1, Point p2, Point p3, double toleranc
         walker.Advance();
         const auto& step = walker.GetStep();
         const Point to = walker.IsAtEnd() ? last : Normalise(step.derivative, from);
-        const int parts = std::clamp(int(std::ceil(GetTurn(from, to) / MostTurn)), 1, MostParts);
+        const int parts =
+            std::clamp(int(std::ceil(std::abs(GetTurn(from, to)) / m_turn)), 1, MostParts);
         for (int i = 1; i <= parts; ++i) {
             const double at = t + (step.t - t) * i / parts;
             const Point direction = i < parts ? Normalise(cubic.Derivative(at), from) : to;
@@ -121,8 +130,11 @@ void BrushPath::AddPiece(Point end, Point from, Point to)
         m_samples.push_back({m_end, from, m_length});
     m_end = end;
     m_length += length;
-    const bool isCorner = GetTurn(from, to) > 1.001 * MostTurn;
-    m_samples.push_back({end, isCorner ? from : to, m_length});
+    const double turn = GetTurn(from, to);
+    const int steps = static_cast<int>(std::ceil(std::abs(turn) / MostTurn - 1e-3));
+    for (int i = steps > 1 ? 0 : steps; i < steps; ++i)
+        m_samples.push_back({end, Turn(from, turn * i / steps), m_length});
+    m_samples.push_back({end, to, m_length});
 }
 
 bool BrushPath::Finish()

@@ -9,8 +9,9 @@ namespace Renderer::Texture {
 
 /// A run of a path by its length: points that a brush passes, and where it heads there.
 ///
-/// Between samples the run is straight and turns evenly, by no more than MostTurn. At corners two
-/// samples lie on one point.
+/// Between samples the run is straight and turns evenly, by no more than MostTurn. Where it turns
+/// on the spot several samples lie on one point: two at corners; more at the cusps of curves, none
+/// of which turns by more than MostTurn from the one before.
 class BrushPath
 {
 public:
@@ -24,11 +25,13 @@ public:
     };
 
     /// Radians.
-    static constexpr double MostTurn = 0.15;
+    static constexpr double MostTurn = 0.16;
 
-    /// Takes a run in place of the one before. \param tolerance of the curve, in its units.
+    /// Takes a run in place of the one before.
+    /// \param tolerance of the curve and of the edges beside it, in its units.
+    /// \param reach how far these edges lie from it.
     /// \return false, with no samples, for runs that draw nothing: only started, or not finite.
-    bool SetRun(const Geometry::CurveDbl& run, double tolerance);
+    bool SetRun(const Geometry::CurveDbl& run, double tolerance, double reach);
     /// The same for a polyline, whose points are all corners.
     bool SetRun(std::span<const Point> points, bool closed);
 
@@ -45,8 +48,8 @@ private:
     void Begin(Point start, bool closed);
     void AddLine(Point end);
     void AddCubic(Point p0, Point p1, Point p2, Point p3, double tolerance);
-    /// Adds a way to \p end that begins and ends in the given directions; turns of more than
-    /// MostTurn become a corner at its end.
+    /// Adds a straight way to \p end that begins and ends in the given directions; turns of more
+    /// than MostTurn are made on the spot at its end.
     void AddPiece(Point end, Point from, Point to);
     bool Finish();
 
@@ -54,6 +57,7 @@ private:
     Point m_start;
     Point m_end;
     double m_length = 0.0;
+    double m_turn = MostTurn; // of pieces of curves at most
     bool m_closed = false;
 };
 
