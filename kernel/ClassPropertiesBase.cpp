@@ -1,5 +1,6 @@
 #include <kernel/ClassPropertiesBase.h>
 
+#include <algorithm>
 #include <mutex>
 #include <shared_mutex>
 #include <stdexcept>
@@ -38,6 +39,19 @@ const ClassPropertiesBase* ClassPropertiesBase::Find(ClassUID uid)
     const std::shared_lock lock(registry.mutex);
     const auto found = registry.records.find(uid);
     return found == registry.records.end() ? nullptr : found->second;
+}
+
+std::vector<const ClassPropertiesBase*> ClassPropertiesBase::GetAll()
+{
+    std::vector<const ClassPropertiesBase*> all;
+    {
+        Registry& registry = GetRegistry();
+        const std::shared_lock lock(registry.mutex);
+        for (const auto& [uid, record] : registry.records)
+            all.push_back(record);
+    }
+    std::ranges::sort(all, {}, &ClassPropertiesBase::GetClassUID);
+    return all;
 }
 
 } // namespace Kernel

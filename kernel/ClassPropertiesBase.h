@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include <kernel/Export.h>
 #include <kernel/FourCharCode.h>
 
@@ -43,6 +45,8 @@ public:
 
     /// The record with an identifier, or null. Safe from many threads.
     static const ClassPropertiesBase* Find(ClassUID uid);
+    /// All records, by ascending identifier. Safe from many threads.
+    static std::vector<const ClassPropertiesBase*> GetAll();
 
 protected:
     /// Enters the record into the registry. \throws std::logic_error when the identifier is taken.
