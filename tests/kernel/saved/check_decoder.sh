@@ -3,6 +3,6 @@
 # they hold.
 set -euo pipefail
 cd "$(dirname "$0")"
-for file in golden/*.saved; do
+for file in golden/*.saved ../../paint/golden/*.saved; do
     PYTHONIOENCODING=utf-8 "$1" decode_saved.py "$file" | diff "${file%.saved}.txt" -
 done

@@ -5,8 +5,44 @@ Used by the tests as a decoder that shares no code with the library. Standard li
 """
 import struct
 import sys
+import zlib
 
 PAYLOAD_TAG = 0x5041594C
+PIXELS_MARK = b"\x8bRPX\r\n\x1a\x01"
+# bytes of a channel and channels of a pixel by format
+CHANNELS = {0: (1, 4), 1: (2, 4), 2: (1, 2), 3: (2, 2), 4: (1, 5), 5: (2, 4), 6: (1, 1), 7: (2, 1),
+            9: (4, 4), 10: (4, 1)}
+
+
+def restored(line, above, step):
+    """A row from its filter and bytes."""
+    row = bytearray(step + len(line) - 1)
+    for i, byte in enumerate(line[1:], step):
+        a, b, c = row[i - step], above[i], above[i - step]
+        nearest = min((abs(b - c), 0, a), (abs(a - c), 1, b), (abs(a + b - 2 * c), 2, c))[2]
+        row[i] = byte + (0, a, b, (a + b) // 2, nearest)[line[0]] & 255
+    return row
+
+
+def pixels(data):
+    """Compressed pixels as text, a row of hexadecimal bytes after the other."""
+    form, width, height, rows = struct.unpack("<4I", data[8:24])
+    size, step = CHANNELS[form]
+    count = -(-height // rows)
+    sizes = struct.unpack("<%dI" % count, data[24:24 + 4 * count])
+    at, text = 24 + 4 * count, "pixels of format %d, %d x %d:" % (form, width, height)
+    for band, length in enumerate(sizes):
+        plain = zlib.decompress(data[at:at + length])
+        at += length
+        stride = 1 + width * step * size
+        above = bytes(step + stride - 1)
+        for y in range(min(rows, height - band * rows)):
+            above = restored(plain[y * stride:(y + 1) * stride], above, step)
+            planes = above[step:]
+            row = bytes(planes[k * width * step + i] for i in range(width * step) for k in range(size))
+            text += "\n" + row.hex()
+    assert at == len(data)
+    return text
 
 
 class Decoder:
@@ -36,7 +72,8 @@ class Decoder:
         if major == 1:
             return str(-1 - argument)
         if major == 2:
-            return "bytes " + (self.take(argument).hex() or "none")
+            data = self.take(argument)
+            return pixels(data) if data.startswith(PIXELS_MARK) else "bytes " + (data.hex() or "none")
         if major == 3:
             return '"%s"' % self.take(argument).decode("utf-8")
         if major == 4:
