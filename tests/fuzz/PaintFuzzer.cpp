@@ -1,0 +1,84 @@
+// Loads, draws and saves every class that the library saves.
+
+#include <cstddef>
+#include <cstdint>
+
+#include <geometry/PolyCurve.h>
+#include <renderer/core/BitmapRenderTarget.h>
+#include <renderer/paint/FillDescriptor.h>
+#include <renderer/paint/FillGradient.h>
+#include <renderer/paint/FillSolid.h>
+#include <renderer/paint/LineStyleDescriptor.h>
+#include <renderer/paint/Palette.h>
+
+#include "SavedCheck.h"
+
+namespace {
+
+using namespace Renderer;
+using Kernel::Counted;
+
+const Counted<BitmapRenderTarget>& GetTarget()
+{
+    static const Counted<BitmapRenderTarget> target = [] {
+        Counted<BitmapRenderTarget> made(BitmapRenderTarget::Create(Raster::Format::RGBA8, {}));
+        SavedCheck::Check(made->CreateBuffer(24, 16), "no buffer");
+        return made;
+    }();
+    return target;
+}
+
+void Paint(const FillDescriptorConst& fill, const LineStyleDescriptorConst& line = {})
+{
+    GetTarget()->DrawRectangle({2.25, 1.5, 20, 14.75}, 0.75F, fill, fill, line);
+}
+
+/// The unit square of a fill is half of the page.
+void PaintFill(const Kernel::Consolidated<Fill>& fill)
+{
+    Paint(FillDescriptorConst(fill, {12, 1, 3, -1, 9, 4}));
+}
+
+void PaintShared(const Kernel::Consolidated<Kernel::SharedSerialisable>& object)
+{
+    const Counted<const Kernel::SharedSerialisable>& value = object.GetCounted();
+    if (const auto* fill = dynamic_cast<const Fill*>(value.Get()))
+        PaintFill(Kernel::Consolidated<Fill>(Counted<const Fill>(fill)));
+    else if (const auto* colour = dynamic_cast<const Colour*>(value.Get()))
+        PaintFill(FillSolid::Create(Kernel::Consolidated<Colour>(Counted<const Colour>(colour))));
+    else if (const auto* gradient = dynamic_cast<const Gradient*>(value.Get()))
+        PaintFill(FillGradient::Create(
+            FillGradient::Conical,
+            Kernel::Consolidated<Gradient>(Counted<const Gradient>(gradient))));
+    else if (const auto* palette = dynamic_cast<const Palette*>(value.Get()))
+        for (const auto& entry : palette->GetColours())
+            PaintFill(FillSolid::Create(entry));
+    else if (const auto* style = dynamic_cast<const LineStyle*>(value.Get()))
+        Paint(FillDescriptorConst::CreateSolid({{9, 8, 7, 200}}),
+              LineStyleDescriptorConst(
+                  Kernel::Consolidated<LineStyle>(Counted<const LineStyle>(style))));
+}
+
+void PaintPlain(const Counted<Kernel::Serialisable>& object)
+{
+    if (const auto* fill = dynamic_cast<const FillDescriptor*>(object.Get()))
+        Paint(*fill);
+    else if (const auto* line = dynamic_cast<const LineStyleDescriptor*>(object.Get()))
+        Paint(FillDescriptorConst::CreateSolid({{9, 8, 7, 200}}), *line);
+    else if (auto* bitmap = dynamic_cast<Raster::DynamicBitmap*>(object.Get()))
+        GetTarget()->DrawBitmap({1, 2, 20.5, 12}, Counted<const Raster::DynamicBitmap>(bitmap),
+                                1.0F, FillBlendMode::Normal, BlendOptions::Identity(), false);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    SavedCheck::CheckFile({data, data + size}, 1, [](const SavedCheck::Object& object) {
+        if (object.shared)
+            PaintShared(object.shared);
+        else
+            PaintPlain(object.plain);
+    });
+    return 0;
+}
