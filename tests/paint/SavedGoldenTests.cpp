@@ -10,6 +10,7 @@
 
 #include <kernel/ClassProperties.h>
 #include <raster/Codecs.h>
+#include <raster/RasterBrush.h>
 #include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillBuffer.h>
 
@@ -76,6 +77,27 @@ Consolidated<LineStyle> MakeLineStyle()
     return LineStyle::Consolidate(style);
 }
 
+/// A brush with every setting away from its default.
+Kernel::Counted<Raster::RasterBrush> MakeBrush(const Counted<const Raster::DynamicBitmap>& tip)
+{
+    Raster::BrushSettings settings;
+    settings.mode = Raster::BrushSettings::Mode::Stretched;
+    settings.tipUse = Raster::BrushSettings::TipUse::OwnColours;
+    settings.overlap = Raster::BrushSettings::Overlap::MaxOpacity;
+    settings.spacing = 0.5;
+    settings.rotation = -0.75;
+    settings.followsPath = false;
+    settings.opacity = 0.875;
+    settings.positionJitter = 0.1;
+    settings.angleJitter = 0.2;
+    settings.sizeJitter = 0.3;
+    settings.opacityJitter = 0.4;
+    settings.seed = 0xfedcba98;
+    settings.sizeByPressure = 0.25;
+    settings.opacityByPressure = 1.0;
+    return Kernel::MakeCounted<Raster::RasterBrush>(tip, settings);
+}
+
 /// An object of each class, with every item of it.
 std::vector<std::pair<const char*, Object>> MakeSamples()
 {
@@ -136,6 +158,7 @@ std::vector<std::pair<const char*, Object>> MakeSamples()
         {"Spln", plain(Kernel::MakeCounted<Geometry::Spline>(
                      std::vector<Geometry::Point>{{-1.0, 0.5}, {0.0, -0.0}}))},
         {"DBmp", plain(bitmap)},
+        {"RBru", plain(MakeBrush(bitmap))},
         {"TBOp", plain(Kernel::MakeCounted<BlendOptionsBox>(MakeBlendOptions()))},
     };
 }
@@ -158,6 +181,8 @@ Counted<const Raster::DynamicBuffer> GetPixels(const Object& object)
         return fill->GetBitmap()->GetBuffer();
     if (const auto* fill = dynamic_cast<const FillBuffer*>(object.shared.Get()))
         return fill->GetBuffer();
+    if (const auto* brush = dynamic_cast<const Raster::RasterBrush*>(object.plain.Get()))
+        return brush->GetTip()->GetBuffer();
     const auto* bitmap = dynamic_cast<const Raster::DynamicBitmap*>(object.plain.Get());
     return bitmap ? bitmap->GetBuffer() : nullptr;
 }
@@ -195,6 +220,8 @@ TEST(SavedGolden, FilesOfEveryClassKeepLoading)
     }
     const auto bitmap = Kernel::SerialiseFromFile<Raster::DynamicBitmap>(Folder / "DBmp.saved");
     EXPECT_EQ(bitmap->GetProfile(), Raster::ICCManager::GetInstance().GetLinearRGBProfile());
+    const auto brush = Kernel::SerialiseFromFile<Raster::RasterBrush>(Folder / "RBru.saved");
+    EXPECT_EQ(*brush, *MakeBrush(bitmap));
     const auto fill = Kernel::SerialiseFromFile<FillBitmap>(Folder / "FilB.saved");
     EXPECT_FALSE(fill->GetOriginalData()->IsDeflated());
     EXPECT_TRUE(fill->GetIgnoreAlpha());
@@ -222,7 +249,7 @@ TEST(SavedGolden, EveryRegisteredClassHasAFile)
             << uid << ' ' << record->GetName() << ": add a sample to MakeSamples";
         ++count;
     }
-    EXPECT_GE(count, 23);
+    EXPECT_GE(count, 24);
 }
 
 } // namespace
