@@ -86,6 +86,7 @@ public:
     }
     bool GetPreview() const noexcept { return m_value.GetPreview(); }
     void SetPreview(bool preview) noexcept { m_value.SetPreview(preview); }
+    void OptimisePressureProfile() { m_value.OptimisePressureProfile(); }
     bool IsLineStyleNone() const noexcept { return m_value.IsLineStyleNone(); }
     bool IsLineStyleVisible() const noexcept { return m_value.IsLineStyleVisible(); }
 

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include <renderer/paint/LineStyleStrokeHelper.h>
+#include <renderer/paint/PressureProfile.h>
+
 namespace Renderer {
 
 namespace {
@@ -143,6 +146,25 @@ bool LineStyleDescriptorConst::IsPressureProfileRedundant(
            std::ranges::all_of(pressure->GetPoints(), [](const Geometry::Point& point) {
                return std::abs(point.y - 1.0) <= 1e-6;
            });
+}
+
+void LineStyleDescriptorConst::OptimisePressureProfile()
+{
+    if (IsPressureProfileRedundant(m_pressure))
+        m_pressure = {};
+    else
+        m_pressure = Kernel::MakeCounted<Geometry::CurveDbl>(SimplifyPressure(*m_pressure));
+}
+
+Kernel::Counted<const Geometry::PolyCurveDbl>
+LineStyleDescriptorConst::GetPolyCurveOutline(const Geometry::PolyCurveDbl& path,
+                                              const Transform& current, const Transform& scalar,
+                                              const Transform& logToDevice, double tolerance) const
+{
+    const double stretch = AffineTransform::GetLargestSingularValue(current);
+    const StrokeFrame frame{current, GetEffectiveWeight(current, scalar, logToDevice), tolerance,
+                            stretch > 0.0 ? tolerance / stretch : tolerance};
+    return LineStyleStrokeHelper().ProduceOutline(path, *this, frame);
 }
 
 bool operator==(const LineStyleDescriptorConst& a, const LineStyleDescriptorConst& b)

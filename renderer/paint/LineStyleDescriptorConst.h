@@ -12,6 +12,10 @@
 #include <renderer/paint/FillDescriptorConst.h>
 #include <renderer/paint/LineStyle.h>
 
+namespace Geometry {
+class PolyCurveDbl;
+} // namespace Geometry
+
 namespace Renderer {
 
 /// A line style and how one object uses it. A small value: calls take it by const reference, who
@@ -110,6 +114,27 @@ public:
     /// Whether a pressure profile changes nothing: it is empty or the constant 1.
     static bool
     IsPressureProfileRedundant(const Kernel::Counted<const Geometry::CurveDbl>& pressure);
+
+    /// Drops a pressure profile that is redundant, and from others the points that change nothing
+    /// by more than 1e-6.
+    void OptimisePressureProfile();
+
+    /// Whether the stroke can be given as an outline of curves: that of every visible line but
+    /// those of raster brushes.
+    bool CanProvidePolyCurveOutline() const noexcept
+    {
+        return IsLineStyleVisible() && m_lineStyle->GetType() != LineStyle::RasterBrush;
+    }
+
+    /// The stroke of a path as closed runs of lines and cubics, to be filled non-zero, in the units
+    /// of the path: dashes, caps, joins and pressure included.
+    /// \param current,scalar,logToDevice the transforms of GetEffectiveWeight
+    /// \param tolerance largest distance from the exact stroke, in device pixels
+    /// \return empty where CanProvidePolyCurveOutline is false, and where nothing would be drawn.
+    Kernel::Counted<const Geometry::PolyCurveDbl>
+    GetPolyCurveOutline(const Geometry::PolyCurveDbl& path, const Transform& current,
+                        const Transform& scalar, const Transform& logToDevice = {},
+                        double tolerance = 0.1) const;
 
     /// Whether both draw the same: the curves are compared point by point, the preview flag is not.
     friend RENDERER_EXPORT bool operator==(const LineStyleDescriptorConst& a,

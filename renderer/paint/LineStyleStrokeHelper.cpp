@@ -9,6 +9,7 @@ namespace Renderer {
 
 namespace {
 
+using Kernel::Counted;
 using Raster::AffineTransform;
 using PolyPolygon = LineStyleStrokeHelper::PolyPolygon;
 
@@ -48,6 +49,32 @@ private:
     PolyPolygon& m_out;
 };
 
+/// A run, or a polyline as one, mapped to where its stroke is built.
+Geometry::CurveDbl MakeRun(const Geometry::CurveDbl& run)
+{
+    return run;
+}
+Geometry::CurveDbl MakeRun(const PolyPolygon::View& polyline)
+{
+    Geometry::CurveDbl run;
+    for (const Geometry::Point point : polyline.points)
+        run.IsEmpty() ? run.MoveTo(point) : run.LineTo(point);
+    return run;
+}
+
+/// Whether a stroke is drawn as an outline of curves.
+bool IsOutlined(const LineStyleDescriptorConst& lineStyle)
+{
+    return lineStyle.GetLineStyle()->GetType() == LineStyle::VectorBrush ||
+           !LineStyleDescriptorConst::IsPressureProfileRedundant(lineStyle.GetPressure());
+}
+
+/// Whether a resolution-independent stroke goes to pixel middles.
+bool IsSnapped(const Geometry::StrokeParameters& pen, const StrokeFrame& frame)
+{
+    return frame.roundMidPixel && IsHairline(pen.width);
+}
+
 } // namespace
 
 LineStyleStrokeHelper::Transform
@@ -78,16 +105,62 @@ LineStyleStrokeHelper::ResolveEnds(const LineStyleDescriptorConst& lineStyle,
     return pen;
 }
 
+const Geometry::WidthProfile*
+LineStyleStrokeHelper::PostProcessForPressure(const LineStyleDescriptorConst& lineStyle)
+{
+    const auto& pressure = lineStyle.GetPressure();
+    if (LineStyleDescriptorConst::IsPressureProfileRedundant(pressure))
+        return nullptr;
+    if (m_pressure != pressure) {
+        m_profile = Geometry::WidthProfile(*pressure);
+        m_pressure = pressure;
+    }
+    return &m_profile;
+}
+
+template<class Runs>
+bool LineStyleStrokeHelper::OutlineRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
+                                        const StrokeFrame& frame, Geometry::PolyCurveDbl& out)
+{
+    const Geometry::StrokeParameters pen = ResolveEnds(lineStyle, frame);
+    if (!m_outliner.SetPen(pen, PostProcessForPressure(lineStyle)))
+        return false;
+    const bool onDevice = lineStyle.GetLineStyle()->GetResIndependent();
+    for (const auto& run : runs) {
+        if (!onDevice) {
+            m_outliner.Outline(MakeRun(run), out);
+        } else if (IsSnapped(pen, frame)) {
+            m_outliner.Outline(SnapToPixelMiddles(MakeRun(run), frame.current), out);
+        } else {
+            Geometry::CurveDbl mapped = MakeRun(run);
+            mapped.Transform([&frame](Geometry::Point p) { return frame.current.Map(p); });
+            m_outliner.Outline(mapped, out);
+        }
+    }
+    return true;
+}
+
 template<class Runs>
 bool LineStyleStrokeHelper::StrokeRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
                                        const StrokeFrame& frame, PolyPolygon& out)
 {
+    if (IsOutlined(lineStyle)) {
+        // Half of the tolerance is for the outline, half for flattening it.
+        StrokeFrame fine = frame;
+        fine.deviceTolerance *= 0.5;
+        fine.logicalTolerance *= 0.5;
+        Geometry::PolyCurveDbl outline;
+        if (!OutlineRuns(runs, lineStyle, fine, outline))
+            return false;
+        outline.ExpandAdaptive(ResolveEnds(lineStyle, fine).tolerance, out);
+        return true;
+    }
     const Geometry::StrokeParameters pen = ResolveEnds(lineStyle, frame);
     if (!m_stroker.SetPen(pen))
         return false;
     const Strokes strokes(m_stroker, out);
     const bool onDevice = lineStyle.GetLineStyle()->GetResIndependent();
-    const bool snaps = onDevice && frame.roundMidPixel && IsHairline(pen.width);
+    const bool snaps = onDevice && IsSnapped(pen, frame);
     const auto toDevice = [&frame](Geometry::Point p) { return frame.current.Map(p); };
     for (const auto& run : runs) {
         if (snaps)
@@ -122,6 +195,24 @@ bool LineStyleStrokeHelper::ProducePolygon(const Geometry::CurveDbl& run,
                                            const StrokeFrame& frame, PolyPolygon& out)
 {
     return StrokeRuns(std::span(&run, 1), lineStyle, frame, out);
+}
+
+Counted<const Geometry::PolyCurveDbl>
+LineStyleStrokeHelper::ProduceOutline(const Geometry::PolyCurveDbl& path,
+                                      const LineStyleDescriptorConst& lineStyle,
+                                      const StrokeFrame& frame)
+{
+    auto outline = Kernel::MakeCounted<Geometry::PolyCurveDbl>();
+    if (!lineStyle.CanProvidePolyCurveOutline() ||
+        !OutlineRuns(path.GetCurves(), lineStyle, frame, *outline))
+        return {};
+    if (lineStyle.GetLineStyle()->GetResIndependent()) {
+        Transform inverse;
+        if (!AffineTransform::Invert(frame.current, inverse))
+            return {};
+        outline->Transform([&inverse](Geometry::Point p) { return inverse.Map(p); });
+    }
+    return outline;
 }
 
 } // namespace Renderer

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <geometry/Outliner.h>
 #include <geometry/PolyCurve.h>
 #include <geometry/Polygon.h>
 #include <geometry/Stroker.h>
+#include <geometry/WidthProfile.h>
+#include <kernel/Counted.h>
 #include <raster/AffineTransform.h>
 #include <renderer/Export.h>
 #include <renderer/paint/LineStyleDescriptorConst.h>
@@ -46,7 +49,12 @@ public:
     static Geometry::StrokeParameters ResolveEnds(const LineStyleDescriptorConst& lineStyle,
                                                   const StrokeFrame& frame);
 
-    /// Appends the stroke of a path to \p out. \return false when the style draws nothing.
+    /// The profile of the width of a line style with pressure; null where that changes nothing.
+    /// Valid until the next call.
+    const Geometry::WidthProfile* PostProcessForPressure(const LineStyleDescriptorConst& lineStyle);
+
+    /// Appends the stroke of a path to \p out. Strokes with pressure, and those of vector brushes,
+    /// are their outlines, flattened. \return false when the style draws nothing.
     bool ProducePolygons(const Geometry::PolyCurveDbl& path,
                          const LineStyleDescriptorConst& lineStyle, const StrokeFrame& frame,
                          PolyPolygon& out);
@@ -57,13 +65,27 @@ public:
     bool ProducePolygon(const Geometry::CurveDbl& run, const LineStyleDescriptorConst& lineStyle,
                         const StrokeFrame& frame, PolyPolygon& out);
 
+    /// The stroke of a path as closed runs of lines and cubics in the units of the path, to be
+    /// filled non-zero; see Geometry::PathOutliner. Empty for raster brushes, for styles that draw
+    /// nothing, and for resolution-independent ones where the current transform has no inverse.
+    Kernel::Counted<const Geometry::PolyCurveDbl>
+    ProduceOutline(const Geometry::PolyCurveDbl& path, const LineStyleDescriptorConst& lineStyle,
+                   const StrokeFrame& frame);
+
 private:
+    /// Outlines runs (as below) centred on them, in the units of the shape.
+    template<class Runs>
+    bool OutlineRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
+                     const StrokeFrame& frame, Geometry::PolyCurveDbl& out);
     /// Strokes runs (of CurveDbl, or views of polylines) centred on them.
     template<class Runs>
     bool StrokeRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
                     const StrokeFrame& frame, PolyPolygon& out);
 
     Geometry::PathStroker m_stroker;
+    Geometry::PathOutliner m_outliner;
+    Kernel::Counted<const Geometry::CurveDbl> m_pressure; // what the profile was made of
+    Geometry::WidthProfile m_profile;
 };
 
 } // namespace Renderer
