@@ -155,10 +155,13 @@ std::vector<unsigned char> Write(const DynamicBuffer& buffer)
         [&](unsigned band) { bands[band] = WriteBand(buffer, header, band); },
         static_cast<unsigned>(bands.size()));
 
-    Bytes bytes(Mark.begin(), Mark.end());
-    const auto append = [&](const auto& part) {
-        bytes.insert(bytes.end(), part.begin(), part.end());
-    };
+    std::size_t size = static_cast<std::size_t>(HeaderSize) + bands.size() * sizeof(std::uint32_t);
+    for (const Bytes& band : bands)
+        size += band.size();
+    Bytes bytes(size);
+    auto at = bytes.begin();
+    const auto append = [&](const auto& part) { at = std::copy(part.begin(), part.end(), at); };
+    append(Mark);
     append(Kernel::PropStruct::Pack(header.format, header.width, header.height, header.bandRows));
     for (const Bytes& band : bands)
         append(Kernel::PropStruct::Pack(static_cast<std::uint32_t>(band.size())));
