@@ -8,6 +8,7 @@
 #include <renderer/paint/FillDescriptor.h>
 #include <renderer/paint/FillGradient.h>
 #include <renderer/paint/FillSolid.h>
+#include <renderer/paint/ForceColourVisitor.h>
 #include <renderer/paint/LineStyleDescriptor.h>
 #include <renderer/paint/Palette.h>
 
@@ -33,10 +34,22 @@ void Paint(const FillDescriptorConst& fill, const LineStyleDescriptorConst& line
     GetTarget()->DrawRectangle({2.25, 1.5, 20, 14.75}, 0.75F, fill, fill, line);
 }
 
-/// The unit square of a fill is half of the page.
+/// Asks for all that a fill tells and makes of itself; the unit square of it is half of the page.
 void PaintFill(const Kernel::Consolidated<Fill>& fill)
 {
+    fill->GetCSSAttributes({});
+    fill->GetMeanAlpha();
+    fill->Clone();
+    ForceColourVisitor force(Raster::ColourSpace::CMYK, {});
+    fill->Accept(force);
     Paint(FillDescriptorConst(fill, {12, 1, 3, -1, 9, 4}));
+}
+
+void PaintColour(const Kernel::Consolidated<Colour>& colour)
+{
+    colour->GetDefaultName();
+    colour->GetCSSAttributes();
+    PaintFill(FillSolid::Create(colour));
 }
 
 void PaintShared(const Kernel::Consolidated<Kernel::SharedSerialisable>& object)
@@ -45,14 +58,14 @@ void PaintShared(const Kernel::Consolidated<Kernel::SharedSerialisable>& object)
     if (const auto* fill = dynamic_cast<const Fill*>(value.Get()))
         PaintFill(Kernel::Consolidated<Fill>(Counted<const Fill>(fill)));
     else if (const auto* colour = dynamic_cast<const Colour*>(value.Get()))
-        PaintFill(FillSolid::Create(Kernel::Consolidated<Colour>(Counted<const Colour>(colour))));
+        PaintColour(Kernel::Consolidated<Colour>(Counted<const Colour>(colour)));
     else if (const auto* gradient = dynamic_cast<const Gradient*>(value.Get()))
         PaintFill(FillGradient::Create(
             FillGradient::Conical,
             Kernel::Consolidated<Gradient>(Counted<const Gradient>(gradient))));
     else if (const auto* palette = dynamic_cast<const Palette*>(value.Get()))
         for (const auto& entry : palette->GetColours())
-            PaintFill(FillSolid::Create(entry));
+            PaintColour(entry);
     else if (const auto* style = dynamic_cast<const LineStyle*>(value.Get()))
         Paint(FillDescriptorConst::CreateSolid({{9, 8, 7, 200}}),
               LineStyleDescriptorConst(
