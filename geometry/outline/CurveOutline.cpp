@@ -7,58 +7,6 @@
 #include <geometry/EllipticArc.h>
 
 namespace Geometry {
-namespace {
-
-/// The share of coordinates and radii that is as good as rounding.
-constexpr double Finest = 1e-13;
-
-/// A direction turned to the left by an angle.
-Point Rotate(Point a, double angle)
-{
-    const double cosine = std::cos(angle), sine = std::sin(angle);
-    return {cosine * a.x - sine * a.y, sine * a.x + cosine * a.y};
-}
-
-double GetLargest(Point a)
-{
-    return std::max(std::abs(a.x), std::abs(a.y));
-}
-
-/// Whether the samples show all of a part: beside a cusp, nearly all of the turn may lie between
-/// two of them.
-bool IsEven(const OffsetPart& part, const CubicFit::Samples& samples, double tolerance)
-{
-    constexpr double most = 3.0 / double(CubicFit::Count + 1); // of the whole turn in one step
-    const double whole =
-        std::acos(std::clamp(Dot(part.start.direction, part.end.direction), -1.0, 1.0));
-    const auto isStepEven = [&](const CurveSample& a, const CurveSample& b) {
-        const double turn = std::abs(Cross(a.direction, b.direction));
-        return turn <= most * whole || Length(b.point - a.point) * turn <= 8.0 * tolerance;
-    };
-    for (std::size_t i = 0; i + 1 < samples.size(); ++i)
-        if (!isStepEven(samples[i], samples[i + 1]))
-            return false;
-    return isStepEven(part.start, samples.front()) && isStepEven(samples.back(), part.end);
-}
-
-/// Where a part whose fit strays by \p excess tolerances is cut: so that it becomes as many pieces
-/// of the same turn as the sixth power of their length asks for.
-double FindCut(const Offset& offset, const OffsetPart& part, double excess)
-{
-    const double count =
-        std::clamp(std::ceil(std::pow(std::min(excess, 1e6), 1.0 / 6.0)), 2.0, 4.0);
-    const Point in = offset.GetTangent(part.from), out = offset.GetTangent(part.to);
-    const double angle = std::atan2(Cross(in, out), Dot(in, out));
-    if (offset.GetCubic() && std::abs(angle) > 0.05) {
-        const double t = offset.GetCubic()->hodograph.FindDirection(Rotate(in, angle / count),
-                                                                    part.from, part.to);
-        if (t > 0.0)
-            return t;
-    }
-    return part.from + (part.to - part.from) / count;
-}
-
-} // namespace
 
 void CurveOutline::SetPen(const StrokeParameters& parameters, const StrokePrecision& precision,
                           const WidthProfile* profile) noexcept
@@ -70,7 +18,7 @@ void CurveOutline::SetPen(const StrokeParameters& parameters, const StrokePrecis
     m_join = parameters.join;
     m_joinRule = {parameters, precision};
     m_profile = profile;
-    m_budget = 1 << 22;
+    m_fitter.SetTolerance(m_tolerance);
 }
 
 void CurveOutline::AddOpen(const OutlinePath& path, std::span<const OutlinePiece> pieces,
@@ -188,8 +136,7 @@ void CurveOutline::AddPart(OutlineSide& side, const Offset& offset, double from,
     }
     if (side.IsInFan())
         side.CloseFan(offset.GetPoint(from));
-    AddOffset(side, offset, {from, to, offset.Sample(from, true), offset.Sample(to, true), true},
-              0);
+    m_fitter.Add(side, offset, from, to, true);
 }
 
 void CurveOutline::AddFan(OutlineSide& side, const Offset& offset, double from, double to)
@@ -197,63 +144,18 @@ void CurveOutline::AddFan(OutlineSide& side, const Offset& offset, double from, 
     const auto open = [&](double t) {
         side.OpenFan(offset.GetPoint(t), offset.GetTangent(t), side.GetEnd());
     };
-    const auto add = [&](double low, double high) {
-        AddOffset(side, offset,
-                  {low, high, offset.Sample(low, false), offset.Sample(high, false), false}, 0);
-    };
     if (!side.IsInFan())
         open(from);
     if (!side.FanReaches(offset.GetTangent(to))) {
         const Point across = (offset.IsLeft() ? 1.0 : -1.0) * Normal(side.GetFanTangent());
         const double t = offset.GetCubic()->hodograph.FindDirection(across, from, to);
         if (t > from)
-            add(from, t);
+            m_fitter.Add(side, offset, from, t, false);
         from = std::max(t, from);
         side.CloseFan(offset.GetPoint(from));
         open(from);
     }
-    add(from, to);
-}
-
-/// Adds a part of an offset, from the end of the side, in as many cubics as it takes.
-void CurveOutline::AddOffset(OutlineSide& side, const Offset& offset, const OffsetPart& part,
-                             int depth)
-{
-    CubicFit::Samples samples;
-    double bulge = 0.0, extent = 0.0;
-    const Point chord = part.end.point - part.start.point;
-    const double length = Length(chord);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] =
-            offset.Sample(std::lerp(part.from, part.to, CubicFit::GetFraction(i)), part.forward);
-        const Point step = samples[i].point - part.start.point;
-        extent = std::max(extent, Length(step));
-        bulge = std::max(bulge, std::abs(Cross(chord, step)));
-    }
-    // Where coordinates are coarser than the tolerance, nothing can be better than they are.
-    const double tolerance =
-        std::max(m_tolerance, Finest * (GetLargest(part.start.point) + std::abs(m_radius)));
-    const bool isStraight = bulge <= 0.1 * tolerance * length &&
-                            Dot(part.start.direction, chord) > 0.0 &&
-                            Dot(part.end.direction, chord) > 0.0;
-    if (isStraight || std::max(extent, length) <= 0.5 * tolerance || depth > 40 || m_budget == 0) {
-        side.LineTo(part.end.point);
-        return;
-    }
-    double excess = 2.0;
-    if (IsEven(part, samples, tolerance)) {
-        const CubicFit fit(part.start, part.end, samples, 0.25 * tolerance);
-        if (fit.GetError() <= tolerance) {
-            side.CubicTo(fit.GetControl1(), fit.GetControl2(), part.end.point);
-            --m_budget;
-            return;
-        }
-        excess = fit.GetError() / tolerance;
-    }
-    const double t = FindCut(offset, part, excess);
-    const CurveSample middle = offset.Sample(t, part.forward);
-    AddOffset(side, offset, {part.from, t, part.start, middle, part.forward}, depth + 1);
-    AddOffset(side, offset, {t, part.to, middle, part.end, part.forward}, depth + 1);
+    m_fitter.Add(side, offset, from, to, false);
 }
 
 /// Leads a side from the end of one piece to the start of the next.
@@ -281,7 +183,7 @@ void CurveOutline::AddJoint(OutlineSide& side, double sign, const OutlinePath& p
     if (direction == sign)
         AddInnerJoin(side, before, after, from, to);
     else
-        AddOuterJoin(side, before, after, from, to, direction);
+        AddOuterJoin(side, sign, path, before, after, from, to);
 }
 
 /// On the inner side of a turn, two straight edges go directly to where they meet if that is in the
@@ -307,10 +209,9 @@ void CurveOutline::AddInnerJoin(OutlineSide& side, const OutlinePiece& before,
     side.LineTo(to);
 }
 
-/// \param direction of the inner side: 1 left, -1 right
-void CurveOutline::AddOuterJoin(OutlineSide& side, const OutlinePiece& before,
-                                const OutlinePiece& after, Point from, Point to,
-                                double direction) const
+void CurveOutline::AddOuterJoin(OutlineSide& side, double sign, const OutlinePath& path,
+                                const OutlinePiece& before, const OutlinePiece& after, Point from,
+                                Point to) const
 {
     const Point vertex = after.start;
     const double halfSquare = 0.5 * (1.0 + Dot(before.out, after.in));
@@ -318,7 +219,8 @@ void CurveOutline::AddOuterJoin(OutlineSide& side, const OutlinePiece& before,
     if (m_joinRule.HasTip(join, Length(from - vertex), halfSquare)) {
         if (!IsPlain(before))
             side.LineTo(from);
-        side.LineTo(vertex + (0.5 / halfSquare) * ((from - vertex) + (to - vertex)));
+        const Point tip = vertex + (0.5 / halfSquare) * ((from - vertex) + (to - vertex));
+        side.LineTo(m_profile ? FindTip(sign, path, before, after, from, to, tip) : tip);
         if (!IsPlain(after))
             side.LineTo(to);
         return;
@@ -327,8 +229,27 @@ void CurveOutline::AddOuterJoin(OutlineSide& side, const OutlinePiece& before,
     if (join == StrokeJoin::None)
         side.LineTo(vertex);
     else if (join == StrokeJoin::Round)
-        AddArc(side, vertex, from - vertex, to - vertex, direction);
+        AddArc(side, vertex, from - vertex, to - vertex, -sign);
     side.LineTo(to);
+}
+
+/// Where edges of varying width meet beyond a corner; \p plain where they do not, or too far away.
+Point CurveOutline::FindTip(double sign, const OutlinePath& path, const OutlinePiece& before,
+                            const OutlinePiece& after, Point from, Point to, Point plain) const
+{
+    const auto direction = [&](const OutlinePiece& piece, double t) {
+        return Offset(path, piece, sign * m_radius, m_profile).Sample(t, true).direction;
+    };
+    const Point in = direction(before, before.to), out = direction(after, after.from);
+    const double determinant = Cross(in, out);
+    const double ahead = Cross(to - from, out) / determinant;
+    const double back = Cross(to - from, in) / determinant;
+    const Point tip = from + ahead * in;
+    const double radius = Length(from - after.start), reach = Length(tip - after.start);
+    const bool isTip =
+        ahead > 0.0 && back < 0.0 &&
+        m_joinRule.HasTip(StrokeJoin::Mitre, radius, radius * radius / (reach * reach));
+    return isTip ? tip : plain;
 }
 
 /// The arc of at most half a turn from centre + \p from to centre + \p to; to the left for a
@@ -343,7 +264,7 @@ void CurveOutline::AddArc(OutlineSide& side, Point centre, Point from, Point to,
         return;
     // The error of a quarter is 2.0e-4 of the radius and falls with the sixth power of the angle.
     const double quarters = angle / (0.5 * std::numbers::pi);
-    const double tolerance = std::max(m_tolerance, Finest * radius);
+    const double tolerance = std::max(m_tolerance, FinestShare * radius);
     const double share = std::pow(std::max(2.0e-4 * radius / tolerance, 1.0), 1.0 / 6.0);
     const double count = std::ceil(quarters * share - 1e-9);
     const double step = direction * angle / count;

@@ -4,6 +4,7 @@
 #include <span>
 
 #include <geometry/outline/Offset.h>
+#include <geometry/outline/OffsetFitter.h>
 #include <geometry/outline/OutlinePath.h>
 #include <geometry/outline/OutlineSide.h>
 #include <geometry/PolyCurve.h>
@@ -44,13 +45,15 @@ private:
     void AddPiece(OutlineSide& side, const Offset& offset);
     void AddPart(OutlineSide& side, const Offset& offset, double from, double to);
     void AddFan(OutlineSide& side, const Offset& offset, double from, double to);
-    void AddOffset(OutlineSide& side, const Offset& offset, const OffsetPart& part, int depth);
     void AddJoint(OutlineSide& side, double sign, const OutlinePath& path,
                   const OutlinePiece& before, const OutlinePiece& after);
     void AddInnerJoin(OutlineSide& side, const OutlinePiece& before, const OutlinePiece& after,
                       Point from, Point to) const;
-    void AddOuterJoin(OutlineSide& side, const OutlinePiece& before, const OutlinePiece& after,
-                      Point from, Point to, double direction) const;
+    void AddOuterJoin(OutlineSide& side, double sign, const OutlinePath& path,
+                      const OutlinePiece& before, const OutlinePiece& after, Point from,
+                      Point to) const;
+    Point FindTip(double sign, const OutlinePath& path, const OutlinePiece& before,
+                  const OutlinePiece& after, Point from, Point to, Point plain) const;
     void AddArc(OutlineSide& side, Point centre, Point from, Point to, double direction) const;
     void AddCap(OutlineSide& side, Point point, Point direction, double radius) const;
 
@@ -61,7 +64,7 @@ private:
     StrokeJoin m_join{};
     StrokeJoinRule m_joinRule;
     const WidthProfile* m_profile = nullptr;
-    std::size_t m_budget = 0; // of cubics that offsets may still be cut into
+    OffsetFitter m_fitter;
     OutlineSide m_left;
     OutlineSide m_right;
 };

@@ -31,6 +31,9 @@ public:
     const OutlineCubic* GetCubic() const noexcept { return m_cubic; }
     bool IsLeft() const noexcept { return m_radius > 0.0; }
 
+    /// The radius, with its sign, that factors of the profile multiply.
+    double GetFullRadius() const noexcept { return m_radius; }
+
     /// The point of the path itself.
     Point GetPoint(double t) const noexcept
     {

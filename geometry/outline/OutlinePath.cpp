@@ -27,16 +27,17 @@ double Integrate(const Function& function, double low, double high)
     return half * sum;
 }
 
-/// The same to 1e-10 of itself, by halves as long as that changes it.
+/// The same by halves, as long as that changes it by more than \p enough.
 template<class Function>
-double IntegrateFinely(const Function& function, double low, double high, double whole, int depth)
+double IntegrateFinely(const Function& function, double low, double high, double whole,
+                       double enough, int depth)
 {
     const double middle = 0.5 * (low + high);
     const double a = Integrate(function, low, middle), b = Integrate(function, middle, high);
-    if (depth == 0 || std::abs(a + b - whole) <= 1e-10 * (a + b))
+    if (depth == 0 || std::abs(a + b - whole) <= enough)
         return a + b;
-    return IntegrateFinely(function, low, middle, a, depth - 1) +
-           IntegrateFinely(function, middle, high, b, depth - 1);
+    return IntegrateFinely(function, low, middle, a, enough, depth - 1) +
+           IntegrateFinely(function, middle, high, b, enough, depth - 1);
 }
 
 Point Unit(Point a)
@@ -62,7 +63,8 @@ double OutlinePath::GetLength(const OutlinePiece& piece, double t) const
     if (piece.IsLine())
         return (t - piece.from) / (piece.to - piece.from) * Length(piece.end - piece.start);
     const auto speed = [&](double at) { return Length(GetDerivative(piece, at)); };
-    return IntegrateFinely(speed, piece.from, t, Integrate(speed, piece.from, t), 12);
+    const double whole = Integrate(speed, piece.from, t);
+    return IntegrateFinely(speed, piece.from, t, whole, 1e-9 * whole, 16);
 }
 
 double OutlinePath::FindParameter(const OutlinePiece& piece, double length) const
@@ -75,7 +77,7 @@ double OutlinePath::FindParameter(const OutlinePiece& piece, double length) cons
         return t;
     for (int i = 0; i < 60; ++i) { // Newton's steps, kept between what is too short and too long
         const double error = GetLength(piece, t) - length;
-        if (std::abs(error) <= 1e-11 * piece.length)
+        if (std::abs(error) <= 1e-9 * piece.length)
             break;
         (error > 0.0 ? high : low) = t;
         const double speed = Length(GetDerivative(piece, t));

@@ -30,6 +30,13 @@ inline Point Normal(Point a) noexcept
     return {-a.y, a.x};
 }
 
+/// \p a turned to the left by an angle.
+inline Point Rotate(Point a, double angle) noexcept
+{
+    const double cosine = std::cos(angle), sine = std::sin(angle);
+    return {cosine * a.x - sine * a.y, sine * a.x + cosine * a.y};
+}
+
 /// Whether two unit vectors are the same direction for every purpose of strokes.
 inline bool IsSameDirection(Point in, Point out) noexcept
 {
