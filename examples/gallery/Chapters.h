@@ -14,6 +14,7 @@ void ShowClips(Page& page);
 void ShowFormats(Page& page);
 void ShowColourTransforms(Page& page);
 void ShowStrokes(Page& page);
+void ShowOutlines(Page& page);
 void ShowSwitches(Page& page);
 /// @}
 

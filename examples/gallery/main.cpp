@@ -26,6 +26,7 @@ try {
     Gallery::ShowFormats(page);
     Gallery::ShowColourTransforms(page);
     Gallery::ShowStrokes(page);
+    Gallery::ShowOutlines(page);
     Gallery::ShowSwitches(page);
     page.Close();
 } catch (const std::exception& error) {
