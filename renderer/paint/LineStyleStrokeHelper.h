@@ -32,7 +32,8 @@ struct StrokeFrame
 /// the current transform, so that the pen follows that transform when the shape is mapped;
 /// resolution-independent ones are built in device pixels (GetShapeTransform tells).
 ///
-/// A helper keeps its memory: one that has made the like before allocates nothing for polygons.
+/// A helper keeps its memory: one that has made the like before allocates nothing for polygons of
+/// plain strokes.
 class RENDERER_EXPORT LineStyleStrokeHelper
 {
 public:
