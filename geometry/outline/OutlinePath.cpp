@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include <geometry/outline/Quadrature.h>
+
 namespace Geometry {
 namespace {
 
@@ -11,23 +13,7 @@ namespace {
 /// direction is that of the second derivative.
 constexpr double StandStill = 1e-9;
 
-/// The integral of a function over [low, high] by Gauss and Legendre's eight points.
-template<class Function>
-double Integrate(const Function& function, double low, double high)
-{
-    static constexpr std::array<double, 4> nodes{0.1834346424956498, 0.5255324099163290,
-                                                 0.7966664774136267, 0.9602898564975363};
-    static constexpr std::array<double, 4> weights{0.3626837833783620, 0.3137066458778873,
-                                                   0.2223810344533745, 0.1012285362903763};
-    const double middle = 0.5 * (low + high), half = 0.5 * (high - low);
-    double sum = 0.0;
-    for (std::size_t i = 0; i < nodes.size(); ++i)
-        sum +=
-            weights[i] * (function(middle - half * nodes[i]) + function(middle + half * nodes[i]));
-    return half * sum;
-}
-
-/// The same by halves, as long as that changes it by more than \p enough.
+/// The integral of a function by halves, as long as that changes it by more than \p enough.
 template<class Function>
 double IntegrateFinely(const Function& function, double low, double high, double whole,
                        double enough, int depth)
@@ -60,6 +46,8 @@ bool TurnsByLessThanHalf(const Hodograph& hodograph, double from, double to)
 
 double OutlinePath::GetLength(const OutlinePiece& piece, double t) const
 {
+    if (t <= piece.from)
+        return 0.0;
     if (piece.IsLine())
         return (t - piece.from) / (piece.to - piece.from) * Length(piece.end - piece.start);
     const auto speed = [&](double at) { return Length(GetDerivative(piece, at)); };
