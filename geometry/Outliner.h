@@ -13,9 +13,9 @@ namespace Geometry {
 /// filled non-zero: what PathStroker draws as polygons, with the same caps, joins and dashes, in
 /// few pieces that can be edited and saved.
 ///
-/// Offsets of curves are cubics fitted to the exact ones, within the tolerance; smooth curves whose
-/// offsets have no cusps take one to three per cubic and side at a thousandth of the width. Dashes
-/// are cut from the curves themselves, by their exact lengths.
+/// Offsets of curves are cubics fitted to the exact ones, within the tolerance: one to five per
+/// smooth cubic and side at a thousandth of the width, some tens where a curve has cusps or is
+/// rounder than the pen is wide. Dashes are cut from the curves themselves, by their exact lengths.
 ///
 /// All parts of the outline have one orientation, so overlaps never cancel.
 ///

@@ -93,36 +93,10 @@ void CurveOutline::AddPiece(OutlineSide& side, const Offset& offset)
         return;
     }
     double from = piece.from;
-    if (offset.GetCubic()) {
-        // Between two extrema of the curvature, a pen of one width turns back once at most; one of
-        // varying width is looked at more closely.
-        const auto forwardness = [&](double t) { return offset.GetForwardness(t); };
-        const double margin = 1e-6 * (piece.to - piece.from);
-        double low = piece.from + margin;
-        double before = forwardness(low);
-        const auto search = [&](double high) {
-            if (!(high > low))
-                return;
-            const double after = forwardness(high);
-            if (before * after < 0.0) {
-                const double turn = Bisect(forwardness, low, high);
-                AddPart(side, offset, from, turn);
-                from = turn;
-            }
-            low = high;
-            before = after;
-        };
-        const double end = piece.to - margin;
-        const int steps = m_profile ? 8 : 1;
-        const SignChanges<5>& extrema = offset.GetCubic()->curvatureExtrema;
-        const double* next = extrema.begin();
-        for (int i = 1; i <= steps; ++i) {
-            const double limit = i == steps ? end : std::lerp(piece.from, end, double(i) / steps);
-            for (; next != extrema.end() && *next < limit; ++next)
-                search(*next);
-            search(limit);
-        }
-    }
+    offset.ForEachTurn([&](double turn) {
+        AddPart(side, offset, from, turn);
+        from = turn;
+    });
     AddPart(side, offset, from, piece.to);
 }
 
@@ -139,6 +113,7 @@ void CurveOutline::AddPart(OutlineSide& side, const Offset& offset, double from,
     m_fitter.Add(side, offset, from, to, true);
 }
 
+/// Adds the pen's ends over a part where they run backwards, in fans of at most a quarter turn.
 void CurveOutline::AddFan(OutlineSide& side, const Offset& offset, double from, double to)
 {
     const auto open = [&](double t) {
@@ -209,6 +184,7 @@ void CurveOutline::AddInnerJoin(OutlineSide& side, const OutlinePiece& before,
     side.LineTo(to);
 }
 
+/// On the outer side of a turn, the join of the user; along a curve, a round one.
 void CurveOutline::AddOuterJoin(OutlineSide& side, double sign, const OutlinePath& path,
                                 const OutlinePiece& before, const OutlinePiece& after, Point from,
                                 Point to) const

@@ -86,6 +86,38 @@ public:
                GetRadius(t).factor * Cross(first, hodograph.Second(t));
     }
 
+    /// Calls \p turn(t) where the pen's end turns back, in order.
+    template<class Turn>
+    void ForEachTurn(const Turn& turn) const
+    {
+        if (!m_cubic)
+            return;
+        const auto forwardness = [this](double t) { return GetForwardness(t); };
+        // What it is right at an end may be noise: that may be a cusp.
+        const double margin = 1e-6 * (m_piece.to - m_piece.from);
+        const double begin = m_piece.from + margin, end = m_piece.to - margin;
+        double low = begin, before = forwardness(begin);
+        const auto search = [&](double high) {
+            if (!(high > low))
+                return;
+            const double after = forwardness(high);
+            if (before * after < 0.0)
+                turn(Bisect(forwardness, low, high));
+            low = high;
+            before = after;
+        };
+        // Between two extrema of the curvature, a pen of one width turns back once at most; one of
+        // varying width is looked at more closely.
+        const int steps = m_profile ? 8 : 1;
+        const double* extremum = m_cubic->curvatureExtrema.begin();
+        for (int i = 1; i <= steps; ++i) {
+            const double limit = i < steps ? std::lerp(begin, end, double(i) / steps) : end;
+            for (; extremum != m_cubic->curvatureExtrema.end() && *extremum < limit; ++extremum)
+                search(*extremum);
+            search(limit);
+        }
+    }
+
     /// The pen's end and its direction. \param forward whether it runs forward hereabouts.
     CurveSample Sample(double t, bool forward) const noexcept
     {
