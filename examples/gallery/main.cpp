@@ -27,6 +27,7 @@ try {
     Gallery::ShowColourTransforms(page);
     Gallery::ShowStrokes(page);
     Gallery::ShowOutlines(page);
+    Gallery::ShowTexts(page);
     Gallery::ShowSwitches(page);
     page.Close();
 } catch (const std::exception& error) {

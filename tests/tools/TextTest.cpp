@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <svg/StyleResolver.h>
-#include <svg/TextClusters.h>
+#include <svg/TextFonts.h>
 
 #include "Picture.h"
 
@@ -34,7 +34,7 @@ TEST(TextStyle, ReadsFonts)
         const char* font; ///< the size in tenths
     };
     const Case cases[] = {
-        {"", "", " 160 400"},
+        {"", "", "serif 160 400"},
         {"font-family:A,  'B, &quot;C' , D  E", "", "A,B  \"C,D E 160 400"},
         {"font-family:A", "font-family:,", "A 160 400"},
         {"font:italic small-caps bold condensed 12px/30px 'A B', serif", "",
@@ -44,12 +44,13 @@ TEST(TextStyle, ReadsFonts)
         {"font:300 20px A;font-weight:600", "font-weight:bolder;font-size:50%", "A 100 900"},
         {"font:normal 16px / 2 A", "font-size:2em;font-stretch:70%", "A 320 400 3"},
         {"font:x-large A", "font-size:larger", "A 288 400"},
-        {"font:12px", "font:bold A", " 160 400"}, // neither is a font
-        {"font:oblique 10deg 12px A", "", " 160 400"},
-        {"font-weight:700", "font-weight:lighter", " 160 400"},
-        {"font-weight:1001", "font-weight:bold;font-weight:x", " 160 700"},
+        {"font:12px", "font:bold A", "serif 160 400"},          // neither is a font
+        {"font-family:A", "font-family:B, C 5.0", "A 160 400"}, // no identifier
+        {"font:oblique 10deg 12px A", "", "serif 160 400"},
+        {"font-weight:700", "font-weight:lighter", "serif 160 400"},
+        {"font-weight:1001", "font-weight:bold;font-weight:x", "serif 160 700"},
         {"font-style:oblique 20deg;font-stretch:ultra-expanded", "font-stretch:x",
-         " 160 400 italic 9"},
+         "serif 160 400 italic 9"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(DescribeFont(std::string("<g style=\"") + c.outer + "\"><text id='t' style=\"" +

@@ -36,7 +36,8 @@ Context::Context(const Document& document, const std::filesystem::path& folder)
     : m_document(document),
       m_styles(document, MakeSheetReader(Neighbours(folder), m_notices)),
       m_paintServers(m_document, m_styles, m_notices),
-      m_images(folder, m_notices)
+      m_images(folder, m_notices),
+      m_fonts(m_notices)
 {}
 
 bool Context::IsActive(const Element& element) const

@@ -10,6 +10,7 @@
 #include "Notices.h"
 #include "PaintServers.h"
 #include "StyleResolver.h"
+#include "TextFonts.h"
 #include "TileCache.h"
 
 namespace Svg {
@@ -64,6 +65,7 @@ public:
     const StyleResolver& GetStyles() const noexcept { return m_styles; }
     const PaintServers& GetPaintServers() const noexcept { return m_paintServers; }
     Images& GetImages() noexcept { return m_images; }
+    TextFonts& GetFonts() noexcept { return m_fonts; }
     Notices& GetNotices() noexcept { return m_notices; }
     const Notices& GetNotices() const noexcept { return m_notices; }
 
@@ -106,6 +108,7 @@ private:
     StyleResolver m_styles;
     PaintServers m_paintServers;
     Images m_images;
+    TextFonts m_fonts;
     TileCache m_tiles;
     std::vector<const Element*> m_active;
     const ContextPaints* m_contextPaints = nullptr;

@@ -76,10 +76,9 @@ private:
         if (span == m_fontSpan && !m_result.fonts.empty())
             return m_result.fonts.back();
         m_fontSpan = span;
-        const TextStyle& style = m_content.GetSpans()[span].style->text;
         m_language = FindLanguage(span);
-        m_result.fonts.push_back(FontSelection::Find(MakeFont(style), m_language));
-        NoteMissing(*m_result.fonts.back());
+        m_result.fonts.push_back(
+            m_context.GetFonts().Find(m_content.GetSpans()[span].style->text, m_language));
         return m_result.fonts.back();
     }
 
@@ -92,18 +91,6 @@ private:
             }
         }
         return {};
-    }
-
-    void NoteMissing(const FontSelection& fonts)
-    {
-        Notices& notices = m_context.GetNotices();
-        const std::string& missing = fonts.GetMissingFamily().GetStdString();
-        if (!fonts.GetFace())
-            notices.Add("no font is installed; text is left out");
-        else if (!missing.empty())
-            notices.AddFirst("the font family \"" + missing + "\" is missing",
-                             "; \"" + fonts.GetFace()->GetFamily().GetStdString() +
-                                 "\" takes its place");
     }
 
     std::size_t GetOffset(std::size_t character) const
@@ -187,11 +174,6 @@ private:
 };
 
 } // namespace
-
-Kernel::Font MakeFont(const TextStyle& style)
-{
-    return Kernel::Font(style.family, style.weight, style.italic, style.stretch);
-}
 
 TextClusters MakeClusters(Context& context, const TextContent& content)
 {

@@ -49,7 +49,4 @@ struct TextClusters
 /// Shapes the characters of a text element. What is wrong with fonts is noted.
 TextClusters MakeClusters(Context& context, const TextContent& content);
 
-/// The font that a style asks for.
-Kernel::Font MakeFont(const TextStyle& style);
-
 } // namespace Svg

@@ -79,7 +79,7 @@ void TextLayout::FindShifts()
 {
     for (std::size_t i = 0; i < m_content.GetSpans().size(); ++i) {
         const TextStyle& style = m_content.GetSpans()[i].style->text;
-        m_faces.push_back(Geometry::FontSelection::Find(MakeFont(style))->GetFace());
+        m_faces.push_back(m_context.GetFonts().Find(style, {})->GetFace());
         m_shifts.push_back(FindOwnShift(i));
     }
 }

@@ -61,7 +61,7 @@ enum class UnicodeBidi
 /// are resolved where they are given.
 struct TextStyle
 {
-    std::string family; ///< names with commas; empty: that of the system
+    std::string family = "serif"; ///< names with commas; what comes first is what browsers have
     int weight = Kernel::Font::NormalWeight;
     int stretch = Kernel::Font::NormalStretch;
     bool italic = false;

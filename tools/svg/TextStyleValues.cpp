@@ -130,13 +130,30 @@ std::optional<bool> ParseSlant(std::string_view value)
     return slanted ? std::optional(true) : std::nullopt;
 }
 
+bool IsQuoted(std::string_view text)
+{
+    return text.size() >= 2 && (text.front() == '"' || text.front() == '\'') &&
+           text.back() == text.front();
+}
+
+/// Whether a text is made of identifiers of CSS, as names without quotes are.
+bool IsMadeOfIdentifiers(std::string_view text)
+{
+    const auto isOther = [](char c) {
+        return !(IsDigit(c) || (ToLower(c) >= 'a' && ToLower(c) <= 'z') || c == '-' || c == '_' ||
+                 c == '\\' || static_cast<unsigned char>(c) >= 0x80);
+    };
+    const auto isBad = [&](std::string_view word) {
+        return IsDigit(word.front()) || std::ranges::any_of(word, isOther);
+    };
+    return std::ranges::none_of(SplitWords(text), isBad);
+}
+
 /// A family's name without quotes and with single blanks; empty for none.
 std::string CleanFamily(std::string_view text)
 {
     text = Trim(text);
-    const bool quoted = text.size() >= 2 && (text.front() == '"' || text.front() == '\'') &&
-                        text.back() == text.front();
-    if (quoted)
+    if (IsQuoted(text))
         text = text.substr(1, text.size() - 2);
     std::string name;
     for (const std::string_view word : SplitWords(text))
@@ -150,7 +167,10 @@ std::optional<std::string> ParseFamilies(std::string_view value)
     std::string families;
     while (!value.empty()) {
         const std::size_t end = FindOutsideBrackets(value, ",");
-        const std::string name = CleanFamily(value.substr(0, end));
+        const std::string_view item = Trim(value.substr(0, end));
+        if (!IsQuoted(item) && !IsMadeOfIdentifiers(item))
+            return std::nullopt;
+        const std::string name = CleanFamily(item);
         if (!name.empty())
             families += (families.empty() ? "" : ",") + name;
         value.remove_prefix(std::min(end + 1, value.size()));
