@@ -130,6 +130,13 @@ TEST(TextLayout, PlacesCharacters)
         {"<text id='t' y='9' alignment-baseline='text-after-edge'>a</text>", "a@0,-474"},
         {"<text id='t'>a<tspan font-size='1024' alignment-baseline='hanging'>b</tspan></text>",
          "a@0,0 b@1233,-760"},
+        // From top to bottom; the middle of the line is 709 above the baseline.
+        {"<text id='t' x='10' y='20' writing-mode='tb' dx='0 3' dy='0 5'>ab</text>",
+         "a@-699,20/90 b@-696,1258/90"},
+        {"<text id='t' y='20' style='writing-mode:vertical-rl' text-anchor='middle'>a<tspan "
+         "dominant-baseline='alphabetic'>b</tspan></text>",
+         "a@-709,-1213/90 b@0,20/90"},
+        {"<text id='t' writing-mode='tb'>\xE4\xB8\x80x</text>", "?@-617,1733 x@-709,2048/90"},
         // Small capitals.
         {"<text id='t' font-variant='small-caps'>Abc</text>", "A@0,0 B@1233,0 C@2219,0"},
         {"<text id='t' style='text-transform:capitalize'>ab c</text>",

@@ -144,12 +144,11 @@ TEST(Text, SaysWhatIsMissing)
 {
     const Picture picture(
         MakeDocument("<g font-family='No Such Font, DejaVu Serif' font-size='20'><text y='20'>a"
-                     "<tspan font-weight='bold'>b</tspan></text><text y='40' writing-mode='tb'>c"
+                     "<tspan font-weight='bold'>b</tspan></text><text y='40'>c"
                      "<tref href='#x'/></text><text><textPath href='#x'>d</textPath></text></g>"));
     EXPECT_EQ(picture.GetNotices(),
               "the font family \"No Such Font\" is missing; \"DejaVu Serif\" takes its place\n"
               "tref elements are not drawn\n"
-              "vertical text is drawn horizontally\n"
               "a path for text is missing; its text is left out\n");
     EXPECT_GT(picture.GetArea(), 100.0);
 }

@@ -27,6 +27,7 @@ struct TextCluster
     double angle = 0.0;            ///< radians, from the x axis to the y axis
     double stretch = 1.0;          ///< of its glyphs along the baseline
     bool hidden = false;           ///< beyond the end of a path
+    bool isUpright = false;        ///< in vertical text, where others lie on their side
     /// @}
 };
 

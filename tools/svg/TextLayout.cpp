@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 #include "PathMeasure.h"
 #include "Scanner.h"
@@ -40,6 +41,23 @@ double GetBaseline(const FontMetrics& metrics, Baseline baseline)
     return 0.0;
 }
 
+/// Whether a character stands upright in vertical text, where others lie on their side: those of
+/// East Asia, brackets excepted (about as UAX #50 has it).
+bool IsUpright(char32_t c)
+{
+    struct Range
+    {
+        char32_t first;
+        char32_t last;
+    };
+    constexpr Range ranges[] = {
+        {0x1100, 0x11FF},   {0x2E80, 0x3007},  {0x3012, 0x3013}, {0x3020, 0x302F}, {0x3031, 0xA4CF},
+        {0xA960, 0xA97F},   {0xAC00, 0xD7FF},  {0xF900, 0xFAFF}, {0xFE10, 0xFE1F}, {0xFE30, 0xFE48},
+        {0xFF01, 0xFF07},   {0xFF0A, 0xFF0C},  {0xFF0E, 0xFF19}, {0xFF1F, 0xFF3A}, {0xFF41, 0xFF5A},
+        {0x1F000, 0x1FAFF}, {0x20000, 0x3FFFD}};
+    return std::ranges::any_of(ranges, [&](const Range& r) { return c >= r.first && c <= r.last; });
+}
+
 } // namespace
 
 TextLayout::TextLayout(Context& context, const Element& text, const Style& style,
@@ -48,14 +66,17 @@ TextLayout::TextLayout(Context& context, const Element& text, const Style& style
       m_content(context, text, style, lengths),
       m_text(MakeClusters(context, m_content))
 {
-    if (style.text.vertical)
-        context.GetNotices().Add("vertical text is drawn horizontally");
+    m_isVertical = style.text.vertical;
     FindShifts();
+    if (m_isVertical)
+        Raise();
     PlaceOnLine();
     FitLengths();
     Position();
     Anchor();
     PlaceOnPaths();
+    if (m_isVertical)
+        TurnDown();
 }
 
 const Geometry::FontFace* TextLayout::GetFace(std::size_t span) const
@@ -84,6 +105,13 @@ void TextLayout::FindShifts()
     }
 }
 
+/// Vertical text stands around the middle of its line.
+Baseline TextLayout::GetDominant(std::size_t span) const
+{
+    const Baseline baseline = m_content.GetSpans()[span].style->text.dominantBaseline;
+    return baseline == Baseline::Auto && m_isVertical ? Baseline::Central : baseline;
+}
+
 /// The text element's dominant baseline is what its position means. What is within is aligned to
 /// that of the element around it, or as its own alignment says, and shifted from there.
 double TextLayout::FindOwnShift(std::size_t index) const
@@ -93,7 +121,7 @@ double TextLayout::FindOwnShift(std::size_t index) const
     const double size = span.style->fontSize;
     const FontMetrics none;
     const FontMetrics& metrics = m_faces[index] ? m_faces[index]->GetMetrics() : none;
-    const Baseline dominant = span.style->text.dominantBaseline;
+    const Baseline dominant = GetDominant(index);
     if (index == 0) {
         const bool isAligned = dominant == Baseline::Auto;
         return -size * GetBaseline(metrics, isAligned ? style.alignmentBaseline : dominant);
@@ -103,8 +131,7 @@ double TextLayout::FindOwnShift(std::size_t index) const
     const FontMetrics& parentMetrics =
         m_faces[span.parent] ? m_faces[span.parent]->GetMetrics() : none;
     const bool isAligned = style.alignmentBaseline != Baseline::Auto;
-    const Baseline parentLine =
-        isAligned ? style.alignmentBaseline : parent.style->text.dominantBaseline;
+    const Baseline parentLine = isAligned ? style.alignmentBaseline : GetDominant(span.parent);
     const Baseline ownLine = isAligned ? style.alignmentBaseline : dominant;
     double shift = m_shifts[span.parent] + parentSize * GetBaseline(parentMetrics, parentLine) -
                    size * GetBaseline(metrics, ownLine);
@@ -118,6 +145,43 @@ double TextLayout::FindOwnShift(std::size_t index) const
     }
     // A percentage is one of the font size, whatever the viewport.
     return shift - style.baselineShift.length.Resolve({size, size, size}, LengthAxis::Vertical);
+}
+
+// ---- vertical text: laid out as a horizontal line, which is turned at the end ----
+
+/// Characters that stand upright are as wide on the line as their font is high.
+void TextLayout::Raise()
+{
+    for (TextCluster& cluster : m_text.clusters) {
+        if (!IsUpright(GetHead(cluster).code))
+            continue;
+        cluster.isUpright = true;
+        for (const Geometry::ShapedGlyph& glyph : cluster.glyphs)
+            cluster.advance -= cluster.size * glyph.advance;
+        cluster.advance += cluster.size;
+    }
+}
+
+void TextLayout::TurnDown()
+{
+    for (TextCluster& cluster : m_text.clusters) {
+        if (GetPath(cluster))
+            continue;
+        const Kernel::PointT<double> place = cluster.origin;
+        cluster.origin = {-place.y, place.x};
+        if (!cluster.isUpright) {
+            cluster.angle += std::numbers::pi / 2.0;
+            continue;
+        }
+        // The middle of its cell stands on the middle of the line.
+        const FontMetrics& metrics = cluster.face->GetMetrics();
+        double width = 0.0;
+        for (const Geometry::ShapedGlyph& glyph : cluster.glyphs)
+            width += cluster.size * glyph.advance;
+        const double toMiddle = cluster.size * (metrics.ascent - metrics.descent) / 2.0;
+        cluster.origin.x -= width / 2.0 - toMiddle;
+        cluster.origin.y += cluster.size / 2.0 + toMiddle;
+    }
 }
 
 // ---- the line ----
@@ -223,18 +287,26 @@ void TextLayout::Position()
             cluster.startsChunk = true;
             shift = {-cluster.origin.x, 0.0};
         }
-        if (head.x)
-            shift.x = *head.x - cluster.origin.x;
-        if (head.y && !path) // paths have no height but themselves
-            shift.y = *head.y;
-        shift = shift + Kernel::PointT<double>{head.dx, head.dy};
+        const auto& along = m_isVertical ? head.y : head.x;
+        const auto& across = m_isVertical ? head.x : head.y;
+        if (along)
+            shift.x = *along - cluster.origin.x;
+        if (across && !path) // paths have no height but themselves
+            shift.y = m_isVertical ? -*across : *across;
+        shift = shift + FindShift(head);
         cluster.origin = cluster.origin + shift;
         cluster.angle = head.rotate;
         for (std::size_t k = cluster.first + 1; k < cluster.last; ++k) {
-            const TextCharacter& more = m_content.GetCharacters()[k];
-            shift = shift + Kernel::PointT<double>{more.dx, more.dy};
+            shift = shift + FindShift(m_content.GetCharacters()[k]);
         }
     }
+}
+
+/// By how much a character and what follows it are shifted, along the line and across.
+Kernel::PointT<double> TextLayout::FindShift(const TextCharacter& character) const
+{
+    return m_isVertical ? Kernel::PointT<double>{character.dy, -character.dx}
+                        : Kernel::PointT<double>{character.dx, character.dy};
 }
 
 void TextLayout::Anchor()

@@ -28,10 +28,14 @@ public:
 private:
     void FindShifts();
     double FindOwnShift(std::size_t span) const;
+    Baseline GetDominant(std::size_t span) const;
+    void Raise();
+    void TurnDown();
     void PlaceOnLine();
     void FitLengths();
     void FitLength(const TextSpan& span, std::vector<bool>& isRigid);
     void Position();
+    Kernel::PointT<double> FindShift(const TextCharacter& character) const;
     void Anchor();
     void AnchorChunk(std::size_t first, std::size_t last);
     void PlaceOnPaths();
@@ -42,6 +46,7 @@ private:
     Context& m_context;
     TextContent m_content;
     TextClusters m_text;
+    bool m_isVertical = false;
     std::vector<double> m_shifts;                                   ///< of the spans
     std::vector<Kernel::Counted<const Geometry::FontFace>> m_faces; ///< of the spans
 };

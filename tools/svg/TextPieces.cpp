@@ -83,7 +83,9 @@ private:
         if (cluster.hidden || !cluster.face || cluster.advance == 0.0)
             return;
         const Geometry::FontMetrics& metrics = cluster.face->GetMetrics();
-        const double width = cluster.stretch != 0.0 ? cluster.advance / cluster.stretch : 0.0;
+        const double width = cluster.isUpright        ? cluster.size
+                             : cluster.stretch != 0.0 ? cluster.advance / cluster.stretch
+                                                      : 0.0;
         const PolyCurveDbl cell(RectT<double>{0.0, -cluster.size * metrics.ascent, width,
                                               cluster.size * metrics.descent});
         m_result.box.Add(MapPath(cell, GetPlace(cluster))->GetBoundingBox());
