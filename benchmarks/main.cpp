@@ -15,6 +15,7 @@
 #include "FormatCases.h"
 #include "Peer.h"
 #include "SavedCases.h"
+#include "TextCases.h"
 
 namespace {
 
@@ -115,6 +116,7 @@ int main(int argc, char** argv)
     Register(cases);
     RegisterFormats();
     RegisterSaved();
+    RegisterText();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
