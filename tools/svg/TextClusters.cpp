@@ -115,7 +115,10 @@ private:
             return Geometry::ShapeRun(m_content.GetText(), GetOffset(piece.first),
                                       GetOffset(piece.last), piece.level % 2 != 0, fonts, options);
         } catch (const Kernel::FormatException& error) {
-            m_context.GetNotices().Add(std::string(error.what()) + "; text in it is left out");
+            // Once for the file, whichever of its glyphs it was.
+            const std::string message = error.what();
+            m_context.GetNotices().AddFirst(message.substr(0, message.find(": glyph")),
+                                            "; text in it is left out");
             return {};
         }
     }
