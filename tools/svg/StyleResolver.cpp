@@ -3,6 +3,7 @@
 #include <bitset>
 #include <vector>
 
+#include "FontStyleValues.h"
 #include "StyleValues.h"
 #include "TextStyleValues.h"
 

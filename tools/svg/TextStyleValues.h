@@ -2,8 +2,6 @@
 
 #include <optional>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "Properties.h"
 #include "Style.h"
@@ -14,10 +12,6 @@ namespace Svg {
 /// other kinds.
 std::optional<bool> ApplyText(Style& style, const Style& parent, Property property,
                               std::string_view value);
-
-/// The properties that a value of `font` sets; none when it is not understood. The texts lie in the
-/// value, or are constant.
-std::vector<std::pair<Property, std::string_view>> ExpandFont(std::string_view value);
 
 /// Brings lengths of text that refer to the size of an element's own font to user units, so that
 /// its children inherit those.
