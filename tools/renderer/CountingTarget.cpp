@@ -10,26 +10,23 @@ using Raster::AffineTransform;
 
 namespace {
 
+/// The rasteriser rounds corners to these parts of a pixel.
+constexpr double SubPixels = 256.0;
+
 constexpr const char* KindNames[] = {
     "paths",  "filled paths", "stroked paths", "polygon sets", "bitmaps",
     "floods", "groups",       "clip paths",    "clip groups",  "masks",
 };
 
-/// The exact box of a path on the device.
-Kernel::RectT<double> GetDeviceBox(const Geometry::PolyCurveDbl& path,
-                                   const AffineTransform::Params& transform)
-{
-    const auto mapped = path.Clone();
-    mapped->Transform([&](Geometry::Point point) { return transform.Map(point); });
-    return mapped->GetBoundingBox().GetRect();
-}
-
 Kernel::RectT<double> GetDeviceBox(const Renderer::PolyPolygon& polygons,
                                    const AffineTransform::Params& transform)
 {
     Geometry::BoundingBoxT<double> box;
-    for (const Geometry::Point point : polygons.GetPoints())
-        box.Add(transform.Map(point));
+    for (const Geometry::Point point : polygons.GetPoints()) {
+        const Geometry::Point device = transform.Map(point);
+        box.Add({std::round(device.x * SubPixels) / SubPixels,
+                 std::round(device.y * SubPixels) / SubPixels});
+    }
     return box.GetRect();
 }
 
@@ -75,6 +72,15 @@ void CountingTarget::Touch(const Rect& device)
     m_touched.Add({visible.right, visible.bottom});
 }
 
+CountingTarget::Rect CountingTarget::GetPathBox(const Geometry::PolyCurveDbl& path,
+                                                const Params& transform) const
+{
+    const double stretch = AffineTransform::GetLargestSingularValue(transform);
+    Renderer::PolyPolygon polygons;
+    path.ExpandAdaptive(GetDeviceExpansionTolerance() / (stretch > 0.0 ? stretch : 1.0), polygons);
+    return GetDeviceBox(polygons, transform);
+}
+
 CountingTarget::Rect CountingTarget::InflateByStroke(const Rect& device,
                                                      const Line& lineStyle) const
 {
@@ -91,7 +97,7 @@ void CountingTarget::DrawPolyCurve(Path curve, float opacity, Mode, const Option
     Count(Paths);
     if (!curve || curve->IsEmpty() || !(opacity > 0.0F))
         return;
-    const Rect box = GetDeviceBox(*curve, GetCurrentTransform());
+    const Rect box = GetPathBox(*curve, GetCurrentTransform());
     if (!fill.IsFillNone()) {
         Count(Fills);
         Touch(box);
@@ -187,7 +193,7 @@ void CountingTarget::PushClipPath(Polygons polygons, Winding winding)
 void CountingTarget::PushClipCurvesPath(Path curve, Winding winding)
 {
     Count(ClipPaths);
-    PushClipBox(curve ? GetDeviceBox(*curve, GetCurrentTransform()) : Rect{});
+    PushClipBox(curve ? GetPathBox(*curve, GetCurrentTransform()) : Rect{});
     NullRenderTarget::PushClipCurvesPath(std::move(curve), winding);
 }
 
@@ -200,7 +206,7 @@ void CountingTarget::PushClipPolyCurvesPath(
         for (const auto& entry : curves->GetEntries()) {
             if (!entry.curve || entry.curve->IsEmpty())
                 continue;
-            const Rect part = GetDeviceBox(
+            const Rect part = GetPathBox(
                 *entry.curve, AffineTransform::Concatenate(entry.transform, GetCurrentTransform()));
             box.Add({part.left, part.top});
             box.Add({part.right, part.bottom});
@@ -208,6 +214,11 @@ void CountingTarget::PushClipPolyCurvesPath(
     }
     PushClipBox(box.GetRect());
     NullRenderTarget::PushClipPolyCurvesPath(std::move(curves), winding);
+}
+
+bool CountingTarget::HasClipPaths() const
+{
+    return !m_clipBoxes.empty();
 }
 
 void CountingTarget::PopClipPath()

@@ -29,6 +29,7 @@ public:
     using Options = Renderer::BlendOptions;
     using Winding = Geometry::WindingOrderMode;
     using Rect = Kernel::RectT<double>;
+    using Params = Raster::AffineTransform::Params;
     using Polygons = Kernel::Counted<const Renderer::PolyPolygon>;
     using Path = Kernel::Counted<const Geometry::PolyCurveDbl>;
 
@@ -60,6 +61,7 @@ public:
     void PushClipPolyCurvesPath(Kernel::Counted<const Renderer::ConstPolyPolyCurve> curves,
                                 Winding winding) override;
     void PopClipPath() override;
+    bool HasClipPaths() const override;
     void PushClipPathGroup() override;
     void PopClipPathGroup() override;
 
@@ -83,6 +85,8 @@ private:
     void Count(Kind kind) { ++m_counts[kind]; }
     /// Notes that pixels of a box on the device change, as far as the clips let them.
     void Touch(const Rect& device);
+    /// The box of a path on the device as it is drawn, from straight edges.
+    Rect GetPathBox(const Geometry::PolyCurveDbl& path, const Params& transform) const;
     /// The box of a stroke on the device, given that of its path there.
     Rect InflateByStroke(const Rect& device, const Line& lineStyle) const;
     /// Narrows the clip to a box on the device.
