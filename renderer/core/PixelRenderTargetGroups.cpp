@@ -194,8 +194,12 @@ bool PixelRenderTarget::AddBufferPopulator(const Counted<Raster::DynamicBuffer>&
     // pixels fill.
     const FillBuffer fill(buffer, Raster::ExtendType::Clamp,
                           Raster::ResamplerType::NearestNeighbour);
-    const Transform frame{double(buffer->GetWidth()),  0.0, double(origin.x), 0.0,
-                          double(buffer->GetHeight()), double(origin.y)};
+    const Transform frame{double(buffer->GetWidth()),
+                          0.0,
+                          double(origin.x),
+                          0.0,
+                          double(buffer->GetHeight()),
+                          double(origin.y)};
     SpanPopulator populator;
     if (!MakeFillPopulator(fill, frame, role, populator))
         return false;
