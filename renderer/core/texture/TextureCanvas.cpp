@@ -131,22 +131,25 @@ private:
     float m_lastEnd = 0.0F;
 };
 
-/// The pixels of a tile while pieces are painted on it.
+/// The pixels of a cell of a tile while pieces are painted on it.
 template<class PixelT, class Texel>
 class Canvas
 {
 public:
-    Canvas(const TexturedPolygons& stroke, const RectT<int>& tile)
-        : m_stroke(stroke),
-          m_tile(tile),
-          m_pixels(std::size_t(tile.Width()) * std::size_t(tile.Height()))
-    {}
+    explicit Canvas(const TexturedPolygons& stroke) : m_stroke(stroke) {}
+
+    /// Begins with nothing.
+    void Begin(const RectT<int>& rect)
+    {
+        m_rect = rect;
+        m_pixels.assign(std::size_t(rect.Width()) * std::size_t(rect.Height()), PixelT{});
+    }
 
     void Paint(const TexturedPolygon& piece)
     {
         CPolygon polygon(piece.corners);
         const TextureSampler<Texel> sampler(*m_stroke.textures[piece.level], m_stroke.wraps);
-        const RectT<int> part = polygon.GetBounds().Intersect(m_tile);
+        const RectT<int> part = piece.bounds.Intersect(m_rect);
         for (int y = part.top; y < part.bottom; ++y) {
             polygon.ComputeCoverages(y, part.left, part.right, m_coverage);
             PixelT* const row = GetRow(y);
@@ -155,7 +158,7 @@ public:
                 if (!(share > 0.0F))
                     continue;
                 const TexturePlace place = polygon.MapX(x);
-                row[x - m_tile.left].Add({sampler.Sample(place.u, place.v), share, place.opacity,
+                row[x - m_rect.left].Add({sampler.Sample(place.u, place.v), share, place.opacity,
                                           std::abs(place.v - 0.5F) * piece.width},
                                          piece, m_stroke.overlap);
             }
@@ -164,17 +167,17 @@ public:
 
     const PixelT* GetRow(int y) const
     {
-        return m_pixels.data() + std::size_t(y - m_tile.top) * std::size_t(m_tile.Width());
+        return m_pixels.data() + std::size_t(y - m_rect.top) * std::size_t(m_rect.Width());
     }
 
 private:
     PixelT* GetRow(int y)
     {
-        return m_pixels.data() + std::size_t(y - m_tile.top) * std::size_t(m_tile.Width());
+        return m_pixels.data() + std::size_t(y - m_rect.top) * std::size_t(m_rect.Width());
     }
 
     const TexturedPolygons& m_stroke;
-    RectT<int> m_tile;
+    RectT<int> m_rect{};
     std::vector<PixelT> m_pixels;
     CCoverage m_coverage;
 };
@@ -208,13 +211,13 @@ struct Job
 };
 
 template<class Pixel, class CanvasT>
-void Store(const Job& job, const RectT<int>& tile, const CanvasT& canvas)
+void Store(const Job& job, const RectT<int>& cell, const CanvasT& canvas)
 {
-    for (int y = tile.top; y < tile.bottom; ++y) {
+    for (int y = cell.top; y < cell.bottom; ++y) {
         auto* const row = reinterpret_cast<Pixel*>(job.target.GetRow(unsigned(y - job.rect.top)));
         const auto* const from = canvas.GetRow(y);
-        for (int x = tile.left; x < tile.right; ++x) {
-            const Pixel pixel = ToPixel<Pixel>(from[x - tile.left].Get(job.stroke.overlap));
+        for (int x = cell.left; x < cell.right; ++x) {
+            const Pixel pixel = ToPixel<Pixel>(from[x - cell.left].Get(job.stroke.overlap));
             if (pixel == Pixel{})
                 continue;
             row[x - job.rect.left] = pixel;
@@ -223,21 +226,31 @@ void Store(const Job& job, const RectT<int>& tile, const CanvasT& canvas)
     }
 }
 
-template<class Texel, class PixelT>
-void PaintTile(const Job& job, const RectT<int>& tile)
+using Pieces = std::vector<const TexturedPolygon*>;
+
+/// Finds the pieces that reach into a rectangle. \return the part that they reach into.
+template<class Range, class GetPiece>
+RectT<int> FindPieces(const Range& range, const RectT<int>& rect, Pieces& pieces,
+                      const GetPiece& getPiece)
 {
-    RectT<int> part = RectT<int>::MakeUnset();
-    std::vector<const TexturedPolygon*> pieces;
-    for (const TexturedPolygon& piece : job.stroke.polygons) {
-        const RectT<int> common = piece.bounds.Intersect(tile);
+    RectT<int> part{};
+    pieces.clear();
+    for (const auto& element : range) {
+        const TexturedPolygon& piece = getPiece(element);
+        const RectT<int> common = piece.bounds.Intersect(rect);
         if (common.IsEmpty())
             continue;
         part = pieces.empty() ? common : part.Union(common);
         pieces.push_back(&piece);
     }
-    if (pieces.empty())
-        return;
-    Canvas<PixelT, Texel> canvas(job.stroke, part);
+    return part;
+}
+
+template<class Texel, class PixelT>
+void PaintCell(const Job& job, const RectT<int>& part, const Pieces& pieces,
+               Canvas<PixelT, Texel>& canvas)
+{
+    canvas.Begin(part);
     for (const TexturedPolygon* piece : pieces) {
         if (IsAbortSet(job.abort))
             return;
@@ -248,6 +261,27 @@ void PaintTile(const Job& job, const RectT<int>& tile)
             Store<Pixel>(job, part, canvas);
         return true;
     });
+}
+
+/// Pixels a side of the cells that tiles consist of: their float pixels fit a processor's cache.
+constexpr int CellSide = 64;
+
+template<class Texel, class PixelT>
+void PaintTile(const Job& job, const RectT<int>& tile)
+{
+    Pieces ofTile, ofCell;
+    const RectT<int> area = FindPieces(
+        job.stroke.polygons, tile, ofTile,
+        [](const TexturedPolygon& piece) -> auto& { return piece; });
+    Canvas<PixelT, Texel> canvas(job.stroke);
+    for (int y = area.top & -CellSide; y < area.bottom; y += CellSide)
+        for (int x = area.left & -CellSide; x < area.right; x += CellSide) {
+            const RectT<int> cell = RectT<int>{x, y, x + CellSide, y + CellSide}.Intersect(area);
+            const RectT<int> part = FindPieces(
+                ofTile, cell, ofCell, [](const TexturedPolygon* piece) -> auto& { return *piece; });
+            if (!ofCell.empty())
+                PaintCell(job, part, ofCell, canvas);
+        }
 }
 
 template<class Texel>
