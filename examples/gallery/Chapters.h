@@ -16,6 +16,7 @@ void ShowColourTransforms(Page& page);
 void ShowStrokes(Page& page);
 void ShowOutlines(Page& page);
 void ShowTexts(Page& page);
+void ShowBrushes(Page& page);
 void ShowSwitches(Page& page);
 /// @}
 

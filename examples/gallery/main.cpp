@@ -28,6 +28,7 @@ try {
     Gallery::ShowStrokes(page);
     Gallery::ShowOutlines(page);
     Gallery::ShowTexts(page);
+    Gallery::ShowBrushes(page);
     Gallery::ShowSwitches(page);
     page.Close();
 } catch (const std::exception& error) {

@@ -99,11 +99,15 @@ void CPolygon::ComputeCoverages(int y, int left, int right, CCoverage& row)
         least = std::min({least, x0, x1});
         most = std::max({most, x0, x1});
     }
-    if (count == 0 || most < left || least >= right)
+    if (count == 0)
+        return;
+    row.begin = row.fullBegin = Floor(least);
+    row.end = row.fullEnd = Floor(most) + 1;
+    ClipCoverages(left, right, row);
+    if (row.IsEmpty())
         return;
     m_map.BeginRow(y + 0.5);
-    row.begin = row.first = std::max(left, Floor(least));
-    row.end = std::min(right, Floor(most) + 1);
+    row.first = row.begin;
     row.areas.assign(std::size_t(row.end - row.begin) + 1, 0);
     for (std::size_t i = 0; i < count; ++i)
         AddPiece(pieces[i], row.begin, row.end, row);

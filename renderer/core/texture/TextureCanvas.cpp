@@ -153,15 +153,21 @@ public:
         for (int y = part.top; y < part.bottom; ++y) {
             polygon.ComputeCoverages(y, part.left, part.right, m_coverage);
             PixelT* const row = GetRow(y);
-            for (int x = m_coverage.begin; x < m_coverage.end; ++x) {
-                const float share = m_coverage.GetShare(x);
-                if (!(share > 0.0F))
-                    continue;
+            const auto paint = [&](int x, float area) {
                 const TexturePlace place = polygon.MapX(x);
-                row[x - m_rect.left].Add({sampler.Sample(place.u, place.v), share, place.opacity,
+                row[x - m_rect.left].Add({sampler.Sample(place.u, place.v), area, place.opacity,
                                           std::abs(place.v - 0.5F) * piece.width},
                                          piece, m_stroke.overlap);
-            }
+            };
+            const auto paintEdge = [&](int begin, int end) {
+                for (int x = begin; x < end; ++x)
+                    if (m_coverage.GetArea(x) > 0)
+                        paint(x, m_coverage.GetShare(x));
+            };
+            paintEdge(m_coverage.begin, m_coverage.fullBegin);
+            for (int x = m_coverage.fullBegin; x < m_coverage.fullEnd; ++x)
+                paint(x, 1.0F);
+            paintEdge(m_coverage.fullEnd, m_coverage.end);
         }
     }
 
