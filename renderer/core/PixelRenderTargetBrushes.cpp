@@ -104,9 +104,13 @@ void PixelRenderTarget::DrawBrushStroke(const Path& path, const StrokeFrame& fra
     const Transform toDevice = LineStyleStrokeHelper::GetShapeTransform(lineStyle, frame);
     const Transform toRuns = style.GetResIndependent() ? frame.current : Transform{};
     const auto runs = MakeRuns(path, ends, [&](Geometry::Point p) { return toRuns.Map(p); });
-    const Texture::PressureProfile pressure(lineStyle.GetPressure());
-    const Texture::BrushLine line{*style.GetBrush(), ends.width, ends.join, ends.mitreLimit,
-                                  pressure,          toDevice,   area};
+    const Texture::BrushLine line{*style.GetBrush(),
+                                  ends.width,
+                                  ends.join,
+                                  ends.mitreLimit,
+                                  m_strokeHelper.PostProcessForPressure(lineStyle),
+                                  toDevice,
+                                  area};
     Texture::TexturedPolygons stroke;
     BrushPen pen(line, GetTotalLength(runs), stroke.polygons);
     for (const auto& run : runs)

@@ -38,17 +38,25 @@ unsigned BrushPen::GetSide(unsigned side, std::uint32_t level) noexcept
     return std::max(1U, static_cast<unsigned>(reduced));
 }
 
-double BrushPen::GetSize(double share) const
+double BrushPen::GetPressure(double share) const noexcept
 {
-    if (m_line.pressure.IsConstant() && m_line.pressure.At(0.0) == 1.0)
+    const Geometry::WidthProfile* const profile = m_line.pressure;
+    if (!profile)
         return 1.0;
-    return 1.0 + m_settings.sizeByPressure * (m_line.pressure.At(share) - 1.0);
+    std::size_t span = 0;
+    while (span + 1 < profile->GetSpanCount() && profile->GetSpanEnd(span) < share)
+        ++span;
+    return profile->Evaluate(span, share).factor;
 }
 
-double BrushPen::GetOpacity(double share) const
+double BrushPen::GetSize(double share) const noexcept
 {
-    const double byPressure =
-        1.0 + m_settings.opacityByPressure * (m_line.pressure.At(share) - 1.0);
+    return 1.0 + m_settings.sizeByPressure * (GetPressure(share) - 1.0);
+}
+
+double BrushPen::GetOpacity(double share) const noexcept
+{
+    const double byPressure = 1.0 + m_settings.opacityByPressure * (GetPressure(share) - 1.0);
     return m_settings.opacity * std::min(byPressure, 1.0);
 }
 

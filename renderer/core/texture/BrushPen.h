@@ -5,11 +5,11 @@
 #include <vector>
 
 #include <geometry/Stroker.h>
+#include <geometry/WidthProfile.h>
 #include <kernel/Rect.h>
 #include <raster/AffineTransform.h>
 #include <raster/RasterBrush.h>
 #include <renderer/core/texture/BrushPath.h>
-#include <renderer/core/texture/PressureProfile.h>
 #include <renderer/core/texture/TexturedPolygon.h>
 
 namespace Renderer::Texture {
@@ -21,7 +21,7 @@ struct BrushLine
     double weight;                    ///< in the units of the path
     Geometry::StrokeJoin join;        ///< of bent tips
     double mitreLimit;
-    const PressureProfile& pressure;
+    const Geometry::WidthProfile* pressure;   ///< null for the constant 1
     Raster::AffineTransform::Params toDevice; ///< from the path to the page's pixels
     Kernel::RectT<int> visible;               ///< pieces elsewhere are left out
 };
@@ -82,8 +82,10 @@ private:
     void DrawJoin(const BrushPath::Sample& before, const BrushPath::Sample& after, double length);
     void DrawFan(const Section& section, Point from, Point to, bool isRight, int parts);
 
-    double GetSize(double share) const;
-    double GetOpacity(double share) const;
+    /// Of a share of the run's length.
+    double GetPressure(double share) const noexcept;
+    double GetSize(double share) const noexcept;
+    double GetOpacity(double share) const noexcept;
     std::uint32_t GetLevel(double deviceLength, double deviceHeight) const noexcept;
     /// A corner on the page; \p side the place across the path, −1 … 1.
     CVertex MakeCorner(const Section& section, Point offset, double side) const;

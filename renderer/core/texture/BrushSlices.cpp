@@ -43,7 +43,7 @@ void BrushPen::DrawSlices(const BrushPath& run)
     // Texture places count from the slice's own tile, so that they keep their precision; no slice
     // reaches through more than one tile. Where width and opacity change, slices are short.
     double longest = std::max(m_tileLength, m_shortest);
-    if (!m_line.pressure.IsConstant())
+    if (m_line.pressure)
         longest = std::min(longest, std::max(0.25 * m_line.weight, m_shortest));
     const auto& samples = run.GetSamples();
     for (std::size_t i = 0; i + 1 < samples.size(); ++i) {

@@ -132,8 +132,12 @@ public:
     {
         const Pressure pressure =
             Below(2) == 0 ? Pressure() : MakePressure(In(0, 1), In(0, 3), In(0, 2));
-        return MakeStyle(MakeNoiseTip(), MakeSettings(), In(0.5, 40),
-                         static_cast<LineStyle::LineJoin>(Below(4)), pressure);
+        LineStyleDescriptorConst line = MakeStyle(MakeNoiseTip(), MakeSettings(), In(0.5, 40),
+                                                  static_cast<LineStyle::LineJoin>(Below(4)),
+                                                  pressure);
+        // Which brushes do without.
+        line.SetStrokeAlignment(static_cast<LineStyleDescriptorConst::StrokeAlignment>(Below(3)));
+        return line;
     }
 
 private:
