@@ -15,8 +15,8 @@ void ShowFormats(Page& page);
 void ShowColourTransforms(Page& page);
 void ShowStrokes(Page& page);
 void ShowOutlines(Page& page);
-void ShowTexts(Page& page);
 void ShowBrushes(Page& page);
+void ShowTexts(Page& page);
 void ShowSwitches(Page& page);
 /// @}
 

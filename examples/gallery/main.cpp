@@ -27,8 +27,8 @@ try {
     Gallery::ShowColourTransforms(page);
     Gallery::ShowStrokes(page);
     Gallery::ShowOutlines(page);
-    Gallery::ShowTexts(page);
     Gallery::ShowBrushes(page);
+    Gallery::ShowTexts(page);
     Gallery::ShowSwitches(page);
     page.Close();
 } catch (const std::exception& error) {

@@ -260,7 +260,8 @@ void PixelRenderTarget::DrawPolyCurve(Counted<const Geometry::PolyCurveDbl> curv
     const bool plain = opacity >= 1.0F && mode == FillBlendMode::Normal &&
                        transparency.IsFillNone() && !GetMask().buffer;
     if (filled && stroked && (!plain || HasBlendRanges(options)) &&
-        lineStyle.GetStrokeAlignment() != LineStyleDescriptorConst::Outside) {
+        (lineStyle.GetStrokeAlignment() != LineStyleDescriptorConst::Outside ||
+         lineStyle.GetLineStyle()->PaintsWithBrush())) {
         const RectT<double> bounds =
             lineStyle.InflateBaseRect(curve->GetBoundingBox().GetRect(), GetCurrentTransform(),
                                       GetScalarTransform(), GetLogToDevTransform());

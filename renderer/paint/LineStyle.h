@@ -94,7 +94,8 @@ public:
     bool GetResIndependent() const noexcept { return m_resIndependent; }
     void SetResIndependent(bool resIndependent) noexcept { m_resIndependent = resIndependent; }
 
-    /// What a line of type RasterBrush is painted with; empty for none.
+    /// What a line of type RasterBrush is painted with; empty for none. Such lines are centred on
+    /// their paths, whatever their alignment.
     const Kernel::Counted<const Raster::RasterBrush>& GetBrush() const noexcept { return m_brush; }
     void SetBrush(Kernel::Counted<const Raster::RasterBrush> brush) { m_brush = std::move(brush); }
     /// Whether the line is painted with its brush: its type is RasterBrush, and the brush has a

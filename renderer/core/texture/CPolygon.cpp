@@ -180,16 +180,14 @@ void CPolygon::ClipCoverages(int left, int right, CCoverage& row) noexcept
 
 void CPolygon::ClipEntryPixels(int left, CCoverage& row) noexcept
 {
-    row.begin = std::max(row.begin, left);
-    row.fullBegin = std::max(row.fullBegin, left);
-    row.fullEnd = std::max(row.fullEnd, left);
+    for (int* const place : {&row.begin, &row.fullBegin, &row.fullEnd, &row.end})
+        *place = std::max(*place, left);
 }
 
 void CPolygon::ClipExitPixels(int right, CCoverage& row) noexcept
 {
-    row.fullBegin = std::min(row.fullBegin, right);
-    row.fullEnd = std::min(row.fullEnd, right);
-    row.end = std::min(row.end, right);
+    for (int* const place : {&row.begin, &row.fullBegin, &row.fullEnd, &row.end})
+        *place = std::min(*place, right);
 }
 
 } // namespace Renderer::Texture
