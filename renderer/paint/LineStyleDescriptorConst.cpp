@@ -30,7 +30,8 @@ double GetLargestPressure(const Kernel::Counted<const Geometry::CurveDbl>& press
     return box.IsValid() ? std::max(1.0, box.GetRect().bottom) : 1.0;
 }
 
-/// How far the stroke reaches beyond its path, in units of its weight.
+/// How far the stroke reaches beyond its path, in units of its weight. Inside, closed runs do not
+/// reach beyond it, but open ones are centred on it.
 double GetReach(const LineStyleDescriptorConst& lineStyle)
 {
     const double sides =
@@ -46,18 +47,17 @@ double GetStrokeScale(const Transform& current)
     return scale > 0.0 ? scale : 1.0;
 }
 
-Kernel::RectT<double> Grow(const Kernel::RectT<double>& rect, double x, double y)
+Kernel::RectT<double> Grow(const Kernel::RectT<double>& rect, Geometry::Point by)
 {
-    if (rect.IsUnset() || !std::isfinite(x) || !std::isfinite(y))
+    if (rect.IsUnset() || !std::isfinite(by.x) || !std::isfinite(by.y))
         return rect;
-    return {rect.left - x, rect.top - y, rect.right + x, rect.bottom + y};
+    return {rect.left - by.x, rect.top - by.y, rect.right + by.x, rect.bottom + by.y};
 }
 
-/// Grows a box by the box of a mapped circle, whose half sides are the lengths of the matrix rows.
-Kernel::RectT<double> GrowByMappedCircle(const Kernel::RectT<double>& rect, double radius,
-                                         const Transform& map)
+/// Half the sides of the box of a mapped circle: the lengths of the rows of the matrix.
+Geometry::Point GetMappedCircle(double radius, const Transform& map)
 {
-    return Grow(rect, radius * std::hypot(map.m00, map.m01), radius * std::hypot(map.m10, map.m11));
+    return {radius * std::hypot(map.m00, map.m01), radius * std::hypot(map.m10, map.m11)};
 }
 
 } // namespace
@@ -114,14 +114,16 @@ Kernel::RectT<double> LineStyleDescriptorConst::InflateBaseRect(const Kernel::Re
 {
     if (!IsLineStyleVisible())
         return rect;
-    const double radius =
+    const double reach =
         std::abs(GetEffectiveWeight(current, scalar, logToDevice)) * GetReach(*this);
-    if (!m_lineStyle->GetResIndependent())
-        return Grow(rect, radius / GetStrokeScale(current), radius / GetStrokeScale(current));
     Transform inverse;
-    if (!AffineTransform::Invert(current, inverse))
-        return rect; // nothing shows
-    return GrowByMappedCircle(rect, radius, inverse);
+    const bool shows = AffineTransform::Invert(current, inverse);
+    if (m_lineStyle->GetResIndependent())
+        return shows ? Grow(rect, GetMappedCircle(reach + InflationMargin, inverse)) : rect;
+    const double radius = reach / GetStrokeScale(current);
+    const Geometry::Point margin =
+        shows ? GetMappedCircle(InflationMargin, inverse) : Geometry::Point{};
+    return Grow(rect, margin + Geometry::Point{radius, radius});
 }
 
 Kernel::RectT<double>
@@ -131,11 +133,12 @@ LineStyleDescriptorConst::InflateSpreadRect(const Kernel::RectT<double>& rect,
 {
     if (!IsLineStyleVisible())
         return rect;
-    const double radius =
+    const double reach =
         std::abs(GetEffectiveWeight(current, scalar, logToDevice)) * GetReach(*this);
+    const Geometry::Point margin{InflationMargin, InflationMargin};
     if (m_lineStyle->GetResIndependent())
-        return Grow(rect, radius, radius);
-    return GrowByMappedCircle(rect, radius / GetStrokeScale(current), current);
+        return Grow(rect, margin + Geometry::Point{reach, reach});
+    return Grow(rect, margin + GetMappedCircle(reach / GetStrokeScale(current), current));
 }
 
 bool LineStyleDescriptorConst::IsPressureProfileRedundant(

@@ -95,18 +95,28 @@ public:
     double GetEffectiveWeight(const Transform& current, const Transform& scalar,
                               const Transform& logToDevice = {}) const;
 
-    /// The box of a path in logical units, grown by all that its stroke can cover there. The
+    /// By how much the rectangles below are larger than what a stroke covers, in device pixels: for
+    /// what flattening at the default tolerance, rounding to fixed point, moving to pixel middles
+    /// and the least width of hairlines put outside.
+    static constexpr double InflationMargin = 0.5;
+
+    /// The box of a path in logical units, grown by all that its stroke can touch there. The
     /// transforms are those of GetEffectiveWeight.
     ///
-    /// A stroke is built in logical units with the effective weight over s(current); it reaches
-    /// weight·LineStyle::GetReachPerWeight beyond the path when centred or inside and twice that
-    /// when outside, times the largest pressure above 1. Resolution-independent strokes are circles
-    /// of that radius on the device, taken back by the inverse of the current transform.
+    /// A stroke of the effective weight w reaches r = w·a·p·LineStyle::GetReachPerWeight beyond the
+    /// path: a is 2 for Outside, else 1 (inside, closed runs reach nowhere, but open runs are
+    /// centred); p is the largest pressure, or 1 if that is less. It is built in logical units, r
+    /// over s(current) (1 where that is 0), and the margin of half a pixel is taken back by the
+    /// inverse of the current transform M: each side moves by r/s + ½·|row of M⁻¹|.
+    /// Resolution-independent strokes are circles on the device: (r + ½)·|row of M⁻¹|. Where there
+    /// is no inverse, nothing of the path shows and the terms with it are left out.
+    /// \return \p rect itself for invisible lines, and where it is unset.
     Kernel::RectT<double> InflateBaseRect(const Kernel::RectT<double>& rect,
                                           const Transform& current, const Transform& scalar,
                                           const Transform& logToDevice = {}) const;
 
-    /// The same for a box that is already mapped by the current transform.
+    /// The same for a box that is already mapped by the current transform, to the device: each side
+    /// moves by r/s·|row of M| + ½; by r + ½ for resolution-independent strokes.
     Kernel::RectT<double> InflateSpreadRect(const Kernel::RectT<double>& rect,
                                             const Transform& current, const Transform& scalar,
                                             const Transform& logToDevice = {}) const;

@@ -13,6 +13,7 @@ namespace {
 using Raster::AffineTransform;
 
 const AffineTransform::Params Identity;
+constexpr double Margin = LineStyleDescriptorConst::InflationMargin;
 
 TEST(LineStyle, StartsWithoutLine)
 {
@@ -85,12 +86,12 @@ TEST(LineStyleDescriptor, EffectiveWeight)
 TEST(LineStyleDescriptor, InflationHoldsTheStroke)
 {
     const Kernel::RectT<double> rect{0, 0, 10, 20};
-    const auto reach = [&](const LineStyleDescriptorConst& line) {
+    const auto reach = [&](const LineStyleDescriptorConst& line) { // less the margin
         const auto grown = line.InflateBaseRect(rect, Identity, Identity);
         EXPECT_DOUBLE_EQ(grown.right - 10, -grown.left);
         EXPECT_DOUBLE_EQ(grown.bottom - 20, -grown.top);
         EXPECT_DOUBLE_EQ(-grown.top, -grown.left);
-        return -grown.left;
+        return -grown.left - (line.IsLineStyleVisible() ? Margin : 0.0);
     };
     using L = LineStyle;
     struct Case
@@ -128,17 +129,17 @@ TEST(LineStyleDescriptor, InflationFollowsThePen)
     const auto current = AffineTransform::Scaling(3, 1);
     const auto device =
         LineStyleDescriptorConst(2.0).InflateSpreadRect({0, 0, 30, 20}, current, current);
-    EXPECT_DOUBLE_EQ(device.left, -3);
-    EXPECT_DOUBLE_EQ(device.bottom, 21);
+    EXPECT_DOUBLE_EQ(device.left, -3 - Margin);
+    EXPECT_DOUBLE_EQ(device.bottom, 21 + Margin);
     const auto logical = LineStyleDescriptorConst(2.0).InflateBaseRect(rect, current, current);
-    EXPECT_DOUBLE_EQ(logical.left, -1);
-    EXPECT_DOUBLE_EQ(logical.top, -1);
+    EXPECT_DOUBLE_EQ(logical.left, -1 - Margin / 3);
+    EXPECT_DOUBLE_EQ(logical.top, -1 - Margin);
 
     // A resolution-independent pen is a circle on the device.
     const LineStyleDescriptorConst hairline(2.0, true);
-    EXPECT_DOUBLE_EQ(hairline.InflateSpreadRect(rect, current, current).left, -1);
-    EXPECT_DOUBLE_EQ(hairline.InflateBaseRect(rect, current, current).left, -1.0 / 3);
-    EXPECT_DOUBLE_EQ(hairline.InflateBaseRect(rect, current, current).top, -1);
+    EXPECT_DOUBLE_EQ(hairline.InflateSpreadRect(rect, current, current).left, -1 - Margin);
+    EXPECT_DOUBLE_EQ(hairline.InflateBaseRect(rect, current, current).left, -(1 + Margin) / 3);
+    EXPECT_DOUBLE_EQ(hairline.InflateBaseRect(rect, current, current).top, -1 - Margin);
 
     // Maps of scale 0 count as scale 1; singular ones show nothing.
     EXPECT_DOUBLE_EQ(

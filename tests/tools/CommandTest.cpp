@@ -268,7 +268,7 @@ TEST_F(Command, ShowsOutlinesOrWhatWouldBeTouched)
     for (const std::string& out : {std::string(), Path("b.png")}) {
         ASSERT_EQ(Run("draw " + in + " " + out + " --target null --scale 2"), 0) << m_errors;
         EXPECT_EQ(m_folder.Read("out"), "page: 40 x 24 pixels\n"
-                                        "touched: x 6 to 34, y 2 to 20\n"
+                                        "touched: x 5 to 34, y 2 to 21\n"
                                         "paths: 2\nfilled paths: 2\nstroked paths: 1\n"
                                         "clip paths: 3\nclip groups: 1\n");
         EXPECT_FALSE(fs::exists(Path("b.png")));
