@@ -220,6 +220,7 @@ private:
     };
 
     bool CanDraw(float opacity) const;
+    bool IsAntialiased(const PathRule& rule) const;
     double GetFlatteningTolerance() const;
     /// The fill's populators in the given role.
     bool AddPopulator(const FillDescriptorConst& paint, PopulatorRole role);

@@ -4,6 +4,7 @@
 
 #include <renderer/core/CallScope.h>
 #include <renderer/core/DevicePixels.h>
+#include <renderer/core/Hairline.h>
 #include <renderer/core/PixelRenderTarget.h>
 #include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillBuffer.h>
@@ -22,6 +23,16 @@ bool HasBlendRanges(const BlendOptions& options)
 {
     // Most calls have this one: looking at a dozen curves would cost small shapes something.
     return &options != &BlendOptions::Identity() && !options.IsIdentityCurves();
+}
+
+/// Whether a stroke lies on the fill of its path anywhere: not outside of closed runs, but for
+/// brushes, which keep to the path.
+bool LiesOnFill(const LineStyleDescriptorConst& lineStyle, const Geometry::PolyCurveDbl& path)
+{
+    return lineStyle.GetStrokeAlignment() != LineStyleDescriptorConst::Outside ||
+           lineStyle.GetLineStyle()->PaintsWithBrush() ||
+           !std::ranges::all_of(path.GetCurves(),
+                                [](const Geometry::CurveDbl& run) { return run.IsClosed(); });
 }
 
 } // namespace
@@ -186,13 +197,18 @@ void PixelRenderTarget::DrawTexture(const Counted<Raster::DynamicBuffer>& textur
                 {WindingOrderMode::NonZero, true, true});
 }
 
+bool PixelRenderTarget::IsAntialiased(const PathRule& rule) const
+{
+    return GetAntialias() && (m_clipPaths.IsEmpty() ? rule.antialias : rule.antialiasUnderClip);
+}
+
 void PixelRenderTarget::RasterizePolyPolygon(const PolyPolygon& polygons,
                                              const Transform& transform, const PathRule& rule)
 {
     if (IsAborting() || !m_current)
         return;
     const bool clipped = !m_clipPaths.IsEmpty();
-    const bool antialias = GetAntialias() && (clipped ? rule.antialiasUnderClip : rule.antialias);
+    const bool antialias = IsAntialiased(rule);
     RectT<int> window = GetVisibleRect();
     const Coverage::ClipCoverage* clip = nullptr;
     const ClipState* exactClip = nullptr;
@@ -259,9 +275,7 @@ void PixelRenderTarget::DrawPolyCurve(Counted<const Geometry::PolyCurveDbl> curv
     // Fill and stroke that overlap and do not simply cover what is below are one object.
     const bool plain = opacity >= 1.0F && mode == FillBlendMode::Normal &&
                        transparency.IsFillNone() && !GetMask().buffer;
-    if (filled && stroked && (!plain || HasBlendRanges(options)) &&
-        (lineStyle.GetStrokeAlignment() != LineStyleDescriptorConst::Outside ||
-         lineStyle.GetLineStyle()->PaintsWithBrush())) {
+    if (filled && stroked && (!plain || HasBlendRanges(options)) && LiesOnFill(lineStyle, *curve)) {
         const RectT<double> bounds =
             lineStyle.InflateBaseRect(curve->GetBoundingBox().GetRect(), GetCurrentTransform(),
                                       GetScalarTransform(), GetLogToDevTransform());
@@ -321,17 +335,28 @@ void PixelRenderTarget::DrawStroke(const Path& path, const Composition& composit
                                    const FillDescriptorConst& transparency,
                                    const LineStyleDescriptorConst& lineStyle, const PathRule& rule)
 {
-    const StrokeFrame frame{GetCurrentTransform(), GetLineWeightDevice(lineStyle),
-                            GetDeviceExpansionTolerance(), GetFlatteningTolerance(),
-                            GetRoundMidPixel()};
-    if (lineStyle.GetLineStyle()->PaintsWithBrush()) {
+    const Transform current = GetCurrentTransform();
+    const LineStyle& style = *lineStyle.GetLineStyle();
+    StrokeFrame frame{current,
+                      GetLineWeightDevice(lineStyle),
+                      GetDeviceExpansionTolerance(),
+                      GetFlatteningTolerance(),
+                      GetRoundMidPixel(),
+                      rule.winding};
+    if (style.PaintsWithBrush()) {
         DrawBrushStroke(path, frame, composition, lineFill, transparency, lineStyle);
         return;
     }
+    Hairline hairline{1.0, composition.opacity};
+    if (IsAntialiased(rule)) // otherwise every pixel with area is drawn, however thin the line
+        hairline = KeepVisualWeight(
+            GetLargestWidth(frame.weight, style.GetResIndependent(), current), composition.opacity);
+    frame.penScale = hairline.penScale;
     m_outline.Clear();
     if (m_strokeHelper.ProducePolygons(path, lineStyle, frame, m_outline))
         DrawPolygons(m_outline, LineStyleStrokeHelper::GetShapeTransform(lineStyle, frame),
-                     composition, lineFill, transparency,
+                     {hairline.opacity, composition.mode, composition.options}, lineFill,
+                     transparency,
                      {WindingOrderMode::NonZero, rule.antialias, rule.antialiasUnderClip});
 }
 

@@ -159,14 +159,14 @@ void LineStyleDescriptorConst::OptimisePressureProfile()
         m_pressure = Kernel::MakeCounted<Geometry::CurveDbl>(SimplifyPressure(*m_pressure));
 }
 
-Kernel::Counted<const Geometry::PolyCurveDbl>
-LineStyleDescriptorConst::GetPolyCurveOutline(const Geometry::PolyCurveDbl& path,
-                                              const Transform& current, const Transform& scalar,
-                                              const Transform& logToDevice, double tolerance) const
+Kernel::Counted<const Geometry::PolyCurveDbl> LineStyleDescriptorConst::GetPolyCurveOutline(
+    const Geometry::PolyCurveDbl& path, const Transform& current, const Transform& scalar,
+    const Transform& logToDevice, double tolerance, Geometry::WindingOrderMode winding) const
 {
     const double stretch = AffineTransform::GetLargestSingularValue(current);
-    const StrokeFrame frame{current, GetEffectiveWeight(current, scalar, logToDevice), tolerance,
-                            stretch > 0.0 ? tolerance / stretch : tolerance};
+    const StrokeFrame frame{current,   GetEffectiveWeight(current, scalar, logToDevice),
+                            tolerance, stretch > 0.0 ? tolerance / stretch : tolerance,
+                            false,     winding};
     return LineStyleStrokeHelper().ProduceOutline(path, *this, frame);
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include <geometry/Curve.h>
+#include <geometry/WindingOrderMode.h>
 #include <kernel/Consolidated.h>
 #include <kernel/Countable.h>
 #include <kernel/Counted.h>
@@ -140,11 +141,12 @@ public:
     /// of the path: dashes, caps, joins and pressure included.
     /// \param current,scalar,logToDevice the transforms of GetEffectiveWeight
     /// \param tolerance largest distance from the exact stroke, in device pixels
+    /// \param winding what is inside of the path, for strokes that are aligned inside or outside
     /// \return empty where CanProvidePolyCurveOutline is false, and where nothing would be drawn.
-    Kernel::Counted<const Geometry::PolyCurveDbl>
-    GetPolyCurveOutline(const Geometry::PolyCurveDbl& path, const Transform& current,
-                        const Transform& scalar, const Transform& logToDevice = {},
-                        double tolerance = 0.1) const;
+    Kernel::Counted<const Geometry::PolyCurveDbl> GetPolyCurveOutline(
+        const Geometry::PolyCurveDbl& path, const Transform& current, const Transform& scalar,
+        const Transform& logToDevice = {}, double tolerance = 0.1,
+        Geometry::WindingOrderMode winding = Geometry::WindingOrderMode::EvenOdd) const;
 
     /// Whether both draw the same: the curves are compared point by point, the preview flag is not.
     friend RENDERER_EXPORT bool operator==(const LineStyleDescriptorConst& a,

@@ -1,8 +1,10 @@
 #include <renderer/paint/LineStyleStrokeHelper.h>
 
+#include <algorithm>
 #include <ranges>
 #include <span>
 
+#include <geometry/CombineRegions.h>
 #include <renderer/core/MidPixelSnap.h>
 
 namespace Renderer {
@@ -75,6 +77,65 @@ bool IsSnapped(const Geometry::StrokeParameters& pen, const StrokeFrame& frame)
     return frame.roundMidPixel && IsHairline(pen.width);
 }
 
+bool IsClosed(const Geometry::CurveDbl& run)
+{
+    return run.IsClosed();
+}
+
+bool IsAligned(const Geometry::PolyCurveDbl& path, const LineStyleDescriptorConst& lineStyle)
+{
+    return lineStyle.GetStrokeAlignment() != LineStyleDescriptorConst::Centre &&
+           std::ranges::any_of(path.GetCurves(), IsClosed);
+}
+
+/// What is to be done with a stroke of twice the width and the filled path.
+Geometry::RegionOperation GetOperation(const LineStyleDescriptorConst& lineStyle)
+{
+    return lineStyle.GetStrokeAlignment() == LineStyleDescriptorConst::Inside
+               ? Geometry::RegionOperation::Intersect
+               : Geometry::RegionOperation::Subtract;
+}
+
+/// Makes an aligned stroke, of polygons or of curves.
+/// \tparam Stroke appends the centred strokes of runs: (runs, frame, shape), false for none.
+/// \tparam Combine appends to \p out what is kept of \p wide, the strokes of closed runs of twice
+/// the
+///         width; false where that is too much work.
+template<class Shape, class Stroke, class Combine>
+bool AlignStroke(const Geometry::PolyCurveDbl& path, const StrokeFrame& frame, Shape& wide,
+                 const Stroke& stroke, const Combine& combine, Shape& out)
+{
+    const auto isOpen = [](const Geometry::CurveDbl& run) { return !run.IsClosed(); };
+    auto closedRuns = path.GetCurves() | std::views::filter(IsClosed);
+    auto openRuns = path.GetCurves() | std::views::filter(isOpen);
+    StrokeFrame wideFrame = frame;
+    wideFrame.penScale *= 2.0;
+    wideFrame.roundMidPixel = false;
+    if (!stroke(closedRuns, wideFrame, wide))
+        return false;
+    if (!combine())
+        stroke(closedRuns, frame, out);
+    stroke(openRuns, frame, out);
+    return true;
+}
+
+/// A path as it is filled, in the units of its stroke.
+void Flatten(const Geometry::PolyCurveDbl& path, bool onDevice, const StrokeFrame& frame,
+             PolyPolygon& out)
+{
+    if (!onDevice) {
+        path.ExpandAdaptive(frame.logicalTolerance, out);
+        return;
+    }
+    PolyPolygon logical;
+    path.ExpandAdaptive(frame.logicalTolerance, logical);
+    for (std::size_t i = 0; i < logical.GetPolygonCount(); ++i) {
+        out.BeginPolygon();
+        for (const Geometry::Point point : logical.GetPolygon(i).points)
+            out.AddPoint(frame.current.Map(point));
+    }
+}
+
 } // namespace
 
 LineStyleStrokeHelper::Transform
@@ -102,6 +163,7 @@ LineStyleStrokeHelper::ResolveEnds(const LineStyleDescriptorConst& lineStyle,
         pen.dashPhase = style.GetDashPhase();
         pen.dashUnit = pen.width / style.GetWeight();
     }
+    pen.width *= frame.penScale;
     return pen;
 }
 
@@ -119,7 +181,7 @@ LineStyleStrokeHelper::PostProcessForPressure(const LineStyleDescriptorConst& li
 }
 
 template<class Runs>
-bool LineStyleStrokeHelper::OutlineRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
+bool LineStyleStrokeHelper::OutlineRuns(Runs&& runs, const LineStyleDescriptorConst& lineStyle,
                                         const StrokeFrame& frame, Geometry::PolyCurveDbl& out)
 {
     const Geometry::StrokeParameters pen = ResolveEnds(lineStyle, frame);
@@ -141,7 +203,7 @@ bool LineStyleStrokeHelper::OutlineRuns(const Runs& runs, const LineStyleDescrip
 }
 
 template<class Runs>
-bool LineStyleStrokeHelper::StrokeRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
+bool LineStyleStrokeHelper::StrokeRuns(Runs&& runs, const LineStyleDescriptorConst& lineStyle,
                                        const StrokeFrame& frame, PolyPolygon& out)
 {
     if (IsOutlined(lineStyle)) {
@@ -177,7 +239,19 @@ bool LineStyleStrokeHelper::ProducePolygons(const Geometry::PolyCurveDbl& path,
                                             const LineStyleDescriptorConst& lineStyle,
                                             const StrokeFrame& frame, PolyPolygon& out)
 {
-    return StrokeRuns(path.GetCurves(), lineStyle, frame, out);
+    const auto stroke = [&](auto&& runs, const StrokeFrame& with, PolyPolygon& to) {
+        return StrokeRuns(runs, lineStyle, with, to);
+    };
+    if (!IsAligned(path, lineStyle))
+        return stroke(path.GetCurves(), frame, out);
+    m_wide.Clear();
+    const auto combine = [&] {
+        m_shape.Clear();
+        Flatten(path, lineStyle.GetLineStyle()->GetResIndependent(), frame, m_shape);
+        return Geometry::CombineRegions(m_wide, Geometry::WindingOrderMode::NonZero, m_shape,
+                                        frame.winding, GetOperation(lineStyle), out);
+    };
+    return AlignStroke(path, frame, m_wide, stroke, combine, out);
 }
 
 bool LineStyleStrokeHelper::ProducePolygons(const PolyPolygon& polylines,
@@ -194,7 +268,7 @@ bool LineStyleStrokeHelper::ProducePolygon(const Geometry::CurveDbl& run,
                                            const LineStyleDescriptorConst& lineStyle,
                                            const StrokeFrame& frame, PolyPolygon& out)
 {
-    return StrokeRuns(std::span(&run, 1), lineStyle, frame, out);
+    return ProducePolygons(Geometry::PolyCurveDbl(run), lineStyle, frame, out);
 }
 
 Counted<const Geometry::PolyCurveDbl>
@@ -202,9 +276,24 @@ LineStyleStrokeHelper::ProduceOutline(const Geometry::PolyCurveDbl& path,
                                       const LineStyleDescriptorConst& lineStyle,
                                       const StrokeFrame& frame)
 {
-    auto outline = Kernel::MakeCounted<Geometry::PolyCurveDbl>();
-    if (!lineStyle.CanProvidePolyCurveOutline() ||
-        !OutlineRuns(path.GetCurves(), lineStyle, frame, *outline))
+    using Outline = Geometry::PolyCurveDbl;
+    auto outline = Kernel::MakeCounted<Outline>();
+    const auto stroke = [&](auto&& runs, const StrokeFrame& with, Outline& to) {
+        return OutlineRuns(runs, lineStyle, with, to);
+    };
+    Outline wide;
+    const auto combine = [&] {
+        Outline shape = path;
+        if (lineStyle.GetLineStyle()->GetResIndependent())
+            shape.Transform([&frame](Geometry::Point p) { return frame.current.Map(p); });
+        return Geometry::CombineRegions(wide, Geometry::WindingOrderMode::NonZero, shape,
+                                        frame.winding, GetOperation(lineStyle),
+                                        ResolveEnds(lineStyle, frame).tolerance, *outline);
+    };
+    if (!lineStyle.CanProvidePolyCurveOutline())
+        return {};
+    if (!(IsAligned(path, lineStyle) ? AlignStroke(path, frame, wide, stroke, combine, *outline)
+                                     : stroke(path.GetCurves(), frame, *outline)))
         return {};
     if (lineStyle.GetLineStyle()->GetResIndependent()) {
         Transform inverse;

@@ -5,6 +5,7 @@
 #include <geometry/Polygon.h>
 #include <geometry/Stroker.h>
 #include <geometry/WidthProfile.h>
+#include <geometry/WindingOrderMode.h>
 #include <kernel/Counted.h>
 #include <raster/AffineTransform.h>
 #include <renderer/Export.h>
@@ -24,6 +25,10 @@ struct StrokeFrame
     /// Whether resolution-independent lines of at most a pixel move to pixel middles where they run
     /// along an axis.
     bool roundMidPixel = false;
+    /// What is inside of the path, for strokes that are aligned inside or outside.
+    Geometry::WindingOrderMode winding = Geometry::WindingOrderMode::EvenOdd;
+    /// The width of the pen in weights; dashes keep their lengths.
+    double penScale = 1.0;
 };
 
 /// Turns paths and line styles into the geometry of strokes: shapes to be filled non-zero.
@@ -32,8 +37,13 @@ struct StrokeFrame
 /// the current transform, so that the pen follows that transform when the shape is mapped;
 /// resolution-independent ones are built in device pixels (GetShapeTransform tells).
 ///
+/// Strokes of closed runs that are aligned inside or outside are strokes of twice the width, less
+/// what lies outside or inside of the filled path, open runs included, as it is flattened to be
+/// filled. Those of open runs are centred. Aligned strokes do not move to pixel middles. A path
+/// that crosses itself or its stroke a million times gets a centred stroke.
+///
 /// A helper keeps its memory: one that has made the like before allocates nothing for polygons of
-/// plain strokes.
+/// plain, centred strokes.
 class RENDERER_EXPORT LineStyleStrokeHelper
 {
 public:
@@ -62,7 +72,7 @@ public:
     /// The same for polylines, all of them open.
     bool ProducePolygons(const PolyPolygon& polylines, const LineStyleDescriptorConst& lineStyle,
                          const StrokeFrame& frame, PolyPolygon& out);
-    /// The same for one run.
+    /// The same for a path of one run.
     bool ProducePolygon(const Geometry::CurveDbl& run, const LineStyleDescriptorConst& lineStyle,
                         const StrokeFrame& frame, PolyPolygon& out);
 
@@ -76,17 +86,19 @@ public:
 private:
     /// Outlines runs (as below) centred on them, in the units of the shape.
     template<class Runs>
-    bool OutlineRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
+    bool OutlineRuns(Runs&& runs, const LineStyleDescriptorConst& lineStyle,
                      const StrokeFrame& frame, Geometry::PolyCurveDbl& out);
     /// Strokes runs (of CurveDbl, or views of polylines) centred on them.
     template<class Runs>
-    bool StrokeRuns(const Runs& runs, const LineStyleDescriptorConst& lineStyle,
+    bool StrokeRuns(Runs&& runs, const LineStyleDescriptorConst& lineStyle,
                     const StrokeFrame& frame, PolyPolygon& out);
 
     Geometry::PathStroker m_stroker;
     Geometry::PathOutliner m_outliner;
     Kernel::Counted<const Geometry::CurveDbl> m_pressure; // what the profile was made of
     Geometry::WidthProfile m_profile;
+    PolyPolygon m_wide;  // the strokes of closed runs, twice as wide,
+    PolyPolygon m_shape; // and the filled path, for aligned strokes
 };
 
 } // namespace Renderer

@@ -266,7 +266,7 @@ TEST_F(BufferTest, HostsLearnWhatIsWritten)
          all, part},
         {"fill and stroke as one",
          [&] { target->DrawRectangle(shape, 0.5F, red, red, LineStyleDescriptorConst(2.0)); },
-         "sync 0,0,4,5 ", "sync 2,3,4,5 "},
+         "sync 0,0,5,5 ", "sync 2,3,5,5 "},
         {"nothing",
          [&] {
              Fill({0, 0, 9, 9}, Red);

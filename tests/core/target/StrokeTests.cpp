@@ -2,8 +2,11 @@
 
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <random>
 
+#include <geometry/CombineRegions.h>
+#include <geometry/Stroker.h>
 #include <renderer/paint/LineStyleDescriptorConst.h>
 
 #include "TargetFixture.h"
@@ -28,7 +31,8 @@ protected:
     int Choose(int count) { return static_cast<int>(Uniform(0, count)); }
     Point InSquare(double half) { return {Uniform(-half, half), Uniform(-half, half)}; }
 
-    Counted<PolyCurveDbl> MakePath(Point centre, double size)
+    /// \param closing how many of three runs are closed
+    Counted<PolyCurveDbl> MakePath(Point centre, double size, int closing = 1)
     {
         auto path = Kernel::MakeCounted<PolyCurveDbl>();
         for (int run = Choose(2); run >= 0; --run) {
@@ -40,7 +44,7 @@ protected:
                 else
                     path->CurveTo(point(), point(), point());
             }
-            if (Choose(2))
+            if (Choose(3) < closing)
                 path->Close();
         }
         return path;
@@ -56,6 +60,7 @@ protected:
             style.SetDashPattern({Uniform(0, 5), Uniform(1, 5)});
         LineStyleDescriptorConst line(LineStyle::Consolidate(style));
         line.SetScale(Choose(2) == 0);
+        line.SetStrokeAlignment(static_cast<LineStyleDescriptorConst::StrokeAlignment>(Choose(3)));
         return line;
     }
 
@@ -108,13 +113,181 @@ TEST_F(StrokeTest, InflatedRectanglesHoldEveryTouchedPixel)
                         std::ceil(grown.bottom)}
                 .Contains(touched);
         };
-        EXPECT_TRUE(holds(
-            AffineTransform::MapRect(current, line.InflateBaseRect(box, current, scalar, device))))
-            << round;
-        EXPECT_TRUE(holds(line.InflateSpreadRect(AffineTransform::MapRect(current, box), current,
-                                                 scalar, device)))
-            << round;
+        const Rect base =
+            AffineTransform::MapRect(current, line.InflateBaseRect(box, current, scalar, device));
+        const Rect spread =
+            line.InflateSpreadRect(AffineTransform::MapRect(current, box), current, scalar, device);
+        EXPECT_TRUE(holds(base)) << round;
+        EXPECT_TRUE(holds(spread)) << round;
     }
+}
+
+// ---- alignment ----
+
+using Alignment = LineStyleDescriptorConst::StrokeAlignment;
+
+class AlignmentTest : public StrokeTest
+{
+protected:
+    static constexpr int Size = 80;
+
+    /// The alpha of every pixel of a stroke.
+    static std::vector<int> Draw(const Counted<PolyCurveDbl>& path, const LineStyle& style,
+                                 Alignment alignment, Geometry::WindingOrderMode rule,
+                                 const Transform& map)
+    {
+        const auto canvas = Make(Size, Size);
+        canvas->SetDeviceExpansionTolerance(0.02);
+        canvas->PushTransform(map, RenderTarget::TransformScalarMode::Concatenate);
+        LineStyleDescriptorConst line(LineStyle::Consolidate(style));
+        line.SetStrokeAlignment(alignment);
+        canvas->DrawPolyCurve(path, 1, FillBlendMode::Normal, BlendOptions::Identity(), {}, {},
+                              Solid(Red), line, rule, true, true);
+        return GetAlphas(canvas);
+    }
+
+    static std::vector<int> GetAlphas(const Counted<BitmapRenderTarget>& canvas)
+    {
+        std::vector<int> alphas;
+        const auto bytes = BytesOf(canvas);
+        for (std::size_t i = 3; i < bytes.size(); i += 4)
+            alphas.push_back(bytes[i]);
+        return alphas;
+    }
+
+    static double GetArea(const std::vector<int>& alphas)
+    {
+        return std::accumulate(alphas.begin(), alphas.end(), 0.0) / 255.0;
+    }
+};
+
+TEST_F(AlignmentTest, AreasOfASquareAndACircle)
+{
+    const auto square = Kernel::MakeCounted<PolyCurveDbl>(Rect{20, 20, 60, 60});
+    const auto circle = Kernel::MakeCounted<PolyCurveDbl>();
+    circle->AddEllipse({40, 40}, 20, 20);
+    LineStyle style(6.0);
+    const auto area = [&](const auto& path, Alignment alignment) {
+        return GetArea(Draw(path, style, alignment, Geometry::WindingOrderMode::EvenOdd, {}));
+    };
+    constexpr double pi = std::numbers::pi;
+    const double corners[] = {0.0, 144.0, pi * 36.0, 72.0}; // of the outer band, by join
+    for (int join = 0; join < 4; ++join) {
+        style.SetJoin(static_cast<LineStyle::LineJoin>(join));
+        EXPECT_NEAR(area(square, LineStyleDescriptorConst::Inside), 1600.0 - 28.0 * 28.0, 0.5);
+        EXPECT_NEAR(area(square, LineStyleDescriptorConst::Outside), 960.0 + corners[join], 0.5);
+        EXPECT_NEAR(area(circle, LineStyleDescriptorConst::Inside), pi * (400 - 196), 1.0);
+        EXPECT_NEAR(area(circle, LineStyleDescriptorConst::Outside), pi * (676 - 400), 1.0);
+    }
+}
+
+/// The stroke of twice the width, its parts united: where they overlap within a pixel, the
+/// rasteriser would count their coverages twice.
+Counted<Geometry::PolyPolygonType<double>> MakeWide(const PolyCurveDbl& path,
+                                                    const LineStyle& style)
+{
+    Geometry::StrokeParameters pen;
+    pen.width = 2.0 * style.GetWeight();
+    pen.cap = static_cast<Geometry::StrokeCap>(style.GetCap());
+    pen.join = static_cast<Geometry::StrokeJoin>(style.GetJoin());
+    pen.mitreLimit = style.GetMiterLimit();
+    pen.dashes = style.GetDashPattern();
+    pen.tolerance = 0.02;
+    Geometry::PolyPolygonType<double> stroke;
+    Geometry::StrokePolyCurve(path, pen, stroke);
+    auto united = Kernel::MakeCounted<Geometry::PolyPolygonType<double>>();
+    const auto rule = Geometry::WindingOrderMode::NonZero;
+    EXPECT_TRUE(Geometry::CombineRegions(stroke, rule, {}, rule, Geometry::RegionOperation::Unite,
+                                         *united));
+    return united;
+}
+
+TEST_F(AlignmentTest, InsideAndOutsideMakeTheStrokeOfTwiceTheWidth)
+{
+    for (int round = 0; round < 120; ++round) {
+        const LineStyle style = *MakeLine(Uniform(0.5, 9)).GetLineStyle();
+        const auto path = MakePath({40, 40}, 30, 3);
+        // A pen on the device is the same whatever the map.
+        Transform map;
+        if (style.GetResIndependent())
+            map = {0.8, 0.3, 10, -0.3, 0.7, 20};
+        const auto rule = static_cast<Geometry::WindingOrderMode>(round % 2);
+        const auto inside = Draw(path, style, LineStyleDescriptorConst::Inside, rule, map);
+        const auto outside = Draw(path, style, LineStyleDescriptorConst::Outside, rule, map);
+        path->Transform([&](Point p) { return map.Map(p); });
+        const auto canvas = Make(Size, Size);
+        canvas->DrawPolyPolygon(MakeWide(*path, style), 1, FillBlendMode::Normal,
+                                BlendOptions::Identity(), Solid(Red), {},
+                                Geometry::WindingOrderMode::NonZero, true, true);
+        const auto whole = GetAlphas(canvas);
+        for (std::size_t i = 0; i < whole.size(); ++i)
+            ASSERT_NEAR(inside[i] + outside[i], whole[i], 3) << round << ' ' << i;
+        EXPECT_GT(GetArea(whole), 1.0);
+    }
+}
+
+TEST_F(AlignmentTest, OpenRunsAreCentred)
+{
+    const Transform map{1, 0.2, 0, 0, 1, 0};
+    for (const bool onDevice : {false, true}) {
+        const LineStyle style(5.0, onDevice);
+        const auto path = MakePath({40, 40}, 25, 0);
+        const auto draw = [&](Alignment alignment) {
+            return Draw(path, style, alignment, Geometry::WindingOrderMode::NonZero, map);
+        };
+        const auto centred = draw(LineStyleDescriptorConst::Centre);
+        EXPECT_EQ(draw(LineStyleDescriptorConst::Inside), centred);
+        EXPECT_EQ(draw(LineStyleDescriptorConst::Outside), centred);
+        // Beside a closed run they still are, and its stroke is not.
+        path->AddEllipse({8, 72}, 7, 7);
+        const double extra = GetArea(draw(LineStyleDescriptorConst::Inside)) - GetArea(centred);
+        EXPECT_GT(extra, 80.0);
+        EXPECT_LT(extra, 155.0);
+    }
+}
+
+TEST_F(AlignmentTest, TranslucentStrokesOutsideDoNotDoubleTheFillOfOpenRuns)
+{
+    auto path = Kernel::MakeCounted<PolyCurveDbl>();
+    path->MoveTo({5, 5});
+    path->LineTo({25, 5});
+    path->LineTo({25, 25});
+    LineStyleDescriptorConst line(6.0);
+    line.SetStrokeAlignment(LineStyleDescriptorConst::Outside);
+    target->DrawPolyCurve(path, 0.5F, FillBlendMode::Normal, BlendOptions::Identity(), Solid(Red),
+                          {}, Solid(Red), line, Geometry::WindingOrderMode::NonZero, true, true);
+    EXPECT_NEAR(At(23, 10)[3], 127, 1); // fill and stroke
+    EXPECT_NEAR(At(27, 10)[3], 127, 1); // stroke alone
+}
+
+// ---- hairlines ----
+
+TEST_F(StrokeTest, HairlinesKeepTheirVisualWeight)
+{
+    for (const double weight : {1.0, 0.25, 0.2, 1.0 / 8, 1.0 / 20, 1.0 / 100, 1.0 / 1000})
+        for (const float opacity : {1.0F, 0.4F}) {
+            for (double angle = 0.01; angle < 3.2; angle += 0.1) {
+                const Counted<BitmapRenderTarget> canvas(
+                    BitmapRenderTarget::Create(Raster::Format::RGBAUF, {}));
+                ASSERT_TRUE(canvas->CreateBuffer(60, 60));
+                const Point way{25 * std::cos(angle), 25 * std::sin(angle)};
+                const Point centre = Point{30, 30} + InSquare(1);
+                auto path = Kernel::MakeCounted<PolyCurveDbl>();
+                path->MoveTo(centre - way);
+                path->LineTo(centre + way);
+                canvas->DrawPolyCurve(path, opacity, FillBlendMode::Normal,
+                                      BlendOptions::Identity(), {}, {}, Solid(Red),
+                                      LineStyleDescriptorConst(weight),
+                                      Geometry::WindingOrderMode::NonZero, true, true);
+                const auto buffer = canvas->GetBuffer();
+                double sum = 0.0;
+                for (unsigned y = 0; y < 60; ++y)
+                    for (unsigned x = 0; x < 60; ++x)
+                        sum += reinterpret_cast<const float*>(buffer->GetRow(y))[4 * x + 3];
+                const double expected = 50.0 * weight * std::floor(255.0 * opacity) / 255.0;
+                EXPECT_NEAR(sum, expected, 0.04 * expected) << weight << ' ' << angle;
+            }
+        }
 }
 
 } // namespace
