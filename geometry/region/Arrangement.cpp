@@ -10,7 +10,7 @@ namespace Geometry {
 namespace {
 
 constexpr std::size_t MaximumCrossings = std::size_t{1} << 20;
-constexpr std::size_t MaximumPairs = std::size_t{1} << 25;
+constexpr std::size_t MaximumPairs = std::size_t{1} << 23;
 
 __extension__ using Wide = __int128;
 
@@ -93,46 +93,49 @@ bool Arrangement::Build(std::span<const GridEdge> edges)
     m_source = edges;
     m_edges.clear();
     m_tree.Build(edges);
-    if (!FindHotSquares())
+    if (!FindNodes())
         return false;
-    FindNodes();
     BreakEdges();
     MergeEdges();
     FindWindings();
     return true;
 }
 
-bool Arrangement::FindHotSquares()
-{
-    m_hot.clear();
-    for (const GridEdge& edge : m_source)
-        m_hot.push_back(edge.to);
-    const std::size_t limit = m_hot.size() + MaximumCrossings;
-    const bool isDone = m_tree.VisitPairs(MaximumPairs, [&](std::size_t a, std::size_t b) {
-        GridPoint crossing;
-        if (m_hot.size() < limit && FindCrossing(m_source[a], m_source[b], crossing))
-            m_hot.push_back(crossing);
-    });
-    if (!isDone || m_hot.size() >= limit)
-        return false;
-    std::sort(m_hot.begin(), m_hot.end());
-    m_hot.erase(std::unique(m_hot.begin(), m_hot.end()), m_hot.end());
-    return true;
-}
-
-void Arrangement::FindNodes()
+/// Finds the hot squares that every edge passes. Those at ends of edges are found with the pairs of
+/// edges that meet or nearly do; only those of crossings need a search.
+bool Arrangement::FindNodes()
 {
     m_nodes.clear();
-    for (const GridPoint point : m_hot)
-        m_tree.VisitAt(point, [&](std::size_t index) {
-            const GridEdge& edge = m_source[index];
-            if (PassesSquare(edge, point))
-                m_nodes.push_back({static_cast<std::uint32_t>(index), point,
-                                   Dot(point - edge.from, edge.to - edge.from)});
-        });
+    m_crossings.clear();
+    for (std::uint32_t i = 0; i < m_source.size(); ++i) {
+        AddNode(i, m_source[i].from);
+        AddNode(i, m_source[i].to);
+    }
+    const bool isDone = m_tree.VisitPairs(MaximumPairs, [this](std::uint32_t a, std::uint32_t b) {
+        AddNode(a, m_source[b].to); // each point is where an edge goes to
+        AddNode(b, m_source[a].to);
+        GridPoint crossing;
+        if (m_crossings.size() < MaximumCrossings &&
+            FindCrossing(m_source[a], m_source[b], crossing))
+            m_crossings.push_back(crossing);
+    });
+    if (!isDone || m_crossings.size() >= MaximumCrossings)
+        return false;
+    std::sort(m_crossings.begin(), m_crossings.end());
+    m_crossings.erase(std::unique(m_crossings.begin(), m_crossings.end()), m_crossings.end());
+    for (const GridPoint point : m_crossings)
+        m_tree.VisitAt(point, [&](std::uint32_t edge) { AddNode(edge, point); });
     std::sort(m_nodes.begin(), m_nodes.end(), [](const Node& a, const Node& b) {
         return std::tie(a.edge, a.along) < std::tie(b.edge, b.along);
     });
+    return true;
+}
+
+void Arrangement::AddNode(std::uint32_t index, GridPoint point)
+{
+    const GridEdge& edge = m_source[index];
+    if (PassesSquare(edge, point))
+        m_nodes.push_back({index, point, Dot(point - edge.from, edge.to - edge.from)});
 }
 
 void Arrangement::BreakEdges()

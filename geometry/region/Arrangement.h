@@ -48,15 +48,15 @@ private:
         std::int64_t along;
     };
 
-    bool FindHotSquares();
-    void FindNodes();
+    bool FindNodes();
+    void AddNode(std::uint32_t edge, GridPoint point);
     void BreakEdges();
     void MergeEdges();
     void FindWindings();
 
     std::span<const GridEdge> m_source;
     EdgeTree m_tree;
-    std::vector<GridPoint> m_hot;
+    std::vector<GridPoint> m_crossings;
     std::vector<Node> m_nodes;
     std::vector<Edge> m_edges;
 };

@@ -29,14 +29,7 @@ void EdgeTree::Build(std::span<const GridEdge> edges)
 {
     m_edges = edges;
     m_pieces.clear();
-    double total = 0.0, longest = 1.0;
-    for (const GridEdge& edge : edges) {
-        total += GetLength(edge);
-        longest = std::max(longest, GetLength(edge));
-    }
-    // At most nine pieces for an edge, on average.
-    const double count = static_cast<double>(std::max<std::size_t>(edges.size(), 1));
-    const double length = std::max({1.0, 0.125 * total / count, 0.25 * longest / std::sqrt(count)});
+    const double length = FindPieceLength();
     for (std::size_t i = 0; i < edges.size(); ++i)
         AddPieces(static_cast<std::uint32_t>(i), length);
 
@@ -50,6 +43,25 @@ void EdgeTree::Build(std::span<const GridEdge> edges)
         m_boxes[node] = m_boxes[2 * node];
         m_boxes[node].Add(m_boxes[2 * node + 1]);
     }
+}
+
+/// How long pieces may be so that a point lies in the boxes of some eight of them on average, and
+/// there are no more than nine pieces for an edge.
+double EdgeTree::FindPieceLength() const
+{
+    double total = 0.0, longest = 1.0, area = 0.0;
+    Box all;
+    for (const GridEdge& edge : m_edges) {
+        Box box(edge.from);
+        box.Add(Box(edge.to));
+        all.Add(box);
+        area += box.GetArea();
+        total += GetLength(edge);
+        longest = std::max(longest, GetLength(edge));
+    }
+    const double parts = std::min(area / (8.0 * all.GetArea()), 8.0);
+    return parts > 1.0 ? std::max(total / (parts * static_cast<double>(m_edges.size())), 1.0)
+                       : longest;
 }
 
 /// Cuts an edge in pieces of at most \p length in x and y.

@@ -62,6 +62,7 @@ private:
             right += by;
             bottom += by;
         }
+        double GetArea() const noexcept { return (1.0 + right - left) * (1.0 + bottom - top); }
         bool Meets(const Box& other) const noexcept
         {
             return left <= other.right && other.left <= right && top <= other.bottom &&
@@ -81,6 +82,7 @@ private:
         std::uint32_t edge;
     };
 
+    double FindPieceLength() const;
     void AddPieces(std::uint32_t edge, double length);
 
     bool IsLeaf(std::size_t node) const noexcept { return node >= m_leaves; }
