@@ -1,3 +1,5 @@
+#include <cmath>
+#include <numbers>
 #include <string>
 #include <utility>
 
@@ -46,6 +48,26 @@ void StrokeDashes(RenderTarget& target, LineStyle::LineCap cap, std::vector<doub
                                    : i == 1 ? 0xd68910
                                             : 0x21618c),
                              MakeStyle(6, cap, LineStyle::RoundJoin, dashes));
+}
+
+/// A star that crosses itself, and a ring beside it, with even-odd and non-zero insides.
+void StrokeAligned(RenderTarget& target, LineStyleDescriptorConst::StrokeAlignment alignment,
+                   Geometry::WindingOrderMode rule, std::vector<double> dashes)
+{
+    Paint(target, Sheet(), Solid(0xf6efe2));
+    auto line = MakeStyle(4, LineStyle::ButtCap, LineStyle::MitreJoin, dashes);
+    line.SetStrokeAlignment(alignment);
+    const auto path = Kernel::MakeCounted<Geometry::PolyCurveDbl>();
+    for (const double angle : {-90, 54, 198, -18, 126}) {
+        const double radians = angle * std::numbers::pi / 180;
+        path->LineTo({41 + 27 * std::cos(radians), 52 + 27 * std::sin(radians)});
+    }
+    path->Close();
+    path->AddEllipse({100, 50}, 18, 30);
+    path->AddEllipse({100, 50}, 7, 14);
+    target.DrawPolyCurve(path, 1.0F, FillBlendMode::Normal, BlendOptions::Identity(),
+                         Solid(0xf5cba7), {}, Solid(0x21618c), line, rule, true, true);
+    DrawSpine(target, path);
 }
 
 void StrokeUnderTransform(RenderTarget& target)
@@ -115,6 +137,24 @@ void ShowDashes(Page& page)
     show(5, Caps[0], {1, 1.5}, "{1, 1.5}");
 }
 
+void ShowAlignment(Page& page)
+{
+    using enum LineStyleDescriptorConst::StrokeAlignment;
+    using enum Geometry::WindingOrderMode;
+    page.Code("StrokeAligned");
+    const auto show = [&page](int number, auto alignment, auto rule, std::vector<double> dashes,
+                              const char* text) {
+        page.Tile("stroke-aligned-" + std::to_string(number),
+                  std::string("StrokeAligned(target, ") + text + ')',
+                  [=](RenderTarget& target) { StrokeAligned(target, alignment, rule, dashes); });
+    };
+    show(1, Inside, EvenOdd, {}, "Inside, EvenOdd, {}");
+    show(2, Centre, EvenOdd, {}, "Centre, EvenOdd, {}");
+    show(3, Outside, EvenOdd, {}, "Outside, EvenOdd, {}");
+    show(4, Outside, NonZero, {}, "Outside, NonZero, {}");
+    show(5, Inside, NonZero, {8, 4}, "Inside, NonZero, {8, 4}");
+}
+
 } // namespace
 
 void ShowStrokes(Page& page)
@@ -123,6 +163,9 @@ void ShowStrokes(Page& page)
     ShowCorners(page);
     page.Text("Dashes, in the units of the weight's document:");
     ShowDashes(page);
+    page.Text("Inside and outside of closed paths, by the rule that fills them; the weight is the "
+              "same throughout:");
+    ShowAlignment(page);
     page.Text(
         "The pen follows the current transform; fill and stroke under one opacity are one object; "
         "lines of less than a pixel keep their true strength:");

@@ -120,6 +120,27 @@ TEST(StrokerDash, FollowsTheLengthOfCurves)
     }
 }
 
+TEST(StrokerDash, WholePeriodsAroundACurveAreAlike)
+{
+    const PolyCurveDbl circle = MakeCircle(50);
+    const auto line = Oracle::SampleCurve(circle.GetCurves()[0], 5000);
+    double length = 0.0;
+    for (std::size_t i = 1; i < line.size(); ++i)
+        length += std::hypot(line[i].x - line[i - 1].x, line[i].y - line[i - 1].y);
+    for (const double tolerance : {0.01, 0.1, 0.5})
+        for (const std::size_t count : {3u, 12u, 100u})
+            for (const double phase : {0.0, 0.3, 0.5, 0.9}) {
+                const double period = length / static_cast<double>(count);
+                const Polygons out = Dash(circle, {0.6 * period, 0.4 * period}, phase * period,
+                                          StrokeCap::Butt, tolerance);
+                ASSERT_EQ(out.GetPolygonCount(), count) << tolerance << ' ' << phase;
+                for (std::size_t i = 0; i < count; ++i)
+                    EXPECT_NEAR(-Oracle::SignedArea(out.GetPolygon(i).points), 1.2 * period,
+                                0.012 * period + 0.1 * tolerance)
+                        << tolerance << ' ' << count << ' ' << phase << ' ' << i;
+            }
+}
+
 TEST(StrokerDash, EveryRunStartsThePatternAnew)
 {
     PolyCurveDbl path = MakePolyline({{0, 0}, {4, 0}});

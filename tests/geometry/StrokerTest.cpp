@@ -233,19 +233,26 @@ TEST(Stroker, SmoothCurvesAreCoveredOnce)
 TEST(Stroker, NothingLiesBeyondTheMitreLimit)
 {
     Oracle::Random random(23);
-    for (unsigned i = 0; i < 80; ++i) {
-        PolyCurveDbl path;
-        path.MoveTo(random.InSquare(50));
-        for (int k = 0; k < 5; ++k)
+    const auto cubics = Oracle::MakeCubics(300, 29); // cusps first
+    for (unsigned i = 0; i < 600; ++i) {
+        const auto& cubic = cubics[i / 2];
+        PolyCurveDbl path =
+            MakeCubic(50.0 * cubic[0], 50.0 * cubic[1], 50.0 * cubic[2], 50.0 * cubic[3]);
+        if (i % 3 > 0)
             path.CurveTo(random.InSquare(50), random.InSquare(50), random.InSquare(50));
+        if (i % 3 > 1)
+            path.Close();
         StrokeParameters pen = MakePen(random.Uniform(0.1, 40), static_cast<StrokeJoin>(i % 4),
                                        static_cast<StrokeCap>(i % 3), random.Uniform(0.01, 2));
         pen.mitreLimit = random.Uniform(1, 3);
+        const double dashes[] = {random.Uniform(0, 20), random.Uniform(1, 20)};
+        if (i % 5 == 0)
+            pen.dashes = dashes;
         const double reach =
             0.5 * pen.width * std::max(pen.mitreLimit, std::numbers::sqrt2) + pen.tolerance;
         const auto line = Oracle::SampleCurve(path.GetCurves()[0], 200);
         const Polygons out = Stroke(path, pen);
-        for (std::size_t k = 0; k < out.GetPoints().size(); k += 5)
+        for (std::size_t k = 0; k < out.GetPoints().size(); k += 7)
             ASSERT_LE(Oracle::DistanceToPolyline(out.GetPoints()[k], line), reach);
     }
 }

@@ -226,6 +226,40 @@ TEST_F(AlignmentTest, InsideAndOutsideMakeTheStrokeOfTwiceTheWidth)
     }
 }
 
+TEST_F(AlignmentTest, OutlinesOfAlignedStrokesAreWhatIsDrawn)
+{
+    std::size_t segments = 0, different = 0, given = 0;
+    constexpr int rounds = 60;
+    for (int round = 0; round < rounds; ++round) {
+        LineStyleDescriptorConst line = MakeLine(Uniform(0.5, 9));
+        line.SetScale(true);
+        line.SetStrokeAlignment(round % 2 ? LineStyleDescriptorConst::Inside
+                                          : LineStyleDescriptorConst::Outside);
+        const auto path = MakePath({40, 40}, 30, 2);
+        const auto rule = static_cast<Geometry::WindingOrderMode>(round / 2 % 2);
+        const Transform map{0.9, 0.3, -10, -0.2, 1.1, 7};
+        const auto drawn = Draw(path, *line.GetLineStyle(), line.GetStrokeAlignment(), rule, map);
+        const auto outline = line.GetPolyCurveOutline(*path, map, map, {}, 0.02, rule);
+        ASSERT_TRUE(outline);
+        const auto canvas = Make(Size, Size);
+        canvas->SetDeviceExpansionTolerance(0.02);
+        canvas->PushTransform(map, RenderTarget::TransformScalarMode::Concatenate);
+        canvas->DrawPolyCurve(outline, 1, FillBlendMode::Normal, BlendOptions::Identity(),
+                              Solid(Red), {}, {}, {}, Geometry::WindingOrderMode::NonZero, true,
+                              true);
+        const auto filled = GetAlphas(canvas);
+        for (std::size_t i = 0; i < drawn.size(); ++i)
+            different += std::abs(drawn[i] - filled[i]) > 4;
+        EXPECT_NEAR(GetArea(drawn), GetArea(filled), 2.0) << round;
+        for (const auto& run : outline->GetCurves())
+            segments += run.GetSegmentCount();
+        for (const auto& run : path->GetCurves())
+            given += run.GetSegmentCount();
+    }
+    EXPECT_LT(different, std::size_t{rounds * Size * Size / 1000});
+    EXPECT_LT(segments, 40 * given); // a third of them are dashed
+}
+
 TEST_F(AlignmentTest, OpenRunsAreCentred)
 {
     const Transform map{1, 0.2, 0, 0, 1, 0};
