@@ -245,12 +245,13 @@ private:
     /// \name Strokes of raster brushes
     /// @{
 
-    /// Draws a stroke of a line style that paints with its brush; \tparam Path as above.
+    /// Draws a stroke of a line style that paints with its brush; \tparam Path as above. The edges
+    /// of brushes are always smooth; the rule is for those of clip paths.
     template<class Path>
     void DrawBrushStroke(const Path& path, const StrokeFrame& frame, const Composition& composition,
                          const FillDescriptorConst& lineFill,
                          const FillDescriptorConst& transparency,
-                         const LineStyleDescriptorConst& lineStyle);
+                         const LineStyleDescriptorConst& lineStyle, const PathRule& rule);
     /// Finds the sizes of the tip that a stroke is painted with. \return false when there is
     /// nothing to paint or no memory.
     bool PrepareTextures(const Raster::RasterBrush& brush, Texture::TexturedPolygons& stroke);
@@ -258,7 +259,7 @@ private:
     /// brings its own colours.
     void PaintBrushStroke(const Texture::TexturedPolygons& stroke, const Kernel::RectT<int>& area,
                           const Composition& composition, const FillDescriptorConst& lineFill,
-                          const FillDescriptorConst& transparency);
+                          const FillDescriptorConst& transparency, const PathRule& rule);
     /// Turns what of a textured stroke lies in \p strip of the page into what a populator reads, a
     /// buffer of the target's format whose first pixel is the strip's, and the polygons that it
     /// paints: whole pixels of the page, all that the stroke touches.
@@ -271,7 +272,7 @@ private:
     void DrawTexture(const Kernel::Counted<Raster::DynamicBuffer>& texture,
                      Kernel::PointT<int> origin, const PolyPolygon& polygons,
                      const Composition& composition, const FillDescriptorConst& fill,
-                     const FillDescriptorConst& transparency);
+                     const FillDescriptorConst& transparency, const PathRule& rule);
     /// @}
     void FillAndStroke(const Geometry::PolyCurveDbl& curve, const Composition& composition,
                        const FillDescriptorConst& fill, const FillDescriptorConst& transparency,

@@ -87,7 +87,8 @@ void PixelRenderTarget::DrawBrushStroke(const Path& path, const StrokeFrame& fra
                                         const Composition& composition,
                                         const FillDescriptorConst& lineFill,
                                         const FillDescriptorConst& transparency,
-                                        const LineStyleDescriptorConst& lineStyle)
+                                        const LineStyleDescriptorConst& lineStyle,
+                                        const PathRule& rule)
 {
     const auto box = path.GetBoundingBox();
     const RectT<int> visible = GetUnmaskedRect();
@@ -117,17 +118,18 @@ void PixelRenderTarget::DrawBrushStroke(const Path& path, const StrokeFrame& fra
         pen.Draw(run);
     if (PrepareTextures(*style.GetBrush(), stroke))
         PaintBrushStroke(stroke, area, composition,
-                         style.HasImplicitFill() ? FillDescriptorConst() : lineFill, transparency);
+                         style.HasImplicitFill() ? FillDescriptorConst() : lineFill, transparency,
+                         rule);
 }
 
 template void PixelRenderTarget::DrawBrushStroke(const Geometry::PolyCurveDbl&, const StrokeFrame&,
                                                  const Composition&, const FillDescriptorConst&,
                                                  const FillDescriptorConst&,
-                                                 const LineStyleDescriptorConst&);
+                                                 const LineStyleDescriptorConst&, const PathRule&);
 template void PixelRenderTarget::DrawBrushStroke(const PolyPolygon&, const StrokeFrame&,
                                                  const Composition&, const FillDescriptorConst&,
                                                  const FillDescriptorConst&,
-                                                 const LineStyleDescriptorConst&);
+                                                 const LineStyleDescriptorConst&, const PathRule&);
 
 bool PixelRenderTarget::PrepareTextures(const Raster::RasterBrush& brush,
                                         Texture::TexturedPolygons& stroke)
@@ -160,7 +162,8 @@ bool PixelRenderTarget::PrepareTextures(const Raster::RasterBrush& brush,
 void PixelRenderTarget::PaintBrushStroke(const Texture::TexturedPolygons& stroke,
                                          const RectT<int>& area, const Composition& composition,
                                          const FillDescriptorConst& lineFill,
-                                         const FillDescriptorConst& transparency)
+                                         const FillDescriptorConst& transparency,
+                                         const PathRule& rule)
 {
     const std::int64_t rowBytes = std::int64_t{area.Width()} * m_pixelSize;
     const int rows =
@@ -174,7 +177,7 @@ void PixelRenderTarget::PaintBrushStroke(const Texture::TexturedPolygons& stroke
         m_polygons.Clear();
         if (CreateTextureLineStyleSpanPopAndPolyPolygon(stroke, strip, texture, m_polygons)) {
             DrawTexture(texture, {strip.left, strip.top}, m_polygons, composition, lineFill,
-                        transparency);
+                        transparency, rule);
             m_spareBuffers.Give(std::move(texture), {0, 0, strip.Width(), strip.Height()});
         }
         top = bottom;

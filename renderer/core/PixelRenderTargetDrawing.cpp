@@ -185,7 +185,7 @@ void PixelRenderTarget::DrawPolygons(const PolyPolygon& polygons, const Transfor
 void PixelRenderTarget::DrawTexture(const Counted<Raster::DynamicBuffer>& texture,
                                     Kernel::PointT<int> origin, const PolyPolygon& polygons,
                                     const Composition& composition, const FillDescriptorConst& fill,
-                                    const FillDescriptorConst& transparency)
+                                    const FillDescriptorConst& transparency, const PathRule& rule)
 {
     const auto addPaint = [&](const RectT<int>& bounds) {
         if (fill.IsFillNone())
@@ -194,7 +194,7 @@ void PixelRenderTarget::DrawTexture(const Counted<Raster::DynamicBuffer>& textur
                AddBufferPopulator(texture, origin, PopulatorRole::Transparency);
     };
     DrawPainted(polygons, {}, composition, addPaint, transparency,
-                {WindingOrderMode::NonZero, true, true});
+                {WindingOrderMode::NonZero, rule.antialias, rule.antialiasUnderClip});
 }
 
 bool PixelRenderTarget::IsAntialiased(const PathRule& rule) const
@@ -344,7 +344,7 @@ void PixelRenderTarget::DrawStroke(const Path& path, const Composition& composit
                       GetRoundMidPixel(),
                       rule.winding};
     if (style.PaintsWithBrush()) {
-        DrawBrushStroke(path, frame, composition, lineFill, transparency, lineStyle);
+        DrawBrushStroke(path, frame, composition, lineFill, transparency, lineStyle, rule);
         return;
     }
     Hairline hairline{1.0, composition.opacity};

@@ -90,7 +90,7 @@ private:
 /// their order alone, so that the parts of a stroke agree however it is cut. \param target of the
 /// format of the textures, or of any for masks; its first pixel is page pixel
 ///        (rect.left, rect.top).
-/// \param abort tested before each piece; the tile is left out then.
+/// \param abort tested before each piece; what is not complete then is left out.
 /// \param touched of \p rect; gets the blocks that hold anything.
 void PaintTexturedPolygons(const TexturedPolygons& stroke, const Kernel::RectT<int>& rect,
                            Raster::DynamicBuffer& target, const bool* abort,
