@@ -153,21 +153,16 @@ public:
         for (int y = part.top; y < part.bottom; ++y) {
             polygon.ComputeCoverages(y, part.left, part.right, m_coverage);
             PixelT* const row = GetRow(y);
-            const auto paint = [&](int x, float area) {
+            // One loop for edges and insides: three took half as long again.
+            for (int x = m_coverage.begin; x < m_coverage.end; ++x) {
+                const float area = m_coverage.GetShare(x);
+                if (!(area > 0.0F))
+                    continue;
                 const TexturePlace place = polygon.MapX(x);
                 row[x - m_rect.left].Add({sampler.Sample(place.u, place.v), area, place.opacity,
                                           std::abs(place.v - 0.5F) * piece.width},
                                          piece, m_stroke.overlap);
-            };
-            const auto paintEdge = [&](int begin, int end) {
-                for (int x = begin; x < end; ++x)
-                    if (m_coverage.GetArea(x) > 0)
-                        paint(x, m_coverage.GetShare(x));
-            };
-            paintEdge(m_coverage.begin, m_coverage.fullBegin);
-            for (int x = m_coverage.fullBegin; x < m_coverage.fullEnd; ++x)
-                paint(x, 1.0F);
-            paintEdge(m_coverage.fullEnd, m_coverage.end);
+            }
         }
     }
 
