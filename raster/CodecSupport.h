@@ -15,6 +15,9 @@ namespace Raster {
 Kernel::Counted<DynamicBuffer> MakeDecodedBuffer(Format format, std::uint64_t width,
                                                  std::uint64_t height);
 
+/// Whether the profile is one of the format's space.
+bool IsOfFormat(const ICCProfile& profile, Format format);
+
 /// An embedded profile; none when it is damaged or of another space than the format's.
 Kernel::Counted<const ICCProfile> ReadEmbeddedProfile(std::span<const unsigned char> bytes,
                                                       Format format);

@@ -11,15 +11,11 @@
 
 namespace Raster {
 
-namespace {
-
 bool IsOfFormat(const ICCProfile& profile, Format format)
 {
     const auto layout = GetICCLayout(format);
     return layout && layout->space == profile.GetColourSpace();
 }
-
-} // namespace
 
 Kernel::Counted<DynamicBuffer> MakeDecodedBuffer(Format format, std::uint64_t width,
                                                  std::uint64_t height)

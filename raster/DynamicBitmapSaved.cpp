@@ -3,6 +3,7 @@
 #include <kernel/ClassProperties.h>
 #include <kernel/InSerialiser.h>
 #include <kernel/OutSerialiser.h>
+#include <raster/CodecSupport.h>
 #include <raster/CompressedRasterData.h>
 #include <raster/EnumSerialisers.h>
 #include <raster/SavedICCProfile.h>
@@ -54,7 +55,8 @@ bool DynamicBitmap::Load(const Kernel::InSerialiser& in, Kernel::FileStore& stor
     m_width = static_cast<unsigned>(width);
     m_height = static_cast<unsigned>(height);
     Kernel::Consolidated<SavedICCProfile> profile;
-    if (in.LoadSharedObjectI("Prof", profile) && profile)
+    if (in.LoadSharedObjectI("Prof", profile) && profile &&
+        IsOfFormat(*profile->GetProfile(), m_format))
         m_profile = profile->GetProfile();
     m_data = Kernel::MakeCounted<const CompressedRasterData>(std::move(data));
     m_isDecoded.store(false, std::memory_order_relaxed); // nobody else knows the object yet

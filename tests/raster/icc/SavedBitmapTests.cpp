@@ -157,6 +157,13 @@ TEST(SavedBitmap, SharedPixelsAreWrittenAndDecodedOnce)
         EXPECT_EQ(buffer, seen[0]);
 }
 
+TEST(SavedBitmap, ProfilesOfOtherSpacesAreLeftOut)
+{
+    const auto inks = RasterTest::MakeFullSet().GetCMYK();
+    const auto buffer = MakePicture(Format::RGBA8, 4, 4);
+    EXPECT_FALSE(Load(Save(Kernel::MakeCounted<DynamicBitmap>(buffer, inks)))->GetProfile());
+}
+
 /// Whatever happens to a byte, the file is refused, or the bitmap has pixels or none; and it is
 /// saved as it came.
 TEST(SavedBitmap, DamageIsFoundWhenPixelsAreAskedFor)
