@@ -64,6 +64,17 @@ ColourNamed::ColourNamed(Kernel::String name, bool isSpot, Kernel::Consolidated<
 {
     if (!m_base)
         m_base = ColourRGB::Create(Raster::PixelRGBAUF{0, 0, 0, 1});
+    m_depth = GetDepthOver(*m_base);
+    if (m_depth > MaxDepth) {
+        const auto inner = static_cast<const ColourNamed&>(*m_base).m_base;
+        m_base = inner;
+        m_depth = MaxDepth;
+    }
+}
+
+unsigned ColourNamed::GetDepthOver(const Colour& base)
+{
+    return base.GetType() == Named ? static_cast<const ColourNamed&>(base).m_depth + 1 : 1;
 }
 
 template<class Self, class Items>
@@ -86,7 +97,8 @@ bool ColourNamed::Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
 {
     Kernel::SavedItems::Reader items(in);
     ListItems(*this, items);
-    return Colour::Load(in, store, version) && items.IsComplete();
+    m_depth = GetDepthOver(*m_base);
+    return Colour::Load(in, store, version) && items.IsComplete() && m_depth <= MaxDepth;
 }
 
 void ColourNamed::AccumulateHash(Kernel::HashAccumulator& hash) const

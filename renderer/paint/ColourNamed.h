@@ -10,7 +10,8 @@ namespace Renderer {
 ///
 /// 8-bit RGB pixels come from the sRGB equivalent where there is one, brought into the target's
 /// profile; every other pixel comes from the base colour. With tint, the base colour is taken with
-/// its own tint, and then this colour's tint is applied.
+/// its own tint, and then this colour's tint is applied. A base colour may be named itself, up to
+/// MaxDepth named colours one upon the other.
 class RENDERER_EXPORT ColourNamed final : public ColourOf<ColourNamed>
 {
 public:
@@ -18,7 +19,11 @@ public:
     static constexpr Kernel::ClassUID SavedUID{"Pant"};
     static constexpr const char* SavedName = "ColourNamed";
 
-    /// Makes a consolidated colour. \param base not empty. \param sRGB may be empty.
+    /// Named colours one upon the other, at most.
+    static constexpr unsigned MaxDepth = 8;
+
+    /// Makes a consolidated colour. \param base not empty; where it would exceed MaxDepth, its own
+    /// base colour takes its place. \param sRGB may be empty.
     static Kernel::Consolidated<ColourNamed> Create(const Kernel::String& name, bool isSpot,
                                                     const Kernel::Consolidated<Colour>& base,
                                                     const Kernel::Consolidated<ColourRGB>& sRGB,
@@ -37,7 +42,7 @@ public:
                 Kernel::Consolidated<ColourRGB> sRGB);
 
     void Save(Kernel::OutSerialiser& out) const override;
-    /// False without a base colour.
+    /// False without a base colour, and beyond MaxDepth.
     bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
               unsigned short version) override;
     void AccumulateHash(Kernel::HashAccumulator& hash) const override;
@@ -67,6 +72,9 @@ protected:
     bool CompareMembers(const Kernel::SharedSerialisable& other) const override;
 
 private:
+    /// The depth of a colour over this base.
+    static unsigned GetDepthOver(const Colour& base);
+
     template<class Self, class Items>
     static void ListItems(Self& self, Items&& items);
 
@@ -74,6 +82,7 @@ private:
     Kernel::Consolidated<ColourRGB> m_sRGB;
     bool m_isSpot = false;
     Kernel::String m_name;
+    unsigned m_depth = 1; // named colours down to the first base colour, this one included
 };
 
 extern template class ColourOf<ColourNamed>;

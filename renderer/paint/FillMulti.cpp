@@ -9,25 +9,24 @@
 
 namespace Renderer {
 
-namespace {
-
-/// Whether a quality of the fill of some, or of every, entry holds; entries that paint nothing are
-/// left out.
-template<class Predicate>
-bool Any(const FillMulti::Descriptors& descriptors, Predicate predicate)
+void FillMulti::Summary::Add(const FillDescriptorConst& descriptor)
 {
-    return std::ranges::any_of(descriptors, [&](const auto& descriptor) {
-        return !descriptor->IsFillNone() && predicate(*descriptor->GetFill());
-    });
+    const Fill* const fill = descriptor.GetFill().Get();
+    if (fill && fill->GetKind() == Kind::Multi) {
+        const Summary& inner = static_cast<const FillMulti&>(*fill).m_summary;
+        depth = std::max(depth, inner.depth + 1);
+        leaves += std::max(1U, inner.leaves);
+    } else {
+        ++leaves;
+    }
+    if (descriptor.IsFillNone())
+        return;
+    isNone = false;
+    isInvariant &= fill->IsSpatiallyInvariant();
+    hasNoise |= fill->HasNoise();
+    hasOpaque |= !fill->HasNonFullAlpha();
+    isFlat &= fill->IsFlatAlpha();
 }
-
-template<class Predicate>
-bool All(const FillMulti::Descriptors& descriptors, Predicate predicate)
-{
-    return !Any(descriptors, [&](const Fill& fill) { return !predicate(fill); });
-}
-
-} // namespace
 
 Kernel::Consolidated<FillMulti> FillMulti::Create(const Descriptors& descriptors)
 {
@@ -39,9 +38,15 @@ Kernel::Consolidated<FillMulti> FillMulti::Create(const Descriptors& descriptors
     return Share(fill);
 }
 
-void FillMulti::AddFillDescriptor(const FillDescriptorConst& descriptor)
+bool FillMulti::AddFillDescriptor(const FillDescriptorConst& descriptor)
 {
+    Summary summary = m_summary;
+    summary.Add(descriptor);
+    if (summary.depth > MaxDepth || summary.leaves > MaxLeaves)
+        return false;
+    m_summary = summary;
     m_descriptors.emplace_back(new FillDescriptorConst(descriptor));
+    return true;
 }
 
 const Kernel::SharedClassProperties& FillMulti::GetTypeSharedClassProperties()
@@ -74,9 +79,9 @@ bool FillMulti::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigne
     std::vector<Kernel::Counted<FillDescriptor>> entries;
     in.LoadObjectArrayI("Desc", entries);
     m_descriptors.clear();
-    for (const auto& entry : entries)
-        AddFillDescriptor(*entry);
-    return true;
+    m_summary = {};
+    return std::ranges::all_of(entries,
+                               [this](const auto& entry) { return AddFillDescriptor(*entry); });
 }
 
 void FillMulti::AccumulateHash(Kernel::HashAccumulator& hash) const
@@ -97,32 +102,6 @@ bool FillMulti::CompareMembers(const Kernel::SharedSerialisable& other) const
 {
     return std::ranges::equal(m_descriptors, static_cast<const FillMulti&>(other).m_descriptors,
                               [](const auto& a, const auto& b) { return *a == *b; });
-}
-
-bool FillMulti::IsFillNone() const
-{
-    return !Any(m_descriptors, [](const Fill&) { return true; });
-}
-
-bool FillMulti::IsSpatiallyInvariant() const
-{
-    return All(m_descriptors, [](const Fill& fill) { return fill.IsSpatiallyInvariant(); });
-}
-
-bool FillMulti::HasNoise() const
-{
-    return Any(m_descriptors, [](const Fill& fill) { return fill.HasNoise(); });
-}
-
-bool FillMulti::HasNonFullAlpha() const
-{
-    return !Any(m_descriptors, [](const Fill& fill) { return !fill.HasNonFullAlpha(); });
-}
-
-bool FillMulti::IsFlatAlpha() const
-{
-    return !HasNonFullAlpha() ||
-           All(m_descriptors, [](const Fill& fill) { return fill.IsFlatAlpha(); });
 }
 
 double FillMulti::GetMeanAlpha() const
@@ -158,11 +137,13 @@ Kernel::Counted<const Fill> FillMulti::Accept(ColourVisitor& visitor) const
 
 void FillMulti::ChangeColours(ColourChange change, double value)
 {
+    m_summary = {};
     for (auto& descriptor : m_descriptors) {
         if (!descriptor->IsEmpty())
             descriptor = Kernel::Counted<const FillDescriptorConst>(
                 new FillDescriptorConst(WithChangedColours(*descriptor->GetFill(), change, value),
                                         descriptor->GetTransform()));
+        m_summary.Add(*descriptor);
     }
 }
 

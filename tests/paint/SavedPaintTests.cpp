@@ -342,6 +342,58 @@ TEST(SavedPaint, StacksOfFillsNestUpToALimit)
     EXPECT_THROW(Save(fill), Kernel::OutStream::WriteException);
 }
 
+/// Objects that share each other: small files must not stand for unbounded work.
+TEST(SavedPaint, DepthAndSizeOfSharedObjectsAreBounded)
+{
+    const auto stack = [](const Consolidated<Fill>& fill, std::size_t count) {
+        return FillMulti::Create(FillMulti::Descriptors(
+            count, Counted<const FillDescriptorConst>(new FillDescriptorConst(fill))));
+    };
+    const Consolidated<Colour> red = ColourRGB::Create(Raster::PixelRGBA8{255, 0, 0, 255});
+    Consolidated<Fill> chain = FillSolid::Create(red);
+    for (unsigned depth = 0; depth < FillMulti::MaxDepth; ++depth)
+        chain = stack(chain, 1);
+    EXPECT_FALSE(chain->IsFillNone());
+    EXPECT_TRUE(stack(chain, 1)->GetDescriptors().empty());
+
+    const auto wide = stack(stack(FillSolid::Create(red), 64), 64);
+    const auto full = stack(wide, 20);
+    EXPECT_EQ(full->GetDescriptors().size(), FillMulti::MaxLeaves / 64 / 64);
+    EXPECT_TRUE(full->IsSpatiallyInvariant());
+    EXPECT_FALSE(full->HasNonFullAlpha());
+    EXPECT_EQ(InSerialiserFile(Save(full)).ParseWithChecks<FillMulti>(), full);
+    const auto loadStack = [&](const Consolidated<FillMulti>& fill, std::size_t count) {
+        const std::vector<Counted<FillDescriptor>> entries(
+            count, Kernel::MakeCounted<FillDescriptor>(FillDescriptorConst(fill)));
+        return LoadForged<FillMulti>("MulF", [&](Kernel::OutSerialiser& out) {
+            out.SaveObjectArrayI("Desc", entries,
+                                 [](const auto& entry) -> const FillDescriptor& { return *entry; });
+        });
+    };
+    EXPECT_TRUE(loadStack(full, 1));
+    EXPECT_THROW(loadStack(full, 2), Kernel::FormatException);
+
+    Consolidated<Colour> named = red;
+    const auto wrap = [&](unsigned count) {
+        for (unsigned i = 0; i < count; ++i)
+            named = ColourNamed::Create(std::to_string(i).c_str(), false, named, {});
+    };
+    const auto loadNamed = [&] {
+        return LoadForged<ColourNamed>(
+            "Pant", [&](Kernel::OutSerialiser& out) { out.SaveSharedObject("base", named); });
+    };
+    wrap(ColourNamed::MaxDepth - 1);
+    EXPECT_EQ(loadNamed()->GetBaseColour(), named);
+    wrap(100);
+    EXPECT_EQ(InSerialiserFile(Save(named)).ParseWithChecks<Colour>(), named);
+    EXPECT_THROW(loadNamed(), Kernel::FormatException);
+    unsigned depth = 0;
+    for (; named->GetType() == Colour::Named; ++depth)
+        named = Consolidated<Colour>(dynamic_cast<const ColourNamed&>(*named).GetBaseColour());
+    EXPECT_EQ(depth, ColourNamed::MaxDepth);
+    EXPECT_EQ(named, red);
+}
+
 TEST(SavedPaint, BlendModesGrewFourTimes)
 {
     const auto& serialiser = FillBlendMode::BlendModeEnumSerialiser::GetInstance();
