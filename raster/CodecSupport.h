@@ -10,10 +10,10 @@
 namespace Raster {
 
 /// The buffer of a picture that is decoded.
-/// \throws Kernel::FormatException when a side is 0 or there are more pixels than MaxDecodedPixels;
+/// \throws Kernel::FormatException when a side is 0 or there are more pixels than \p maxPixels;
 ///         std::bad_alloc when the memory cannot be had.
 Kernel::Counted<DynamicBuffer> MakeDecodedBuffer(Format format, std::uint64_t width,
-                                                 std::uint64_t height);
+                                                 std::uint64_t height, std::uint64_t maxPixels);
 
 /// Whether the profile is one of the format's space.
 bool IsOfFormat(const ICCProfile& profile, Format format);

@@ -18,11 +18,11 @@ bool IsOfFormat(const ICCProfile& profile, Format format)
 }
 
 Kernel::Counted<DynamicBuffer> MakeDecodedBuffer(Format format, std::uint64_t width,
-                                                 std::uint64_t height)
+                                                 std::uint64_t height, std::uint64_t maxPixels)
 {
     if (width == 0 || height == 0)
         throw Kernel::FormatException("the picture has no pixels");
-    if (width > MaxDecodedPixels / height)
+    if (width > maxPixels / height)
         throw Kernel::FormatException("the picture is too large");
     auto buffer = DynamicBuffer::Create(format, unsigned(width), unsigned(height));
     if (!buffer)
@@ -63,7 +63,8 @@ bool IsOpaque(const DynamicBuffer& buffer)
     });
 }
 
-Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> bytes)
+Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> bytes,
+                                               std::uint64_t maxPixels)
 {
     constexpr unsigned char png[] = {0x89, 'P', 'N', 'G'};
     constexpr unsigned char jpeg[] = {0xff, 0xd8, 0xff};
@@ -77,19 +78,19 @@ Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> by
         return bytes.size() >= mark.size() && std::ranges::equal(bytes.first(mark.size()), mark);
     };
     if (startsWith(png))
-        return ReadPNG(bytes);
+        return ReadPNG(bytes, maxPixels);
     if (startsWith(jpeg))
-        return ReadJPEG(bytes);
+        return ReadJPEG(bytes, maxPixels);
     if (startsWith(gif))
-        return ReadGIF(bytes);
+        return ReadGIF(bytes, maxPixels);
     for (const auto& mark : tiff) {
         if (startsWith(mark))
-            return ReadTIFF(bytes);
+            return ReadTIFF(bytes, maxPixels);
     }
     if (startsWith(riff) && bytes.size() >= 12 && std::ranges::equal(bytes.subspan(8, 4), webp))
-        return ReadWebP(bytes);
+        return ReadWebP(bytes, maxPixels);
     if (startsWith(exr))
-        return ReadEXR(bytes);
+        return ReadEXR(bytes, maxPixels);
     throw Kernel::FormatException("this is not a picture in a known format", 0);
 }
 

@@ -12,7 +12,8 @@
 
 namespace Raster {
 
-/// Decoders refuse pictures of more pixels than this before they allocate anything.
+/// Decoders refuse pictures of more pixels than this, or than their caller expects, before they
+/// allocate anything for them.
 inline constexpr std::uint64_t MaxDecodedPixels = std::uint64_t{1} << 28;
 
 /// \name Reading
@@ -23,24 +24,32 @@ inline constexpr std::uint64_t MaxDecodedPixels = std::uint64_t{1} << 28;
 /// profile of the format, and gamma and chromaticity chunks are ignored. So is an orientation noted
 /// by a camera.
 ///
+/// \param maxPixels pictures of more pixels are refused.
 /// \throws Kernel::FormatException when the bytes are damaged, end early or claim too large a
 ///         picture; std::bad_alloc when there is no memory for it.
 /// @{
-RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadPNG(std::span<const unsigned char> bytes);
-RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadJPEG(std::span<const unsigned char> bytes);
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap>
+ReadPNG(std::span<const unsigned char> bytes, std::uint64_t maxPixels = MaxDecodedPixels);
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap>
+ReadJPEG(std::span<const unsigned char> bytes, std::uint64_t maxPixels = MaxDecodedPixels);
 /// The first picture of the file, in strips or tiles of any compression of libtiff: grey, RGB, CMYK
 /// and Lab of 8 or 16 bits channel by channel (CMYK of 16 bits loses the lower 8); palettes, fewer
 /// bits, YCbCr and the like become RGBA8. Floating point is refused.
-RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadTIFF(std::span<const unsigned char> bytes);
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap>
+ReadTIFF(std::span<const unsigned char> bytes, std::uint64_t maxPixels = MaxDecodedPixels);
 /// The first frame on the file's canvas, RGBA8 in sRGB; what it leaves free is transparent.
-RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadGIF(std::span<const unsigned char> bytes);
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap>
+ReadGIF(std::span<const unsigned char> bytes, std::uint64_t maxPixels = MaxDecodedPixels);
 /// Of an animation, the first frame.
-RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadWebP(std::span<const unsigned char> bytes);
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap>
+ReadWebP(std::span<const unsigned char> bytes, std::uint64_t maxPixels = MaxDecodedPixels);
 /// The first part of the file, its data window, from the channels R, G, B or Y, and A. The result
 /// is RGBAUF in the linear profile of the file's chromaticities (those of sRGB if it names none).
-RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadEXR(std::span<const unsigned char> bytes);
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap>
+ReadEXR(std::span<const unsigned char> bytes, std::uint64_t maxPixels = MaxDecodedPixels);
 /// Recognises the file by its first bytes.
-RASTER_EXPORT Kernel::Counted<const DynamicBitmap> ReadImage(std::span<const unsigned char> bytes);
+RASTER_EXPORT Kernel::Counted<const DynamicBitmap>
+ReadImage(std::span<const unsigned char> bytes, std::uint64_t maxPixels = MaxDecodedPixels);
 /// @}
 
 /// Writes an RGBA8, RGBA16, IA8 or IA16 bitmap as PNG, unpremultiplied, and without alpha when it

@@ -49,9 +49,12 @@ public:
 private:
     friend class DynamicBitmap;
     /// The decoded picture, which does not know where it came from.
-    Kernel::Counted<const DynamicBitmap> DecodePlain() const;
-    /// The same, made once for all who share the bytes and kept as long as them.
-    Kernel::Counted<const DynamicBitmap> GetDecoded() const;
+    /// \param expected where pixels shall go: deflated ones of another format or size, and files
+    ///        of more pixels, are refused before they take memory; null: anything goes.
+    Kernel::Counted<const DynamicBitmap> DecodePlain(const DynamicBitmap* expected) const;
+    /// The same, made once for all who share the bytes and kept as long as them. Who comes first
+    /// tells what is expected.
+    Kernel::Counted<const DynamicBitmap> GetDecoded(const DynamicBitmap& expected) const;
 
     Kernel::DelayLoadHolder m_bytes;
 };

@@ -27,6 +27,12 @@ constexpr int Level = 4;
 /// Deflate shrinks by at most 1032 to 1.
 constexpr std::uint64_t MaxRatio = 1032;
 
+/// Rows of a band that is about BandSize.
+std::uint32_t GetBandRows(std::uint64_t rowSize)
+{
+    return static_cast<std::uint32_t>(std::max<std::uint64_t>(1, BandSize / rowSize));
+}
+
 struct Header
 {
     std::uint32_t format = 0, width = 0, height = 0, bandRows = 0;
@@ -99,6 +105,8 @@ Header ReadHeader(const Kernel::DelayLoadHolder& payload)
                                header.height, header.bandRows);
     if (header.GetRowSize() == 0 || header.height == 0 || header.bandRows == 0)
         Fail("compressed pixels have no format or size");
+    if (header.bandRows > GetBandRows(header.GetRowSize()))
+        Fail("compressed pixels have bands of too many rows");
     if (header.GetBandCount() > (payload.GetSize() - HeaderSize) / sizeof(std::uint32_t))
         Fail("compressed pixels have more bands than bytes");
     return header;
@@ -148,8 +156,7 @@ std::vector<unsigned char> Write(const DynamicBuffer& buffer)
     buffer.SyncHostCache();
     Header header{static_cast<std::uint32_t>(buffer.GetFormat()), buffer.GetWidth(),
                   buffer.GetHeight()};
-    header.bandRows =
-        static_cast<std::uint32_t>(std::max<std::uint64_t>(1, BandSize / header.GetRowSize()));
+    header.bandRows = GetBandRows(header.GetRowSize());
     std::vector<Bytes> bands(static_cast<std::size_t>(header.GetBandCount()));
     Kernel::Dispatch::DispatchParallelFor(
         [&](unsigned band) { bands[band] = WriteBand(buffer, header, band); },
@@ -181,11 +188,15 @@ bool IsHere(const Kernel::DelayLoadHolder& payload)
     return signature == Mark;
 }
 
-Kernel::Counted<const DynamicBuffer> Read(const Kernel::DelayLoadHolder& payload)
+Kernel::Counted<const DynamicBuffer> Read(const Kernel::DelayLoadHolder& payload,
+                                          const std::optional<Shape>& expected)
 {
     if (!IsHere(payload))
         Fail("these are no compressed pixels");
     const Header header = ReadHeader(payload);
+    if (expected && (static_cast<Format>(header.format) != expected->format ||
+                     header.width != expected->width || header.height != expected->height))
+        Fail("compressed pixels are of another format or size than the bitmap");
     const std::vector<Band> bands = FindBands(payload, header);
     const auto buffer =
         DynamicBuffer::Create(static_cast<Format>(header.format), header.width, header.height);

@@ -34,7 +34,7 @@ DynamicBitmap::~DynamicBitmap() = default;
 void DynamicBitmap::DecodeOnce() const
 {
     try {
-        const auto& buffer = m_data->GetDecoded()->GetBuffer();
+        const auto& buffer = m_data->GetDecoded(*this)->GetBuffer();
         if (buffer->GetFormat() == m_format && buffer->GetWidth() == m_width &&
             buffer->GetHeight() == m_height)
             m_buffer = buffer;

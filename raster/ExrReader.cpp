@@ -111,11 +111,12 @@ Extent GetExtent(const Imf::Header& header)
 /// Nothing is allocated for more than the file can hold. Runs shrink by 64 at most, Deflate by 1032
 /// (PXR24 drops a byte of four before), the Huffman runs of PIZ by some 400, the cosine
 /// coefficients of DWA by some 20,000.
-void CheckPlausible(const Imf::Header& header, const Extent& extent, std::size_t fileSize)
+void CheckPlausible(const Imf::Header& header, const Extent& extent, std::size_t fileSize,
+                    std::uint64_t maxPixels)
 {
     constexpr std::uint64_t maxSide = std::numeric_limits<std::int32_t>::max() / 16;
     if (extent.width > maxSide || extent.height > maxSide ||
-        extent.width * extent.height > MaxDecodedPixels)
+        extent.width * extent.height > maxPixels)
         throw Kernel::FormatException("the picture is too large");
     if (header.hasTileDescription() &&
         std::uint64_t{header.tileDescription().xSize} * header.tileDescription().ySize >
@@ -186,7 +187,8 @@ Kernel::Counted<const ICCProfile> MakeProfile(const Imf::Header& header)
     return ICCManager::GetInstance().GetLinearRGBProfile();
 }
 
-Kernel::Counted<const DynamicBitmap> Read(std::span<const unsigned char> bytes)
+Kernel::Counted<const DynamicBitmap> Read(std::span<const unsigned char> bytes,
+                                          std::uint64_t maxPixels)
 {
     CheckAttributes(bytes);
     MemoryFile stream(bytes);
@@ -194,8 +196,8 @@ Kernel::Counted<const DynamicBitmap> Read(std::span<const unsigned char> bytes)
     Imf::MultiPartInputFile file(stream, 0, false);
     const Imf::Header& header = file.header(0);
     const Extent extent = GetExtent(header);
-    CheckPlausible(header, extent, bytes.size());
-    const auto buffer = MakeDecodedBuffer(Format::RGBAUF, extent.width, extent.height);
+    CheckPlausible(header, extent, bytes.size(), maxPixels);
+    const auto buffer = MakeDecodedBuffer(Format::RGBAUF, extent.width, extent.height, maxPixels);
     Imf::InputPart part(file, 0);
     ReadChannels(part, *buffer);
     return Kernel::MakeCounted<const DynamicBitmap>(buffer, MakeProfile(header));
@@ -203,13 +205,14 @@ Kernel::Counted<const DynamicBitmap> Read(std::span<const unsigned char> bytes)
 
 } // namespace
 
-Kernel::Counted<const DynamicBitmap> ReadEXR(std::span<const unsigned char> bytes)
+Kernel::Counted<const DynamicBitmap> ReadEXR(std::span<const unsigned char> bytes,
+                                             std::uint64_t maxPixels)
 {
     constexpr unsigned char mark[] = {0x76, 0x2f, 0x31, 0x01};
     if (bytes.size() < 4 || !std::ranges::equal(bytes.first(4), mark))
         throw Kernel::FormatException("this is not an EXR file", 0);
     try {
-        return Read(bytes);
+        return Read(bytes, maxPixels);
     } catch (const Kernel::FormatException&) {
         throw;
     } catch (const std::bad_alloc&) {

@@ -53,13 +53,13 @@ public:
             Fail(error);
     }
 
-    Kernel::Counted<const DynamicBitmap> Read()
+    Kernel::Counted<const DynamicBitmap> Read(std::uint64_t maxPixels)
     {
         FindFrame();
         CheckPlausible();
         ReadColours();
         const auto buffer = MakeDecodedBuffer(Format::RGBA8, std::uint64_t(m_gif->SWidth),
-                                              std::uint64_t(m_gif->SHeight));
+                                              std::uint64_t(m_gif->SHeight), maxPixels);
         ReadRows(*buffer);
         return Kernel::MakeCounted<const DynamicBitmap>(buffer);
     }
@@ -175,9 +175,10 @@ private:
 
 } // namespace
 
-Kernel::Counted<const DynamicBitmap> ReadGIF(std::span<const unsigned char> bytes)
+Kernel::Counted<const DynamicBitmap> ReadGIF(std::span<const unsigned char> bytes,
+                                             std::uint64_t maxPixels)
 {
-    return Reader(bytes).Read();
+    return Reader(bytes).Read(maxPixels);
 }
 
 } // namespace Raster

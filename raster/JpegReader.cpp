@@ -137,7 +137,8 @@ void CheckPlausible(const ReadState& state)
 
 } // namespace
 
-Kernel::Counted<const DynamicBitmap> ReadJPEG(std::span<const unsigned char> bytes)
+Kernel::Counted<const DynamicBitmap> ReadJPEG(std::span<const unsigned char> bytes,
+                                              std::uint64_t maxPixels)
 {
     if (bytes.size() < 3 || bytes[0] != 0xff || bytes[1] != 0xd8)
         throw Kernel::FormatException("this is not a JPEG file", 0);
@@ -150,8 +151,8 @@ Kernel::Counted<const DynamicBitmap> ReadJPEG(std::span<const unsigned char> byt
         Fail(state);
 
     CheckPlausible(state);
-    const auto buffer =
-        MakeDecodedBuffer(state.format, state.codec.image_width, state.codec.image_height);
+    const auto buffer = MakeDecodedBuffer(state.format, state.codec.image_width,
+                                          state.codec.image_height, maxPixels);
     auto profile = ReadEmbeddedProfile({state.profile, state.profileSize}, state.format);
     std::vector<unsigned char> row(std::size_t{4} * buffer->GetWidth());
     state.row = row.data();

@@ -139,7 +139,8 @@ void CheckPlausible(const ReadState& state)
 
 } // namespace
 
-Kernel::Counted<const DynamicBitmap> ReadPNG(std::span<const unsigned char> bytes)
+Kernel::Counted<const DynamicBitmap> ReadPNG(std::span<const unsigned char> bytes,
+                                             std::uint64_t maxPixels)
 {
     if (bytes.size() < 8 || png_sig_cmp(bytes.data(), 0, 8) != 0)
         throw Kernel::FormatException("this is not a PNG file", 0);
@@ -155,10 +156,10 @@ Kernel::Counted<const DynamicBitmap> ReadPNG(std::span<const unsigned char> byte
     if (!RunPngStep(state.png, ReadHeader, state))
         Fail(state);
     const Format format = GetFormat(state);
-    if (std::uint64_t{state.width} * state.height > MaxDecodedPixels)
+    if (std::uint64_t{state.width} * state.height > maxPixels)
         throw Kernel::FormatException("the picture is too large");
     CheckPlausible(state);
-    const auto buffer = MakeDecodedBuffer(format, state.width, state.height);
+    const auto buffer = MakeDecodedBuffer(format, state.width, state.height, maxPixels);
     auto profile = ReadEmbeddedProfile({state.profile, state.profileSize}, format);
 
     state.pixels = buffer->GetData();

@@ -122,7 +122,7 @@ Decoding ChooseDecoding(const TiffFile& file, const Layout& layout)
 
 /// Nothing is allocated for more pixels than the file can hold, as far as the compression has a
 /// bound: PackBits makes 128 bytes of 2, Deflate 1032 of 1, LZW some 2700 of 1.
-/// \pre there are at most MaxDecodedPixels.
+/// \pre there are no more than MaxDecodedPixels.
 void CheckPlausible(const Layout& layout, std::size_t fileSize)
 {
     const std::uint64_t ratio = layout.compression == COMPRESSION_NONE       ? 1
@@ -302,7 +302,8 @@ Kernel::Counted<const ICCProfile> ReadProfile(const TiffFile& file, Format forma
 
 } // namespace
 
-Kernel::Counted<const DynamicBitmap> ReadTIFF(std::span<const unsigned char> bytes)
+Kernel::Counted<const DynamicBitmap> ReadTIFF(std::span<const unsigned char> bytes,
+                                              std::uint64_t maxPixels)
 {
     const TiffFile file(bytes);
     if (!file.Get())
@@ -311,10 +312,10 @@ Kernel::Counted<const DynamicBitmap> ReadTIFF(std::span<const unsigned char> byt
     const Decoding decoding = ChooseDecoding(file, layout);
     const bool isConverted = decoding.format == Format::None;
     const Format format = isConverted ? Format::RGBA8 : decoding.format;
-    if (std::uint64_t{layout.width} * layout.height > MaxDecodedPixels)
+    if (std::uint64_t{layout.width} * layout.height > maxPixels)
         throw Kernel::FormatException("the picture is too large");
     CheckPlausible(layout, bytes.size());
-    const auto buffer = MakeDecodedBuffer(format, layout.width, layout.height);
+    const auto buffer = MakeDecodedBuffer(format, layout.width, layout.height, maxPixels);
     if (isConverted)
         ReadConverted(file, layout, *buffer);
     else

@@ -73,7 +73,8 @@ void ReadFrame(const WebPIterator& frame, DynamicBuffer& buffer)
 
 } // namespace
 
-Kernel::Counted<const DynamicBitmap> ReadWebP(std::span<const unsigned char> bytes)
+Kernel::Counted<const DynamicBitmap> ReadWebP(std::span<const unsigned char> bytes,
+                                              std::uint64_t maxPixels)
 {
     if (bytes.size() < 12 || std::memcmp(bytes.data(), "RIFF", 4) != 0 ||
         std::memcmp(bytes.data() + 8, "WEBP", 4) != 0)
@@ -89,7 +90,7 @@ Kernel::Counted<const DynamicBitmap> ReadWebP(std::span<const unsigned char> byt
 
     const auto buffer =
         MakeDecodedBuffer(Format::RGBA8, WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_WIDTH),
-                          WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT));
+                          WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT), maxPixels);
     ReadFrame(frame, *buffer);
     for (unsigned y = 0; y < buffer->GetHeight(); ++y)
         Premultiply(Format::RGBA8, buffer->GetRow(y), buffer->GetWidth());

@@ -18,7 +18,7 @@ struct Codec
 {
     const char* name;
     void (*write)(Kernel::OutStream&, const DynamicBitmap&);
-    Kernel::Counted<const DynamicBitmap> (*read)(std::span<const unsigned char>);
+    Kernel::Counted<const DynamicBitmap> (*read)(std::span<const unsigned char>, std::uint64_t);
     std::vector<Format> formats; ///< that it writes
 };
 
@@ -54,7 +54,7 @@ TEST(Codecs, KeepProfilesThatFit)
             SCOPED_TRACE(testing::Message() << codec.name << " format " << int(format));
             const auto through = [&](const Profile& profile) {
                 const auto bitmap = MakeRandomBitmap(format, 9, 5, false, false, profile);
-                return codec.read(Write(codec.write, *bitmap))->GetProfile();
+                return codec.read(Write(codec.write, *bitmap), MaxDecodedPixels)->GetProfile();
             };
             const Profile own = set.GetProfile(format), other = set.GetLAB();
             EXPECT_EQ(through(own).Get(), own.Get());

@@ -164,6 +164,27 @@ TEST(SavedBitmap, ProfilesOfOtherSpacesAreLeftOut)
     EXPECT_FALSE(Load(Save(Kernel::MakeCounted<DynamicBitmap>(buffer, inks)))->GetProfile());
 }
 
+TEST(SavedBitmap, PixelsOfAnotherSizeThanTheBitmapAreRefused)
+{
+    const auto large = MakePicture(Format::RGBA8, 40, 30);
+    Kernel::MemoryOutStream out;
+    WritePNG(out, DynamicBitmap(large));
+    const Bytes png = out.TakeData();
+    EXPECT_TRUE(ReadImage(png, 1200));
+    EXPECT_THROW(ReadImage(png, 1199), Kernel::FormatException);
+    for (const auto& data : {Kernel::MakeCounted<const CompressedRasterData>(png),
+                             Kernel::MakeCounted<const CompressedRasterData>(*large)}) {
+        for (const auto& [width, height] :
+             {std::pair{1U, 1U}, {40U, 30U}, {30U, 40U}, {80U, 30U}}) {
+            const Bitmap bitmap = Kernel::MakeCounted<DynamicBitmap>(
+                MakePicture(Format::RGBA8, width, height), nullptr, data);
+            const Bitmap loaded = Load(Save(bitmap));
+            EXPECT_EQ(bool(loaded->GetBuffer()), width == 40);
+            EXPECT_TRUE(Save(loaded) == Save(bitmap));
+        }
+    }
+}
+
 /// Whatever happens to a byte, the file is refused, or the bitmap has pixels or none; and it is
 /// saved as it came.
 TEST(SavedBitmap, DamageIsFoundWhenPixelsAreAskedFor)
@@ -209,6 +230,7 @@ TEST(SavedBitmap, HostileSizesTakeNoMemory)
         {12, {8, 0}},
         {20, {0}},
         {20, {1}},
+        {20, {16385}}, // bands of more than 512 KiB
         {24, {0xffffffff}},
         {24, {0}},
         {12, {9}},

@@ -12,6 +12,7 @@
 #include <zlib.h>
 
 #include <kernel/FormatException.h>
+#include <raster/Codecs.h>
 #include <raster/Convert.h>
 #include <raster/Pixel.h>
 
@@ -186,18 +187,18 @@ void ExpectSimilar(const Raster::DynamicBitmap& actual, const Raster::DynamicBit
     });
 }
 
-void ReadDamaged(
-    const Bytes& file,
-    Kernel::Counted<const Raster::DynamicBitmap> (*read)(std::span<const unsigned char>),
-    int rounds)
+void ReadDamaged(const Bytes& file,
+                 Kernel::Counted<const Raster::DynamicBitmap> (*read)(
+                     std::span<const unsigned char>, std::uint64_t),
+                 int rounds)
 {
-    const auto whole = read(file);
+    const auto whole = read(file, Raster::MaxDecodedPixels);
     int refused = 0;
     for (std::size_t size = 0; size < file.size(); size += 1 + size / 100) {
         // A copy, so that reading beyond its end is noticed.
         const Bytes part(file.begin(), file.begin() + std::ptrdiff_t(size));
         try {
-            ExpectSimilar(*read(part), *whole);
+            ExpectSimilar(*read(part, Raster::MaxDecodedPixels), *whole);
         } catch (const Kernel::FormatException&) {
             ++refused;
         }
@@ -209,7 +210,7 @@ void ReadDamaged(
         for (unsigned change = 0; change <= random() % 3; ++change)
             bytes[random() % bytes.size()] ^= static_cast<unsigned char>(1 + random() % 255);
         try {
-            read(bytes);
+            read(bytes, Raster::MaxDecodedPixels);
         } catch (const Kernel::FormatException&) {
             continue;
         } catch (const std::bad_alloc&) {

@@ -56,10 +56,10 @@ void ExpectSimilar(const Raster::DynamicBitmap& actual, const Raster::DynamicBit
 
 /// Reads \p file cut off at many places, which must be refused unless every pixel is still there,
 /// and \p rounds times with bytes changed at random, which must be read or refused.
-void ReadDamaged(
-    const Bytes& file,
-    Kernel::Counted<const Raster::DynamicBitmap> (*read)(std::span<const unsigned char>),
-    int rounds);
+void ReadDamaged(const Bytes& file,
+                 Kernel::Counted<const Raster::DynamicBitmap> (*read)(
+                     std::span<const unsigned char>, std::uint64_t),
+                 int rounds);
 
 /// What a codec's function makes of a bitmap.
 template<class... Options>
