@@ -23,15 +23,17 @@ enum class RegionOperation
 /// (its step is a power of two), and edges, which move by up to a step where they pass points that
 /// near. Nothing is left to luck: the edges of the input are broken up at their crossings on that
 /// grid, by integer arithmetic, so that edges that coincide, touch or cross a thousand times are
-/// ordinary input. The appended polygons do not cross themselves or each other, and have the
-/// orientation of strokes (see PathStroker): filled non-zero, they can be united with strokes by
-/// appending these. Polygons with a point that is not finite are left out.
+/// ordinary input (those on the very same line are made one before that). The appended polygons do
+/// not cross themselves or each other, and have the orientation of strokes (see PathStroker):
+/// filled non-zero, they can be united with strokes by appending these. Polygons with a point that
+/// is not finite are left out.
 ///
 /// Takes O((n + k)·log n) for n edges with k crossings of the kind that drawings have.
 ///
 /// \param out must not be \p a or \p b. \return false, with nothing appended, where more than a
-///        million crossings, or pairs of edges whose boxes meet far beyond that, would have to be
-///        looked at.
+///        million crossings, or pairs of edges whose boxes meet or edges that pass each other's
+///        ends far beyond that, would have to be looked at: edges in a bundle that nearly coincide
+///        do, at some thousands.
 GEOMETRY_EXPORT bool CombineRegions(const PolyPolygonType<double>& a, WindingOrderMode ruleA,
                                     const PolyPolygonType<double>& b, WindingOrderMode ruleB,
                                     RegionOperation operation, PolyPolygonType<double>& out);

@@ -11,6 +11,9 @@ namespace {
 
 constexpr std::size_t MaximumCrossings = std::size_t{1} << 20;
 constexpr std::size_t MaximumPairs = std::size_t{1} << 23;
+// Hot squares on the way of parts, and parts looked at for them, besides those in proportion.
+constexpr std::size_t MaximumNodes = std::size_t{1} << 23;
+constexpr std::size_t MaximumTries = std::size_t{1} << 27;
 
 __extension__ using Wide = __int128;
 
@@ -90,9 +93,10 @@ struct SweepOrder
 
 bool Arrangement::Build(std::span<const GridEdge> edges)
 {
-    m_source = edges;
     m_edges.clear();
-    m_tree.Build(edges);
+    m_collinear.Build(edges);
+    m_parts = m_collinear.GetParts();
+    m_tree.Build(m_parts);
     if (!FindNodes())
         return false;
     BreakEdges();
@@ -101,58 +105,73 @@ bool Arrangement::Build(std::span<const GridEdge> edges)
     return true;
 }
 
-/// Finds the hot squares that every edge passes. Those at ends of edges are found with the pairs of
+/// Finds the hot squares that every part passes. Those at ends of edges are found with the pairs of
 /// edges that meet or nearly do; only those of crossings need a search.
 bool Arrangement::FindNodes()
 {
     m_nodes.clear();
     m_crossings.clear();
-    for (std::uint32_t i = 0; i < m_source.size(); ++i) {
-        AddNode(i, m_source[i].from);
-        AddNode(i, m_source[i].to);
+    m_tries = 0;
+    for (std::uint32_t i = 0; i < m_parts.size(); ++i) {
+        AddNode(i, m_parts[i].from);
+        AddNode(i, m_parts[i].to);
     }
     const bool isDone = m_tree.VisitPairs(MaximumPairs, [this](std::uint32_t a, std::uint32_t b) {
-        AddNode(a, m_source[b].to); // each point is where an edge goes to
-        AddNode(b, m_source[a].to);
+        if (IsTooMuch())
+            return;
+        AddNode(a, m_parts[b].to); // each point is where a part goes to
+        AddNode(b, m_parts[a].to);
         GridPoint crossing;
-        if (m_crossings.size() < MaximumCrossings &&
-            FindCrossing(m_source[a], m_source[b], crossing))
+        if (FindCrossing(m_parts[a], m_parts[b], crossing))
             m_crossings.push_back(crossing);
     });
-    if (!isDone || m_crossings.size() >= MaximumCrossings)
+    if (!isDone)
         return false;
     std::sort(m_crossings.begin(), m_crossings.end());
     m_crossings.erase(std::unique(m_crossings.begin(), m_crossings.end()), m_crossings.end());
-    for (const GridPoint point : m_crossings)
-        m_tree.VisitAt(point, [&](std::uint32_t edge) { AddNode(edge, point); });
+    for (const GridPoint point : m_crossings) {
+        if (IsTooMuch())
+            return false;
+        m_tree.VisitAt(point, [&](std::uint32_t part) { AddNode(part, point); });
+    }
+    if (IsTooMuch())
+        return false;
     std::sort(m_nodes.begin(), m_nodes.end(), [](const Node& a, const Node& b) {
-        return std::tie(a.edge, a.along) < std::tie(b.edge, b.along);
+        return std::tie(a.part, a.along) < std::tie(b.part, b.along);
     });
     return true;
 }
 
+bool Arrangement::IsTooMuch() const noexcept
+{
+    return m_crossings.size() >= MaximumCrossings ||
+           m_nodes.size() >= MaximumNodes + 8 * m_parts.size() ||
+           m_tries >= MaximumTries + 64 * m_parts.size();
+}
+
 void Arrangement::AddNode(std::uint32_t index, GridPoint point)
 {
-    const GridEdge& edge = m_source[index];
-    if (PassesSquare(edge, point))
-        m_nodes.push_back({index, point, Dot(point - edge.from, edge.to - edge.from)});
+    ++m_tries;
+    const GridEdge& part = m_parts[index];
+    if (PassesSquare(part, point))
+        m_nodes.push_back({index, point, Dot(point - part.from, part.to - part.from)});
 }
 
 void Arrangement::BreakEdges()
 {
     for (std::size_t i = 1; i < m_nodes.size(); ++i) {
         const Node &from = m_nodes[i - 1], &to = m_nodes[i];
-        if (from.edge != to.edge || from.point == to.point)
+        if (from.part != to.part || from.point == to.point)
             continue;
         const bool isForward = from.point < to.point;
-        Windings step{};
-        step[static_cast<std::size_t>(m_source[from.edge].region)] = isForward ? 1 : -1;
+        const CollinearEdges::Origin& origin = m_collinear.GetOrigin(from.part);
+        const int sign = isForward ? 1 : -1;
         m_edges.push_back({std::min(from.point, to.point),
                            std::max(from.point, to.point),
-                           step,
+                           {sign * origin.step[0], sign * origin.step[1]},
                            {},
-                           from.edge,
-                           isForward});
+                           origin.source,
+                           isForward == origin.isAlong});
     }
 }
 
@@ -172,7 +191,7 @@ void Arrangement::MergeEdges()
             edge.step[0] += m_edges[i].step[0];
             edge.step[1] += m_edges[i].step[1];
         }
-        if (edge.step != Windings{})
+        if (edge.step != RegionWindings{})
             m_edges[count++] = edge;
     }
     m_edges.resize(count);

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
 
+#include <geometry/region/CollinearEdges.h>
 #include <geometry/region/EdgeTree.h>
 #include <geometry/region/Grid.h>
 
@@ -14,26 +14,25 @@ namespace Geometry {
 /// The edges of regions broken up so that they meet at their ends alone, with the winding numbers
 /// beside them.
 ///
-/// They are broken up by snap rounding (Hobby; Guibas and Marimont): the squares of the grid that
-/// hold an end of an edge or a crossing, rounded, are hot, and every edge goes through the centres
-/// of all hot squares that it passes. Edges that do so cannot cross any more, and coincide as a
-/// whole or not at all. Which squares an edge passes is found exactly, and so is everything after.
+/// Edges on the same line are made one before (CollinearEdges). They are broken up by snap rounding
+/// (Hobby; Guibas and Marimont): the squares of the grid that hold an end of an edge or a crossing,
+/// rounded, are hot, and every edge goes through the centres of all hot squares that it passes.
+/// Edges that do so cannot cross any more, and coincide as a whole or not at all. Which squares an
+/// edge passes is found exactly, and so is everything after.
 class Arrangement
 {
 public:
-    /// The number of turns around a point that each region makes.
-    using Windings = std::array<std::int32_t, 2>;
-
     struct Edge
     {
         GridPoint low, high; ///< low < high; "below" and "above" are as for an edge to the right
-        Windings step;       ///< the windings above less those below; not all 0
-        Windings below;
+        RegionWindings step; ///< the windings above less those below; not all 0
+        RegionWindings below;
         std::uint32_t source; ///< the edge that it is a part of (the first one of several)
         bool isForward;       ///< whether that runs from low to high
     };
 
-    /// \return false where there are too many crossings.
+    /// \pre see CollinearEdges. \return false where there are too many crossings, or too much else
+    /// to look at: then in a second or two, with a few hundred megabytes at most.
     bool Build(std::span<const GridEdge> edges);
 
     /// By their lower ends, from below to above where these are the same.
@@ -43,18 +42,21 @@ private:
     /// A hot square on the way of an edge.
     struct Node
     {
-        std::uint32_t edge;
+        std::uint32_t part;
         GridPoint point;
         std::int64_t along;
     };
 
     bool FindNodes();
-    void AddNode(std::uint32_t edge, GridPoint point);
+    bool IsTooMuch() const noexcept;
+    void AddNode(std::uint32_t part, GridPoint point);
     void BreakEdges();
     void MergeEdges();
     void FindWindings();
 
-    std::span<const GridEdge> m_source;
+    CollinearEdges m_collinear;
+    std::span<const GridEdge> m_parts; // of the edges, and what is broken up
+    std::size_t m_tries = 0;           // to add a node
     EdgeTree m_tree;
     std::vector<GridPoint> m_crossings;
     std::vector<Node> m_nodes;

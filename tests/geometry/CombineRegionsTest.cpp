@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <limits>
 #include <numbers>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -133,6 +134,53 @@ TEST(CombineRegions, EdgesThatCoincideLeaveNothingBehind)
         }
 }
 
+/// Runs to and fro along the bottom and the left of a square of 100 thousands of times, by \p way.
+template<class Way>
+Polygons MakeRetraced(const Way& way)
+{
+    Polygons polygons;
+    polygons.BeginPolygon();
+    polygons.AddPoint({100, 100});
+    polygons.AddPoint({0, 100});
+    for (int i = 0; i < 10000; ++i) {
+        const double along = way(i);
+        polygons.AddPoint({0, along});
+        polygons.AddPoint({0, 0});
+        polygons.AddPoint({along, 0});
+        polygons.AddPoint({0, 0});
+    }
+    polygons.AddPoint({100, 0});
+    return polygons;
+}
+
+TEST(CombineRegions, RetracedEdgesAreOrdinary)
+{
+    Oracle::Random random(7);
+    const Polygons retraced[] = {
+        MakeRetraced([](int) { return 100.0; }),
+        MakeRetraced([](int i) { return 0.01 * (i + 1); }),
+        MakeRetraced([&](int) { return random.Uniform(1, 100); }),
+    };
+    Polygons row; // of points on the bottom, below which it reaches
+    row.BeginPolygon();
+    for (int i = 0; i <= 10000; ++i)
+        row.AddPoint({0.01 * i, 0});
+    row.AddPoint({50, -20});
+    for (const Polygons& a : retraced)
+        for (const auto& [operation, area, points] :
+             {std::tuple(Unite, 11000.0, 5u), std::tuple(Exclude, 11000.0, 5u),
+              std::tuple(Subtract, 10000.0, 4u), std::tuple(Intersect, 0.0, 0u)}) {
+            Polygons out;
+            ASSERT_TRUE(CombineRegions(a, NonZero, row, EvenOdd, operation, out));
+            double sum = 0.0;
+            for (std::size_t i = 0; i < out.GetPolygonCount(); ++i)
+                sum -= Oracle::SignedArea(out.GetPolygon(i).points);
+            EXPECT_NEAR(sum, area, 1e-5);
+            EXPECT_GE(out.GetPoints().size(), points);
+            EXPECT_LE(out.GetPoints().size(), points + 10u);
+        }
+}
+
 TEST(CombineRegions, UnusableInputEndsWell)
 {
     Polygons out;
@@ -158,6 +206,13 @@ TEST(CombineRegions, UnusableInputEndsWell)
     }
     out.Clear();
     EXPECT_FALSE(CombineRegions(rows, EvenOdd, columns, EvenOdd, Unite, out));
+    Polygons bundle; // of edges that nearly coincide, with ends all along
+    bundle.BeginPolygon();
+    for (int i = 0; i < 10000; ++i) {
+        bundle.AddPoint({1e-4 * (i % 7), 0});
+        bundle.AddPoint({1.0 + i, 0.731 * (1.0 + i)});
+    }
+    EXPECT_FALSE(CombineRegions(bundle, EvenOdd, {}, EvenOdd, Unite, out));
     EXPECT_TRUE(out.IsEmpty());
 }
 
