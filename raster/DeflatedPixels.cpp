@@ -202,9 +202,9 @@ Kernel::Counted<const DynamicBuffer> Read(const Kernel::DelayLoadHolder& payload
         DynamicBuffer::Create(static_cast<Format>(header.format), header.width, header.height);
     if (!buffer)
         throw std::bad_alloc();
-    Kernel::Dispatch::DispatchParallelFor(
-        [&](unsigned band) { ReadBand(payload, header, bands[band], band, *buffer); },
-        static_cast<unsigned>(bands.size()));
+    // Not dispatched: callers hold a lock that threads of the pool may be waiting for.
+    for (unsigned band = 0; band < bands.size(); ++band)
+        ReadBand(payload, header, bands[band], band, *buffer);
     return buffer;
 }
 

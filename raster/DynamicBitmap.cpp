@@ -83,9 +83,17 @@ DynamicBitmap::WithProfile(Kernel::Counted<const ICCProfile> profile) const
 
 Kernel::Counted<const CompressedRasterData> DynamicBitmap::GetCompressedData() const
 {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_data)
+            return m_data;
+    }
+    // Work is dispatched, which nobody may do under a lock that the pool's threads may wait for.
+    // Without data the buffer is there from the start.
+    auto data = Kernel::MakeCounted<const CompressedRasterData>(*m_buffer);
     const std::lock_guard lock(m_mutex);
     if (!m_data)
-        m_data = Kernel::MakeCounted<const CompressedRasterData>(*m_buffer);
+        m_data = std::move(data);
     return m_data;
 }
 

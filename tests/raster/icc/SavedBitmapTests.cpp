@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <random>
 #include <thread>
 
 #include <gtest/gtest.h>
 
+#include <kernel/Dispatch.h>
 #include <kernel/FormatException.h>
 #include <kernel/InSerialiser.h>
 #include <kernel/InSerialiserFile.h>
@@ -15,6 +17,7 @@
 #include <raster/Codecs.h>
 #include <raster/CompressedRasterData.h>
 #include <raster/Pixel.h>
+#include <raster/RasterBrush.h>
 
 #include "TestProfiles.h"
 
@@ -155,6 +158,48 @@ TEST(SavedBitmap, SharedPixelsAreWrittenAndDecodedOnce)
     EXPECT_TRUE(seen[0] && AreEqual(*seen[0], *pair->first->GetBuffer()));
     for (const DynamicBuffer* buffer : seen)
         EXPECT_EQ(buffer, seen[0]);
+}
+
+/// Threads of the pool wait for the pixels while somebody else decodes them.
+TEST(SavedBitmap, FirstUseFromManyThreadsAtOnce)
+{
+    const auto buffer = MakePicture(Format::RGBA8, 600, 700);
+    const Bytes bytes = Save(Kernel::MakeCounted<DynamicBitmap>(buffer));
+    for (int round = 0; round < 30; ++round) {
+        const Bitmap loaded = Load(bytes);
+        std::atomic<bool> go{false};
+        std::thread other([&] {
+            while (!go)
+                std::this_thread::yield();
+            loaded->GetBuffer();
+        });
+        Kernel::Dispatch::DispatchParallelFor(
+            [&](unsigned) {
+                go = true;
+                EXPECT_TRUE(loaded->GetBuffer());
+            },
+            8);
+        other.join();
+        EXPECT_TRUE(AreEqual(*loaded->GetBuffer(), *buffer));
+    }
+}
+
+TEST(SavedBitmap, TipsOfBrushesAreComparedWithoutDecoding)
+{
+    const auto makeBrush = [](unsigned width) {
+        return RasterBrush(Kernel::MakeCounted<DynamicBitmap>(MakePicture(Format::M8, width, 9)));
+    };
+    const auto load = [](const RasterBrush& brush) {
+        Kernel::MemoryOutStream out;
+        Kernel::SerialiseToStream(out, brush);
+        return InSerialiserFile(out.TakeData()).ParseWithChecks<RasterBrush>();
+    };
+    const auto a = load(makeBrush(20)), b = load(makeBrush(20)), other = load(makeBrush(21));
+    EXPECT_TRUE(*a == *b);
+    EXPECT_FALSE(*a == *other);
+    EXPECT_FALSE(a->GetTip()->IsDecoded() || b->GetTip()->IsDecoded());
+    EXPECT_TRUE(*a == makeBrush(20));
+    EXPECT_FALSE(b->GetTip()->IsDecoded());
 }
 
 TEST(SavedBitmap, ProfilesOfOtherSpacesAreLeftOut)
