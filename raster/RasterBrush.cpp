@@ -5,10 +5,13 @@
 #include <cmath>
 #include <cstring>
 #include <numbers>
+#include <span>
 #include <utility>
 
 #include <kernel/EnumSerialiserOf.h>
+#include <kernel/FormatException.h>
 #include <kernel/SavedItems.h>
+#include <raster/CompressedRasterData.h>
 
 namespace Raster {
 
@@ -51,16 +54,48 @@ BrushSettings BringIntoRange(BrushSettings settings)
     return settings;
 }
 
+/// \pre both have the same format and size.
 bool HaveEqualPixels(const DynamicBuffer& a, const DynamicBuffer& b)
 {
-    if (a.GetFormat() != b.GetFormat() || a.GetWidth() != b.GetWidth() ||
-        a.GetHeight() != b.GetHeight())
-        return false;
     const std::size_t rowBytes = std::size_t{a.GetWidth()} * a.GetPixelSize();
     for (unsigned y = 0; y < a.GetHeight(); ++y)
         if (std::memcmp(a.GetRow(y), b.GetRow(y), rowBytes) != 0)
             return false;
     return true;
+}
+
+/// Whether both are the same bytes, which are read piece by piece.
+bool AreSameBytes(const Kernel::DelayLoadHolder& a, const Kernel::DelayLoadHolder& b)
+{
+    if (a == b || a.GetSize() != b.GetSize())
+        return a == b;
+    try {
+        std::array<unsigned char, 4096> some, others;
+        for (std::uint64_t at = 0; at < a.GetSize(); at += some.size()) {
+            const auto count = std::min<std::uint64_t>(some.size(), a.GetSize() - at);
+            const auto size = static_cast<std::size_t>(count);
+            a.Read(at, std::span(some).first(size));
+            b.Read(at, std::span(others).first(size));
+            if (std::memcmp(some.data(), others.data(), size) != 0)
+                return false;
+        }
+        return true;
+    } catch (const Kernel::FormatException&) { // the document was cut short
+        return false;
+    }
+}
+
+/// Tips that were not used yet are compared by their compressed form, since line styles are
+/// compared while a document is loaded. Otherwise one is in memory, and the other is no larger.
+bool AreSameTips(const DynamicBitmap& a, const DynamicBitmap& b)
+{
+    if (a.GetFormat() != b.GetFormat() || a.GetWidth() != b.GetWidth() ||
+        a.GetHeight() != b.GetHeight() || a.GetProfile() != b.GetProfile())
+        return false;
+    if (!a.IsDecoded() && !b.IsDecoded())
+        return AreSameBytes(a.GetCompressedData()->GetBytes(), b.GetCompressedData()->GetBytes());
+    const auto &pixels = a.GetBuffer(), &others = b.GetBuffer();
+    return pixels && others && HaveEqualPixels(*pixels, *others);
 }
 
 } // namespace
@@ -177,9 +212,7 @@ bool operator==(const RasterBrush& a, const RasterBrush& b)
         return false;
     if (a.m_tip == b.m_tip || !a.m_tip || !b.m_tip)
         return a.m_tip == b.m_tip;
-    const auto &pixels = a.m_tip->GetBuffer(), &others = b.m_tip->GetBuffer();
-    return a.m_tip->GetProfile() == b.m_tip->GetProfile() && pixels && others &&
-           HaveEqualPixels(*pixels, *others);
+    return AreSameTips(*a.m_tip, *b.m_tip);
 }
 
 } // namespace Raster
