@@ -24,6 +24,26 @@ FriBidiParType MapDirection(TextDirection direction) noexcept
     return FRIBIDI_PAR_ON;
 }
 
+/// Embeddings, overrides, isolates and their ends.
+bool IsControl(char32_t c) noexcept
+{
+    return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+/// What a character counts as where a line is one paragraph, whatever is in it.
+/// \param controls how many there are up to here. Levels are found in time by the square of their
+///        number; those beyond the limit count as nothing.
+FriBidiChar Simplify(char32_t c, std::size_t& controls) noexcept
+{
+    constexpr std::size_t maxControls = 2000;
+    constexpr FriBidiChar nothing = 0x200B;
+    if (IsControl(c))
+        return ++controls > maxControls ? nothing : FriBidiChar{c};
+    const bool separates =
+        c == '\n' || c == '\r' || c == 0x85 || c == 0x2029 || (c >= 0x1C && c <= 0x1E);
+    return separates ? FriBidiChar{' '} : FriBidiChar{c};
+}
+
 /// The level of each character; empty when there is no memory for them.
 std::vector<FriBidiLevel> FindLevels(const std::vector<FriBidiChar>& characters,
                                      TextDirection direction)
@@ -48,15 +68,12 @@ std::vector<BidiRun> FindBidiRuns(std::string_view text, TextDirection direction
 {
     std::vector<FriBidiChar> characters;
     std::vector<std::size_t> offsets;
+    std::size_t controls = 0;
     characters.reserve(text.size());
     offsets.reserve(text.size());
     for (std::size_t offset = 0; offset < text.size();) {
         offsets.push_back(offset);
-        const char32_t c = NextCharacter(text, offset);
-        // A line is one paragraph, whatever is in it.
-        const bool separates =
-            c == '\n' || c == '\r' || c == 0x85 || c == 0x2029 || (c >= 0x1C && c <= 0x1E);
-        characters.push_back(separates ? FriBidiChar{' '} : FriBidiChar{c});
+        characters.push_back(Simplify(NextCharacter(text, offset), controls));
     }
     std::vector<BidiRun> runs;
     const std::vector<FriBidiLevel> levels = FindLevels(characters, direction);

@@ -29,7 +29,7 @@ struct BidiRun
 };
 
 /// The runs of a line of text (UTF-8) in the order of the text, by the Unicode bidirectional
-/// algorithm (UAX #9).
+/// algorithm (UAX #9). Embeddings and isolates beyond some thousand count as nothing.
 GEOMETRY_EXPORT std::vector<BidiRun> FindBidiRuns(std::string_view text, TextDirection direction);
 
 /// The order from left to right of pieces with these levels, as their indices (UAX #9, L2).

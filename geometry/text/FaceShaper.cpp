@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 #include <system_error>
+#include <unordered_map>
 
 #include <hb-ot.h>
 #include <hb.h>
@@ -41,6 +43,25 @@ Blob OpenFile(const std::filesystem::path& path)
     return blob;
 }
 
+/// HarfBuzz keeps every language that it ever saw, in a list that it goes through: it is asked once
+/// for each. \return none for more languages than there are documents of at once.
+hb_language_t FindLanguage(const std::string& language)
+{
+    constexpr std::size_t maxLanguages = 500;
+    static std::mutex mutex;
+    // Never destroyed: other static objects may draw text when the program ends.
+    static auto& known = *new std::unordered_map<std::string, hb_language_t>;
+    if (language.empty())
+        return HB_LANGUAGE_INVALID;
+    const std::string tag = language.substr(0, ShapeOptions::MaxLanguageLength);
+    const std::lock_guard lock(mutex);
+    if (const auto found = known.find(tag); found != known.end())
+        return found->second;
+    if (known.size() >= maxLanguages)
+        return HB_LANGUAGE_INVALID;
+    return known.emplace(tag, hb_language_from_string(tag.data(), int(tag.size()))).first->second;
+}
+
 std::vector<hb_feature_t> MakeFeatures(const ShapeOptions& options)
 {
     std::vector<hb_feature_t> features;
@@ -55,8 +76,9 @@ std::vector<hb_feature_t> MakeFeatures(const ShapeOptions& options)
     }
     if (!options.kerning)
         add("-kern");
-    for (const std::string& feature : options.features)
-        add(feature);
+    const std::size_t count = std::min(options.features.size(), ShapeOptions::MaxFeatures);
+    for (std::size_t i = 0; i < count; ++i)
+        add(options.features[i]);
     return features;
 }
 
@@ -166,10 +188,8 @@ std::vector<FaceGlyph> FaceShaper::Shape(const ShapeItem& item, const ShapeOptio
     hb_buffer_set_direction(buffer.get(), item.rightToLeft ? HB_DIRECTION_RTL : HB_DIRECTION_LTR);
     hb_buffer_set_script(buffer.get(),
                          item.script ? hb_script_from_iso15924_tag(item.script) : HB_SCRIPT_COMMON);
-    if (!options.language.empty()) {
-        hb_buffer_set_language(buffer.get(), hb_language_from_string(options.language.data(),
-                                                                     int(options.language.size())));
-    }
+    if (const hb_language_t language = FindLanguage(options.language))
+        hb_buffer_set_language(buffer.get(), language);
     unsigned flags = HB_BUFFER_FLAG_DEFAULT;
     if (item.begin == 0)
         flags |= HB_BUFFER_FLAG_BOT;

@@ -27,7 +27,7 @@ std::string Fold(std::string_view name)
 std::vector<std::string> SplitFamilies(std::string_view families)
 {
     std::vector<std::string> names;
-    while (!families.empty()) {
+    while (!families.empty() && names.size() < MaxFamilies) {
         const std::size_t end = std::min(families.find(','), families.size());
         std::string_view name = families.substr(0, end);
         families.remove_prefix(std::min(end + 1, families.size()));

@@ -1,12 +1,18 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace Geometry {
 
-/// The names in a list that commas separate, without blanks around them and empty ones.
+/// More names than any list has that means to be followed; looking fonts up takes time by the
+/// square of their number.
+inline constexpr std::size_t MaxFamilies = 32;
+
+/// The names in a list that commas separate, without blanks around them and empty ones: the first
+/// of them, up to MaxFamilies.
 std::vector<std::string> SplitFamilies(std::string_view families);
 
 /// Whether a name stands for a kind of fonts, such as `serif`, not for a family.

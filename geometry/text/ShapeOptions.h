@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,11 @@ namespace Geometry {
 /// How text is turned into glyphs.
 struct ShapeOptions
 {
+    /// Tags of languages are cut after so many characters (BCP 47, 4.4.1, has them fit into that).
+    static constexpr std::size_t MaxLanguageLength = 35;
+    /// Features beyond so many are left out.
+    static constexpr std::size_t MaxFeatures = 64;
+
     /// The language as a tag of BCP 47, such as `tr`; empty for none. Some fonts draw some letters
     /// of some languages their own way.
     std::string language;

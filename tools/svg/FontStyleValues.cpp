@@ -4,6 +4,9 @@
 #include <array>
 #include <cmath>
 
+#include <geometry/text/FontFamilies.h>
+#include <geometry/text/ShapeOptions.h>
+
 #include "Scanner.h"
 #include "StyleParsing.h"
 
@@ -113,7 +116,7 @@ std::string CleanFamily(std::string_view text)
 std::optional<std::string> ParseFamilies(std::string_view value)
 {
     std::string families;
-    while (!value.empty()) {
+    for (std::size_t count = 0; !value.empty() && count < Geometry::MaxFamilies; ++count) {
         const std::size_t end = FindOutsideBrackets(value, ",");
         const std::string_view item = Trim(value.substr(0, end));
         if (!IsQuoted(item) && !IsMadeOfIdentifiers(item))
@@ -161,7 +164,7 @@ std::optional<Features> ParseFeatures(std::string_view value)
         return Features();
     std::vector<std::string> features;
     Scanner list(value);
-    while (!list.AtEnd()) {
+    while (!list.AtEnd() && features.size() < Geometry::ShapeOptions::MaxFeatures) {
         const auto words = SplitWords(list.Until(','));
         if (words.empty() || words.size() > 2)
             return std::nullopt;

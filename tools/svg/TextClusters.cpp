@@ -87,7 +87,8 @@ private:
         for (const Element* e = m_content.GetSpans()[span].element; e; e = e->parent) {
             for (const char* name : {"xml:lang", "lang"}) {
                 if (e->Has(name))
-                    return std::string(e->Get(name));
+                    return std::string(
+                        e->Get(name).substr(0, Geometry::ShapeOptions::MaxLanguageLength));
             }
         }
         return {};

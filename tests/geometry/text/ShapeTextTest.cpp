@@ -122,6 +122,18 @@ TEST(ShapeText, OrdersRunsOfBothDirections)
               (std::vector<std::size_t>{0, 4, 2, 3, 1, 5, 6}));
 }
 
+TEST(ShapeText, HeedsTheFirstControlsOnly)
+{
+    std::string text;
+    for (int i = 0; i < 100'000; ++i)
+        text += "\u2067a\u2069";
+    // A letter for itself in each of the first 1000 isolates; then no isolates are left.
+    const auto runs = FindBidiRuns(text, TextDirection::LeftToRight);
+    ASSERT_EQ(runs.size(), 2001U);
+    EXPECT_EQ(runs[1999].level, 2);
+    EXPECT_EQ(runs.back(), (BidiRun{1000 * 7 - 3, text.size(), 0}));
+}
+
 TEST(ShapeText, JoinsAcrossTheEndsOfRuns)
 {
     // A long text before and behind, cut in the middle of nothing.
