@@ -160,10 +160,19 @@ void TextContent::AddChild(const Element& child, std::size_t span)
 
 void TextContent::AddControl(char32_t code, std::size_t span)
 {
-    if (code == 0)
+    if (code == 0 || !HasRoom())
         return;
     AddCharacter(code, span, false);
     m_characters.back().isControl = true;
+}
+
+/// Whether there may be one more character; if not, that is noted.
+bool TextContent::HasRoom()
+{
+    if (m_characters.size() < MaxCharacters)
+        return true;
+    m_context.GetNotices().Add("text of more than 200,000 characters is cut");
+    return false;
 }
 
 void TextContent::AddCharacter(char32_t code, std::size_t span, bool collapses)
@@ -183,20 +192,17 @@ void TextContent::AddText(std::string_view text, std::size_t span, bool preserve
 {
     const TextStyle& style = m_spans[span].style->text;
     for (std::size_t offset = 0; offset < text.size();) {
-        if (m_characters.size() >= MaxCharacters) {
-            m_context.GetNotices().Add("text of more than 200,000 characters is cut");
+        if (!HasRoom())
             return;
-        }
         char32_t code = Geometry::NextCharacter(text, offset);
         if (code < 0x20)
             code = ' ';
-        const auto shown = std::find_if(m_characters.rbegin(), m_characters.rend(),
-                                        [](const TextCharacter& c) { return !c.isControl; });
+        const TextCharacter* const shown = m_lastShown ? &m_characters[*m_lastShown] : nullptr;
         const bool isBlank = code == ' ' && !preserve;
-        const bool follows = shown == m_characters.rend() || shown->collapses;
+        const bool follows = !shown || shown->collapses;
         if (isBlank && follows)
             continue;
-        const bool beginsWord = shown == m_characters.rend() || !IsLetter(shown->code);
+        const bool beginsWord = !shown || !IsLetter(shown->code);
         const bool toUpper = style.letterCase == TextCase::Upper ||
                              (style.letterCase == TextCase::Capitalised && beginsWord);
         if (toUpper)
@@ -206,6 +212,7 @@ void TextContent::AddText(std::string_view text, std::size_t span, bool preserve
         const bool isSmall = style.smallCaps && HasUpperCase(code);
         AddCharacter(isSmall ? ToUpperCase(code) : code, span, isBlank);
         m_characters.back().isSmall = isSmall;
+        m_lastShown = m_characters.size() - 1;
     }
 }
 

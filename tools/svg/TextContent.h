@@ -67,6 +67,7 @@ private:
     void AddElement(const Element& element, std::shared_ptr<const Style> style, std::size_t parent);
     void AddChild(const Element& child, std::size_t span);
     void AddText(std::string_view text, std::size_t span, bool preserve);
+    bool HasRoom();
     void AddCharacter(char32_t code, std::size_t span, bool collapses);
     void AddControl(char32_t code, std::size_t span);
     void RemoveLastBlank();
@@ -76,6 +77,7 @@ private:
     LengthContext m_lengths;
     std::string m_text;
     std::vector<TextCharacter> m_characters;
+    std::optional<std::size_t> m_lastShown; ///< of the characters, controls not counted
     std::vector<TextSpan> m_spans;
 };
 
