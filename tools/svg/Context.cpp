@@ -52,6 +52,9 @@ void Context::StartPicture(double pixels)
     m_counts.usedElements = 0;
     m_counts.markers = 0;
     m_counts.characters = 0;
+    m_counts.fitted = 0.0;
+    m_counts.pathSegments = 0.0;
+    m_textPaths = {};
 }
 
 bool Context::SpendPixels(double pixels)
@@ -80,6 +83,24 @@ bool Context::CountCharacters(std::size_t count)
     }
     m_counts.characters += static_cast<long>(count);
     return true;
+}
+
+bool Context::CountFitted(std::size_t clusters)
+{
+    if (m_counts.fitted + double(clusters) > MaxFitted) {
+        m_notices.Add("too much text is to be fitted to lengths; the rest keeps its own");
+        return false;
+    }
+    m_counts.fitted += double(clusters);
+    return true;
+}
+
+bool Context::HasPathSegments()
+{
+    if (m_counts.pathSegments >= MaxPathSegments)
+        m_notices.Add(
+            "paths of text have more than a million segments; text on others is left out");
+    return m_counts.pathSegments < MaxPathSegments;
 }
 
 void Context::CountUsedElement()

@@ -11,6 +11,7 @@
 #include "PaintServers.h"
 #include "StyleResolver.h"
 #include "TextFonts.h"
+#include "TextPathCache.h"
 #include "TileCache.h"
 
 namespace Svg {
@@ -34,7 +35,9 @@ struct Counts
     long usedElements = 0;
     long markers = 0;
     long characters = 0;
-    double pixels = 0.0; ///< that may still be drawn beside the target
+    double fitted = 0.0;       ///< clusters that elements with a length of text went over
+    double pathSegments = 0.0; ///< of paths that were measured for text
+    double pixels = 0.0;       ///< that may still be drawn beside the target
 };
 
 /// What all parts of the reader share while a document is drawn.
@@ -49,6 +52,11 @@ public:
 
     /// Characters laid out in all, above which text is left out.
     static constexpr long MaxCharacters = 2'000'000;
+
+    /// Clusters gone over in all to fit text to lengths, above which it keeps its own.
+    static constexpr double MaxFitted = 1e7;
+    /// Segments of paths measured in all, above which text along others is left out.
+    static constexpr double MaxPathSegments = 1e6;
 
     /// Masks in force at once, above which what is masked is left out: each may be a whole picture.
     static constexpr int MaxMasks = 32;
@@ -73,6 +81,7 @@ public:
     const ContextPaints*& GetContextPaints() noexcept { return m_contextPaints; }
 
     TileCache& GetTiles() noexcept { return m_tiles; }
+    TextPathCache& GetTextPaths() noexcept { return m_textPaths; }
 
     /// The patterns, masks and markers that are being drawn, outermost first.
     std::vector<const Element*>& GetActive() noexcept { return m_active; }
@@ -99,6 +108,14 @@ public:
     /// Counts characters that are laid out. \return false when there are too many.
     bool CountCharacters(std::size_t count);
 
+    /// Counts clusters that are gone over to fit text to a length. \return false when there are too
+    /// many.
+    bool CountFitted(std::size_t clusters);
+
+    /// Whether paths of text may still be measured; if not, that is noted.
+    bool HasPathSegments();
+    void CountPathSegments(std::size_t count) { m_counts.pathSegments += double(count); }
+
     /// Counts an element that is shown once more. \throws Kernel::FormatException beyond the limit.
     void CountUsedElement();
 
@@ -110,6 +127,7 @@ private:
     Images m_images;
     TextFonts m_fonts;
     TileCache m_tiles;
+    TextPathCache m_textPaths;
     std::vector<const Element*> m_active;
     const ContextPaints* m_contextPaints = nullptr;
     Counts m_counts{.pixels = MorePixels};

@@ -54,12 +54,18 @@ double PathMeasure::Segment::MeasureTo(double t) const noexcept
 
 double PathMeasure::Segment::FindParameter(double length) const noexcept
 {
-    double low = 0.0, high = 1.0;
-    while (high - low > 1e-9) {
-        const double middle = (low + high) / 2.0;
-        (MeasureTo(middle) < length ? low : high) = middle;
+    // Newton's method; halves where that would leave the interval which holds the parameter.
+    double low = 0.0, high = 1.0, t = 0.5;
+    for (int i = 0; i < 64 && high - low > 1e-9; ++i) {
+        const double excess = MeasureTo(t) - length;
+        const double step = -excess / Norm(Derive(t)); // no number where both are 0
+        if (std::abs(step) <= 1e-9)
+            break;
+        (excess < 0.0 ? low : high) = t;
+        const double next = t + step;
+        t = next > low && next < high ? next : (low + high) / 2.0;
     }
-    return (low + high) / 2.0;
+    return t;
 }
 
 /// Where the speed is 0, at a control on an end, the direction is that towards the next point.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include <geometry/PolyCurve.h>
@@ -20,6 +21,7 @@ public:
     explicit PathMeasure(const Geometry::PolyCurveDbl& path);
 
     double GetLength() const noexcept { return m_lengths.empty() ? 0.0 : m_lengths.back(); }
+    std::size_t GetSegmentCount() const noexcept { return m_segments.size(); }
     /// Whether it is a single run that ends where it begins.
     bool IsLoop() const noexcept { return m_isLoop; }
 

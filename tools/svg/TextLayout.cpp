@@ -214,15 +214,27 @@ void TextLayout::PlaceOnLine()
 /// Stretches the text of elements to the lengths that they ask for, the innermost first.
 void TextLayout::FitLengths()
 {
-    constexpr int maxLengths = 1000; // each goes over all of the text
     std::vector<bool> isRigid(m_text.clusters.size());
-    int count = 0;
     for (auto span = m_content.GetSpans().rbegin(); span != m_content.GetSpans().rend(); ++span) {
-        if (span->element->Has("textLength") && ++count <= maxLengths)
+        if (span->element->Has("textLength"))
             FitLength(*span, isRigid);
     }
-    if (count > maxLengths)
-        m_context.GetNotices().Add("text of more than a thousand lengths keeps its own");
+}
+
+/// The clusters within a span that are shown, from left to right.
+std::vector<std::size_t> TextLayout::FindOrder(const TextSpan& span) const
+{
+    const auto& clusters = m_text.clusters;
+    const auto first = std::ranges::lower_bound(clusters, span.first, {}, &TextCluster::first);
+    std::vector<std::size_t> order;
+    for (auto cluster = first; cluster != clusters.end() && cluster->first < span.last; ++cluster) {
+        if (!GetHead(*cluster).isControl)
+            order.push_back(std::size_t(cluster - clusters.begin()));
+    }
+    const auto getPlace = [&](std::size_t i) { return clusters[i].origin.x; };
+    if (!std::ranges::is_sorted(order, {}, getPlace))
+        std::ranges::sort(order, {}, getPlace);
+    return order;
 }
 
 /// \param isRigid whether no space is put before a cluster, since the length of what it is in is
@@ -233,16 +245,11 @@ void TextLayout::FitLength(const TextSpan& span, std::vector<bool>& isRigid)
     if (!asked)
         return;
     const double length = asked->Resolve(m_content.GetLengths(span), LengthAxis::Horizontal);
-    std::vector<std::size_t> order; // from left to right
-    for (std::size_t i = 0; i < m_text.clusters.size(); ++i) {
-        const TextCluster& cluster = m_text.clusters[i];
-        const bool isWithin = cluster.first >= span.first && cluster.first < span.last;
-        if (isWithin && !GetHead(cluster).isControl)
-            order.push_back(i);
-    }
-    if (order.empty() || !(length > 0.0) || !std::isfinite(length))
+    if (!(length > 0.0) || !std::isfinite(length) || !m_context.CountFitted(m_text.clusters.size()))
         return;
-    std::ranges::sort(order, {}, [&](std::size_t i) { return m_text.clusters[i].origin.x; });
+    const std::vector<std::size_t> order = FindOrder(span);
+    if (order.empty())
+        return;
     const double begin = m_text.clusters[order.front()].origin.x;
     const TextCluster& final = m_text.clusters[order.back()];
     const double end = final.origin.x + final.advance;

@@ -33,6 +33,7 @@ private:
     void TurnDown();
     void PlaceOnLine();
     void FitLengths();
+    std::vector<std::size_t> FindOrder(const TextSpan& span) const;
     void FitLength(const TextSpan& span, std::vector<bool>& isRigid);
     void Position();
     Kernel::PointT<double> FindShift(const TextCharacter& character) const;

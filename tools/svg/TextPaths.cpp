@@ -14,25 +14,52 @@ using Path = Kernel::Counted<const Geometry::PolyCurveDbl>;
 
 namespace {
 
-/// The path in the coordinates of the text, whichever way the element gives it.
-Path FindPath(Context& context, const Element& textPath, const LengthContext& lengths,
-              const Element*& shape)
+using Measure = TextPathCache::Measure;
+
+/// The path of a shape in the coordinates that the shape stands in.
+Path MakePath(Context& context, const Element& shape, const LengthContext& lengths)
 {
-    if (textPath.Has("path"))
-        return ParsePathData(textPath.Get("path")).path;
+    const Path path = MakeShape(shape, lengths, context.GetNotices());
+    if (!path)
+        return {};
+    const auto measure = [&] { return path->GetBoundingBox(); };
+    const Style& style = context.GetStyles().ResolveInPlace(shape);
+    return MapPath(*path, MakeElementTransform(style, lengths, measure));
+}
+
+/// The path that an element gives, measured once however often there is text on it.
+template<class Make>
+Measure FindMeasure(Context& context, const Element& owner, const LengthContext& lengths,
+                    const Make& make)
+{
+    return context.GetTextPaths().Get(owner, lengths, [&]() -> Measure {
+        if (!context.HasPathSegments())
+            return {};
+        const Path path = make();
+        if (!path)
+            return {};
+        auto measure = std::make_shared<const PathMeasure>(*path);
+        context.CountPathSegments(measure->GetSegmentCount());
+        return measure;
+    });
+}
+
+/// The path in the coordinates of the text, whichever way the element gives it; null for none.
+Measure FindPath(Context& context, const Element& textPath, const LengthContext& lengths,
+                 const Element*& shape)
+{
+    if (textPath.Has("path")) {
+        return FindMeasure(context, textPath, {},
+                           [&] { return Path(ParsePathData(textPath.Get("path")).path); });
+    }
     shape = context.GetDocument().FindByReference(textPath.GetReference());
     if (!shape || !IsShape(shape->tag)) {
         context.GetNotices().Add("a path for text is missing; its text is left out");
         return {};
     }
-    const Style& style = context.GetStyles().ResolveInPlace(*shape);
     LengthContext own = lengths;
-    own.fontSize = style.fontSize;
-    const Path path = MakeShape(*shape, own, context.GetNotices());
-    if (!path)
-        return {};
-    const auto measure = [&] { return path->GetBoundingBox(); };
-    return MapPath(*path, MakeElementTransform(style, own, measure));
+    own.fontSize = context.GetStyles().ResolveInPlace(*shape).fontSize;
+    return FindMeasure(context, *shape, own, [&] { return MakePath(context, *shape, own); });
 }
 
 } // namespace
@@ -40,10 +67,9 @@ Path FindPath(Context& context, const Element& textPath, const LengthContext& le
 TextPath::TextPath(Context& context, const Element& textPath, const LengthContext& lengths)
 {
     const Element* shape = nullptr;
-    const Path path = FindPath(context, textPath, lengths, shape);
-    if (!path)
+    m_measure = FindPath(context, textPath, lengths, shape);
+    if (!m_measure)
         return;
-    m_measure.emplace(*path);
     m_isReversed = Trim(textPath.Get("side")) == "right";
     if (Trim(textPath.Get("method")) == "stretch")
         context.GetNotices().Add("glyphs on paths are not bent");

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <optional>
-
 #include "Context.h"
-#include "PathMeasure.h"
 #include "TextClusters.h"
+#include "TextPathCache.h"
 
 namespace Svg {
 
@@ -28,8 +26,8 @@ private:
     PathMeasure::Place Locate(double distance) const;
     bool IsHidden(double middle, TextAnchor anchor) const;
 
-    std::optional<PathMeasure> m_measure;
-    double m_offset = 0.0; ///< where text begins
+    TextPathCache::Measure m_measure; ///< null where there is no path
+    double m_offset = 0.0;            ///< where text begins
     bool m_isReversed = false;
 };
 
