@@ -31,6 +31,7 @@ struct StrokeParameters
 {
     double width = 1.0;
     StrokeCap cap = StrokeCap::Butt;
+    double capLength = 1.0; ///< how far caps reach beyond the ends, in half widths
     StrokeJoin join = StrokeJoin::Round;
     /// Mitres longer than this many widths become bevels (mitre length ÷ width, as in SVG and
     /// PostScript). Holds to 1e-6 of itself, so that √2 takes every right angle.

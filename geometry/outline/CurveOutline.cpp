@@ -15,6 +15,7 @@ void CurveOutline::SetPen(const StrokeParameters& parameters, const StrokePrecis
     m_tolerance = 0.9 * precision.tolerance;
     m_shortest = precision.shortest;
     m_cap = parameters.cap;
+    m_capLength = parameters.capLength;
     m_join = parameters.join;
     m_joinRule = {parameters, precision};
     m_profile = profile;
@@ -257,12 +258,17 @@ void CurveOutline::AddArc(OutlineSide& side, Point centre, Point from, Point to,
 /// The way around an end of the path, from the left to the right of \p direction.
 void CurveOutline::AddCap(OutlineSide& side, Point point, Point direction, double radius) const
 {
-    const Point ahead = radius * direction, left = radius * Normal(direction);
+    const Point ahead = (m_capLength * radius) * direction, left = radius * Normal(direction);
     if (m_cap == StrokeCap::Square) {
         side.LineTo(point + left + ahead);
         side.LineTo(point - left + ahead);
-    } else if (m_cap == StrokeCap::Round) {
+    } else if (m_cap == StrokeCap::Round && m_capLength == 1.0) {
         AddArc(side, point, left, -1.0 * left, -1.0);
+    } else if (m_cap == StrokeCap::Round) {
+        const double handle = GetArcHandleLength(0.5 * std::numbers::pi);
+        const Point tip = point + ahead;
+        side.CubicTo(point + left + handle * ahead, tip + handle * left, tip);
+        side.CubicTo(tip - handle * left, point - left + handle * ahead, point - left);
     }
 }
 

@@ -61,6 +61,7 @@ private:
     double m_tolerance = 0.0;
     double m_shortest = 0.0;
     StrokeCap m_cap{};
+    double m_capLength = 1.0;
     StrokeJoin m_join{};
     StrokeJoinRule m_joinRule;
     const WidthProfile* m_profile = nullptr;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include <geometry/stroke/StrokePrecision.h>
 #include <geometry/Stroker.h>
 
@@ -15,8 +17,10 @@ public:
     {
         // Length ÷ width of a mitre is 1 ÷ cos(turn/2). The limit is a user's parameter and holds
         // to 1e-6, so that the limit √2 takes right angles however they are rotated.
+        // Straight back there is no tip, whatever the limit.
+        constexpr double least = 1e-30;
         const double limit = parameters.mitreLimit;
-        m_leastHalfSquare = limit > 0.0 ? (1.0 - 1e-6) / (limit * limit) : 2.0;
+        m_leastHalfSquare = limit > 0.0 ? std::max((1.0 - 1e-6) / (limit * limit), least) : 2.0;
         m_slack = 0.125 * precision.tolerance;
     }
 

@@ -20,6 +20,7 @@ void StrokeOutline::SetPen(const StrokeParameters& parameters,
 {
     m_radius = precision.radius;
     m_cap = parameters.cap;
+    m_capLength = parameters.capLength;
     m_join = parameters.join;
     m_joinRule = {parameters, precision};
     // A tenth of the tolerance is for the tiny pieces of curves between turns.
@@ -265,11 +266,28 @@ void StrokeOutline::PrepareArcs()
 /// The way around an end of the path, from the left to the right of \p direction.
 void StrokeOutline::AddCap(Point point, Point direction)
 {
-    const Point ahead = m_radius * direction, left = m_radius * Normal(direction);
+    const Point ahead = (m_capLength * m_radius) * direction, left = m_radius * Normal(direction);
     if (m_cap == StrokeCap::Square)
         m_left.Add({point + left + ahead, point - left + ahead});
-    else if (m_cap == StrokeCap::Round)
+    else if (m_cap == StrokeCap::Round && m_capLength == 1.0)
         AddArc(m_left, point, left, -1.0 * left, -1.0);
+    else if (m_cap == StrokeCap::Round)
+        AddEllipse(point, left, ahead);
+}
+
+/// A round cap that is longer or shorter than wide, with the steps of a circle.
+void StrokeOutline::AddEllipse(Point point, Point left, Point ahead)
+{
+    PrepareArcs();
+    if (!(m_arcSteps <= m_arcPoints))
+        return;
+    const double reach = 1.0 + m_arcExcess / 1.5;
+    Point at = reach * m_arcStep;
+    for (double i = 1.0; i < m_arcSteps; i += 1.0) {
+        m_left.Add(point + at.x * left + at.y * ahead);
+        at = {m_arcStep.x * at.x - m_arcStep.y * at.y, m_arcStep.y * at.x + m_arcStep.x * at.y};
+    }
+    m_arcPoints -= m_arcSteps;
 }
 
 } // namespace Geometry

@@ -69,9 +69,11 @@ private:
     void AddArc(StrokeSide& side, Point centre, Point from, Point to, double direction);
     void PrepareArcs();
     void AddCap(Point point, Point direction);
+    void AddEllipse(Point point, Point left, Point ahead);
 
     double m_radius = 0.0;
     StrokeCap m_cap{};
+    double m_capLength = 1.0;
     StrokeJoin m_join{};
     StrokeJoinRule m_joinRule;
     double m_arcExcess = 0.0; // 1 - cosine of half a step of an arc (the largest, at first)

@@ -39,7 +39,7 @@ inline bool CanDraw(const StrokeParameters& parameters) noexcept
     const double unit = parameters.dashUnit;
     const auto isUsable = [](double value) { return std::abs(value) <= largest; };
     const auto isUsableLength = [&](double value) { return isUsable(value * unit); };
-    return parameters.width > 0.0 && isUsable(parameters.width) &&
+    return parameters.width > 0.0 && isUsable(parameters.width) && isUsable(parameters.capLength) &&
            isUsableLength(parameters.dashPhase) &&
            std::all_of(parameters.dashes.begin(), parameters.dashes.end(), isUsableLength);
 }

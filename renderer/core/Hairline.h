@@ -10,7 +10,9 @@ namespace Renderer {
 /// How a stroke is drawn that may be too thin for the rasteriser.
 struct Hairline
 {
-    double penScale; ///< the width of the pen in weights
+    /// The width of the pen in weights. Caps reach no further beyond the ends of lines than those
+    /// of the weight: 1/penScale of half that width.
+    double penScale;
     float opacity;
 };
 
@@ -32,8 +34,14 @@ inline double GetLargestWidth(double weight, bool isResIndependent,
     return weight * (AffineTransform::GetLargestSingularValue(current) / scale);
 }
 
-/// Lines that are thinner are drawn that wide, and fainter: the sum of what they cover stays. As an
-/// opacity counts in steps of 1/255, rounded down, the width makes up for the rest.
+/// Lines that are thinner are drawn that wide, and fainter, as much as they are wider: whatever the
+/// pen covers is then stretched across the path alone, and the area times the opacity stays that of
+/// the true line, along its sides, in dashes of any length, and in caps and dots, which are squares
+/// or discs stretched across. Left out are mitres and places where the path comes closer to itself
+/// than the wider pen, which differ by less than the square of its width each (times the mitre
+/// limit). What one pixel gets is still rounded to the steps of coverages.
+///
+/// As an opacity counts in steps of 1/255, rounded down, the width makes up for the rest.
 /// \param width in device pixels, positive
 inline Hairline KeepVisualWeight(double width, float opacity)
 {

@@ -352,6 +352,7 @@ void PixelRenderTarget::DrawStroke(const Path& path, const Composition& composit
         hairline = KeepVisualWeight(
             GetLargestWidth(frame.weight, style.GetResIndependent(), current), composition.opacity);
     frame.penScale = hairline.penScale;
+    frame.capLength = 1.0 / hairline.penScale;
     m_outline.Clear();
     if (m_strokeHelper.ProducePolygons(path, lineStyle, frame, m_outline))
         DrawPolygons(m_outline, LineStyleStrokeHelper::GetShapeTransform(lineStyle, frame),

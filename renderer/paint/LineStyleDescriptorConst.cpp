@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <renderer/core/Hairline.h>
 #include <renderer/paint/LineStyleStrokeHelper.h>
 #include <renderer/paint/PressureProfile.h>
 
@@ -30,13 +31,15 @@ double GetLargestPressure(const Kernel::Counted<const Geometry::CurveDbl>& press
     return box.IsValid() ? std::max(1.0, box.GetRect().bottom) : 1.0;
 }
 
-/// How far the stroke reaches beyond its path, in units of its weight. Inside, closed runs do not
-/// reach beyond it, but open ones are centred on it.
-double GetReach(const LineStyleDescriptorConst& lineStyle)
+/// How far the stroke reaches beyond its path, in device pixels. Inside, closed runs do not reach
+/// beyond it, but open ones are centred on it.
+/// \param weight the effective weight
+double GetReach(const LineStyleDescriptorConst& lineStyle, double weight)
 {
     const double sides =
         lineStyle.GetStrokeAlignment() == LineStyleDescriptorConst::Outside ? 2.0 : 1.0;
-    return sides * lineStyle.GetLineStyle()->GetReachPerWeight() *
+    return std::max(std::abs(weight), LeastPenWidth) * sides *
+           lineStyle.GetLineStyle()->GetReachPerWeight() *
            GetLargestPressure(lineStyle.GetPressure());
 }
 
@@ -49,9 +52,12 @@ double GetStrokeScale(const Transform& current)
 
 Kernel::RectT<double> Grow(const Kernel::RectT<double>& rect, Geometry::Point by)
 {
-    if (rect.IsUnset() || !std::isfinite(by.x) || !std::isfinite(by.y))
+    if (rect.IsUnset())
         return rect;
-    return {rect.left - by.x, rect.top - by.y, rect.right + by.x, rect.bottom + by.y};
+    // Beyond what is ever drawn, yet finite, also where it is mapped. Not a number counts as more.
+    constexpr double largest = 1e100;
+    const Geometry::Point reach{std::min(largest, by.x), std::min(largest, by.y)};
+    return {rect.left - reach.x, rect.top - reach.y, rect.right + reach.x, rect.bottom + reach.y};
 }
 
 /// Half the sides of the box of a mapped circle: the lengths of the rows of the matrix.
@@ -114,8 +120,7 @@ Kernel::RectT<double> LineStyleDescriptorConst::InflateBaseRect(const Kernel::Re
 {
     if (!IsLineStyleVisible())
         return rect;
-    const double reach =
-        std::abs(GetEffectiveWeight(current, scalar, logToDevice)) * GetReach(*this);
+    const double reach = GetReach(*this, GetEffectiveWeight(current, scalar, logToDevice));
     Transform inverse;
     const bool shows = AffineTransform::Invert(current, inverse);
     if (m_lineStyle->GetResIndependent())
@@ -133,8 +138,7 @@ LineStyleDescriptorConst::InflateSpreadRect(const Kernel::RectT<double>& rect,
 {
     if (!IsLineStyleVisible())
         return rect;
-    const double reach =
-        std::abs(GetEffectiveWeight(current, scalar, logToDevice)) * GetReach(*this);
+    const double reach = GetReach(*this, GetEffectiveWeight(current, scalar, logToDevice));
     const Geometry::Point margin{InflationMargin, InflationMargin};
     if (m_lineStyle->GetResIndependent())
         return Grow(rect, margin + Geometry::Point{reach, reach});

@@ -97,8 +97,8 @@ public:
                               const Transform& logToDevice = {}) const;
 
     /// By how much the rectangles below are larger than what a stroke covers, in device pixels: for
-    /// what flattening at the default tolerance, rounding to fixed point, moving to pixel middles
-    /// and the least width of hairlines put outside.
+    /// what flattening at the default tolerance, rounding to fixed point and moving to pixel
+    /// middles.
     static constexpr double InflationMargin = 0.5;
 
     /// The box of a path in logical units, grown by all that its stroke can touch there. The
@@ -106,12 +106,14 @@ public:
     ///
     /// A stroke of the effective weight w reaches r = w·a·p·LineStyle::GetReachPerWeight beyond the
     /// path: a is 2 for Outside, else 1 (inside, closed runs reach nowhere, but open runs are
-    /// centred); p is the largest pressure, or 1 if that is less. It is built in logical units, r
-    /// over s(current) (1 where that is 0), and the margin of half a pixel is taken back by the
-    /// inverse of the current transform M: each side moves by r/s + ½·|row of M⁻¹|.
-    /// Resolution-independent strokes are circles on the device: (r + ½)·|row of M⁻¹|. Where there
-    /// is no inverse, nothing of the path shows and the terms with it are left out.
-    /// \return \p rect itself for invisible lines, and where it is unset.
+    /// centred); p is the largest pressure, or 1 if that is less; and w counts as a quarter pixel
+    /// at least, as hairlines are drawn that wide. It is built in logical units, r over s(current)
+    /// (1 where that is 0), and the margin of half a pixel is taken back by the inverse of the
+    /// current transform M: each side moves by r/s + ½·|row of M⁻¹|. Resolution-independent strokes
+    /// are circles on the device: (r + ½)·|row of M⁻¹|. Where there is no inverse, nothing of the
+    /// path shows and the terms with it are left out. Sides move by 1e100 at most: a reach that is
+    /// infinite or not known is that. \return \p rect itself for invisible lines, and where it is
+    /// unset.
     Kernel::RectT<double> InflateBaseRect(const Kernel::RectT<double>& rect,
                                           const Transform& current, const Transform& scalar,
                                           const Transform& logToDevice = {}) const;

@@ -155,6 +155,7 @@ LineStyleStrokeHelper::ResolveEnds(const LineStyleDescriptorConst& lineStyle,
     Geometry::StrokeParameters pen;
     pen.width = frame.weight / (scale > 0.0 ? scale : 1.0);
     pen.cap = static_cast<Geometry::StrokeCap>(style.GetCap());
+    pen.capLength = frame.capLength;
     pen.join = static_cast<Geometry::StrokeJoin>(style.GetJoin());
     pen.mitreLimit = style.GetMiterLimit();
     pen.tolerance = onDevice ? frame.deviceTolerance : frame.logicalTolerance;

@@ -29,6 +29,8 @@ struct StrokeFrame
     Geometry::WindingOrderMode winding = Geometry::WindingOrderMode::EvenOdd;
     /// The width of the pen in weights; dashes keep their lengths.
     double penScale = 1.0;
+    /// How far caps reach beyond the ends of lines, in half widths of the pen.
+    double capLength = 1.0;
 };
 
 /// Turns paths and line styles into the geometry of strokes: shapes to be filled non-zero.

@@ -1,6 +1,7 @@
 // Strokes in the pixels of a target.
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <numeric>
 #include <random>
@@ -119,6 +120,60 @@ TEST_F(StrokeTest, InflatedRectanglesHoldEveryTouchedPixel)
             line.InflateSpreadRect(AffineTransform::MapRect(current, box), current, scalar, device);
         EXPECT_TRUE(holds(base)) << round;
         EXPECT_TRUE(holds(spread)) << round;
+    }
+}
+
+TEST_F(StrokeTest, InflatedRectanglesHoldMitresOfHairlinesAndWithoutLimit)
+{
+    auto spike = Kernel::MakeCounted<PolyCurveDbl>();
+    spike->MoveTo({20, 45});
+    spike->LineTo({60, 45});
+    spike->LineTo({20, 47});
+    const Rect box = spike->GetBoundingBox().GetRect();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (const double limit : {60.0, 1e308, infinity})
+        for (const double weight : {0.02, 0.1, 1.0})
+            for (const bool isResIndependent : {false, true}) {
+                LineStyle style(weight, isResIndependent);
+                style.SetJoin(LineStyle::MitreJoin);
+                style.SetMiterLimit(limit);
+                const LineStyleDescriptorConst line(LineStyle::Consolidate(style));
+                const auto canvas = Make(96, 96);
+                canvas->DrawPolyCurve(spike, 1, FillBlendMode::Normal, BlendOptions::Identity(), {},
+                                      {}, Solid(Red), line, Geometry::WindingOrderMode::NonZero,
+                                      true, true);
+                const Rect touched = GetTouched(canvas);
+                EXPECT_GE(touched.right, 64.0); // the tip is 20 widths long at least
+                for (const Rect& grown :
+                     {line.InflateBaseRect(box, {}, {}), line.InflateSpreadRect(box, {}, {})}) {
+                    EXPECT_TRUE(grown.Contains(touched)) << weight << ' ' << limit;
+                    EXPECT_LT(grown.right, infinity);
+                }
+            }
+}
+
+TEST_F(StrokeTest, MitresWithoutLimitAreWholeInGroups)
+{
+    auto path = Kernel::MakeCounted<PolyCurveDbl>();
+    path->MoveTo({20, 40});
+    path->LineTo({60, 40});
+    path->LineTo({20, 60});
+    auto back = Kernel::MakeCounted<PolyCurveDbl>(*path);
+    back->LineTo({60, 40});
+    back->LineTo({20, 60}); // back on the very same way there is none
+    for (const double limit : {1e308, std::numeric_limits<double>::infinity()}) {
+        LineStyle style(6.0);
+        style.SetJoin(LineStyle::MitreJoin);
+        style.SetMiterLimit(limit);
+        for (const auto& drawn : {path, back}) {
+            const auto canvas = Make(96, 96);
+            canvas->DrawPolyCurve(drawn, 0.5F, FillBlendMode::Normal, BlendOptions::Identity(),
+                                  Solid(Red), {}, Solid(Red),
+                                  LineStyleDescriptorConst(LineStyle::Consolidate(style)),
+                                  Geometry::WindingOrderMode::NonZero, true, true);
+            const double tip = 3.0 / std::tan(0.5 * std::atan(0.5));
+            EXPECT_NEAR(GetTouched(canvas).right, 60.0 + tip, 1.0);
+        }
     }
 }
 
@@ -296,32 +351,75 @@ TEST_F(AlignmentTest, TranslucentStrokesOutsideDoNotDoubleTheFillOfOpenRuns)
 
 // ---- hairlines ----
 
+/// The sum of what a line covers.
+double GetInk(const Counted<PolyCurveDbl>& path, const LineStyleDescriptorConst& line,
+              float opacity)
+{
+    const Counted<BitmapRenderTarget> canvas(
+        BitmapRenderTarget::Create(Raster::Format::RGBAUF, {}));
+    EXPECT_TRUE(canvas->CreateBuffer(60, 60));
+    canvas->DrawPolyCurve(path, opacity, FillBlendMode::Normal, BlendOptions::Identity(), {}, {},
+                          FillDescriptorConst::CreateSolid({{255, 0, 0, 255}}), line,
+                          Geometry::WindingOrderMode::NonZero, true, true);
+    const auto buffer = canvas->GetBuffer();
+    double sum = 0.0;
+    for (unsigned y = 0; y < 60; ++y)
+        for (unsigned x = 0; x < 60; ++x)
+            sum += reinterpret_cast<const float*>(buffer->GetRow(y))[4 * x + 3];
+    return sum;
+}
+
+Counted<PolyCurveDbl> MakeLineThrough(Point centre, Point way)
+{
+    auto path = Kernel::MakeCounted<PolyCurveDbl>();
+    path->MoveTo(centre - way);
+    path->LineTo(centre + way);
+    return path;
+}
+
 TEST_F(StrokeTest, HairlinesKeepTheirVisualWeight)
 {
     for (const double weight : {1.0, 0.25, 0.2, 1.0 / 8, 1.0 / 20, 1.0 / 100, 1.0 / 1000})
         for (const float opacity : {1.0F, 0.4F}) {
             for (double angle = 0.01; angle < 3.2; angle += 0.1) {
-                const Counted<BitmapRenderTarget> canvas(
-                    BitmapRenderTarget::Create(Raster::Format::RGBAUF, {}));
-                ASSERT_TRUE(canvas->CreateBuffer(60, 60));
                 const Point way{25 * std::cos(angle), 25 * std::sin(angle)};
-                const Point centre = Point{30, 30} + InSquare(1);
-                auto path = Kernel::MakeCounted<PolyCurveDbl>();
-                path->MoveTo(centre - way);
-                path->LineTo(centre + way);
-                canvas->DrawPolyCurve(path, opacity, FillBlendMode::Normal,
-                                      BlendOptions::Identity(), {}, {}, Solid(Red),
-                                      LineStyleDescriptorConst(weight),
-                                      Geometry::WindingOrderMode::NonZero, true, true);
-                const auto buffer = canvas->GetBuffer();
-                double sum = 0.0;
-                for (unsigned y = 0; y < 60; ++y)
-                    for (unsigned x = 0; x < 60; ++x)
-                        sum += reinterpret_cast<const float*>(buffer->GetRow(y))[4 * x + 3];
+                const auto path = MakeLineThrough(Point{30, 30} + InSquare(1), way);
+                const double ink = GetInk(path, LineStyleDescriptorConst(weight), opacity);
                 const double expected = 50.0 * weight * std::floor(255.0 * opacity) / 255.0;
-                EXPECT_NEAR(sum, expected, 0.04 * expected) << weight << ' ' << angle;
+                EXPECT_NEAR(ink, expected, 0.04 * expected) << weight << ' ' << angle;
             }
         }
+}
+
+TEST_F(StrokeTest, DotsAndDashesOfHairlinesKeepTheirVisualWeight)
+{
+    const auto pressure = Kernel::MakeCounted<Geometry::CurveDbl>(Point{0, 0.99999});
+    pressure->LineTo({1, 0.99999}); // makes them outlines of curves
+    constexpr double capAreas[] = {0.0, 1.0, std::numbers::pi / 4.0};
+    for (const double weight : {0.3, 0.25, 0.2, 0.1, 0.05})
+        for (int cap = 0; cap < 3; ++cap)
+            for (const double dash : {0.0, weight, 0.5})
+                for (const bool hasPressure : {false, true}) {
+                    if (hasPressure && cap == LineStyle::RoundCap)
+                        continue; // outlines are flattened with corners of discs that small cut off
+                    LineStyle style(weight);
+                    style.SetCap(static_cast<LineStyle::LineCap>(cap));
+                    style.SetDashPattern({dash, 1.7 - dash});
+                    LineStyleDescriptorConst line(LineStyle::Consolidate(style));
+                    if (hasPressure)
+                        line.SetPressure(pressure);
+                    double ink = 0.0;
+                    for (int round = 0; round < 16; ++round) {
+                        const double angle = 0.2 * round;
+                        const Point way{25 * std::cos(angle), 25 * std::sin(angle)};
+                        ink += GetInk(MakeLineThrough({30.1, 30.2}, way), line, 1) / 16.0;
+                    }
+                    const double expected = 30.0 * weight * (dash + capAreas[cap] * weight);
+                    // What pixels get is rounded down to 1/255 of the opacity.
+                    const double rounding = 1.5 / 255.0 * std::min(1.0, weight / 0.25);
+                    EXPECT_NEAR(ink, expected, 0.04 * expected + 30.0 * rounding)
+                        << weight << " cap " << cap << " dash " << dash << ' ' << hasPressure;
+                }
 }
 
 } // namespace
