@@ -89,7 +89,10 @@ PathOutliner& PathOutliner::operator=(PathOutliner&&) noexcept = default;
 
 bool PathOutliner::SetPen(const StrokeParameters& parameters, const WidthProfile* profile)
 {
-    if (!CanDraw(parameters))
+    StrokeParameters widest = parameters;
+    if (profile)
+        widest.width *= profile->GetFactorBound();
+    if (!CanDraw(widest))
         return false;
     m_pen->Set(parameters, profile);
     return true;

@@ -34,7 +34,8 @@ public:
     PathOutliner& operator=(PathOutliner&&) noexcept;
 
     /// Takes a pen for the runs that follow. \param profile of the width; null for a constant one;
-    ///        kept by reference. \return false when it draws nothing.
+    ///        kept by reference. \return false when it draws nothing; with a profile the widest
+    ///        place counts.
     bool SetPen(const StrokeParameters& parameters, const WidthProfile* profile = nullptr);
 
     /// Appends the outline of a run to \p out. \pre SetPen returned true.

@@ -44,7 +44,9 @@ WidthProfile::WidthProfile(const CurveDbl& curve)
 {
     m_spans.clear();
     const std::vector<Point>& points = curve.GetPoints();
-    const auto factor = [](Point p) { return std::isfinite(p.y) ? p.y : 0.0; };
+    const auto factor = [](Point p) {
+        return std::isfinite(p.y) ? std::clamp(p.y, -MostFactor, MostFactor) : 0.0;
+    };
     double last = 1.0; // the factor behind what there is
     bool started = false;
     for (std::size_t i = 0; i < points.size(); i += 3) {
@@ -92,6 +94,14 @@ bool WidthProfile::IsRedundant() const noexcept
         return std::all_of(span.y.begin(), span.y.end(),
                            [](double y) { return std::abs(y - 1.0) <= 1e-6; });
     });
+}
+
+double WidthProfile::GetFactorBound() const noexcept
+{
+    double bound = 1.0;
+    for (const Span& span : m_spans)
+        bound = std::max(bound, *std::max_element(span.y.begin(), span.y.end()));
+    return bound;
 }
 
 WidthProfile::Value WidthProfile::Evaluate(std::size_t span, double share) const noexcept

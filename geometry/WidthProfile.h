@@ -10,7 +10,8 @@
 namespace Geometry {
 
 /// The factor of a stroke's width along a run, over the share of the run's length, 0…1: a curve
-/// taken as a function y(x). Factors below 0, and those that are not numbers, count as 0.
+/// taken as a function y(x). Factors below 0, and those that are not finite, count as 0; none are
+/// larger than MostFactor.
 ///
 /// Parts of the curve that go back in x are left out (the width then jumps); before its first point
 /// and behind its last one the function is constant. The profile is cut into spans within which it
@@ -18,12 +19,18 @@ namespace Geometry {
 class GEOMETRY_EXPORT WidthProfile
 {
 public:
+    /// Larger factors, of controls, too, count as this: whatever the width, a stroke a million
+    /// times as wide shows no more.
+    static constexpr double MostFactor = 1e6;
+
     /// The constant 1.
     WidthProfile() = default;
     explicit WidthProfile(const CurveDbl& curve);
 
     /// Whether the factor is 1 everywhere, to 1e-6.
     bool IsRedundant() const noexcept;
+    /// A factor that none exceeds, at least 1.
+    double GetFactorBound() const noexcept;
 
     std::size_t GetSpanCount() const noexcept { return m_spans.size(); }
     /// Where a span ends; the last one ends at 1.

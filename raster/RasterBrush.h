@@ -89,6 +89,7 @@ public:
     /// their default. \param tip may be empty: the brush then paints nothing.
     explicit RasterBrush(Kernel::Counted<const DynamicBitmap> tip, const Settings& settings = {});
 
+    /// \pre the brush has a tip: others do not load.
     void Save(Kernel::OutSerialiser& out) const override;
     /// Fails without a tip. What is out of its range is brought into it.
     bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,

@@ -63,7 +63,8 @@ void LineStyle::Save(Kernel::OutSerialiser& out) const
                         static_cast<std::uint8_t>(m_join), static_cast<std::uint8_t>(m_type),
                         m_resIndependent);
     out.SaveTypeI("Wght", m_weight);
-    out.SaveObject("Brus", m_brush);
+    // A brush without a tip paints nothing, and loads as an error.
+    out.SaveObject("Brus", m_brush && m_brush->GetTip() ? m_brush : decltype(m_brush)());
     if (!Kernel::SavedItems::AreClose(m_dashPhase, 0.0))
         out.SaveTypeI("Phse", m_dashPhase);
     if (!m_dashPattern.empty())

@@ -95,7 +95,8 @@ public:
     void SetResIndependent(bool resIndependent) noexcept { m_resIndependent = resIndependent; }
 
     /// What a line of type RasterBrush is painted with; empty for none. Such lines are centred on
-    /// their paths, whatever their alignment.
+    /// their paths, whatever their alignment. A brush without a tip paints nothing, and is saved as
+    /// none.
     const Kernel::Counted<const Raster::RasterBrush>& GetBrush() const noexcept { return m_brush; }
     void SetBrush(Kernel::Counted<const Raster::RasterBrush> brush) { m_brush = std::move(brush); }
     /// Whether the line is painted with its brush: its type is RasterBrush, and the brush has a
@@ -105,10 +106,7 @@ public:
         return m_type == RasterBrush && m_brush && m_brush->GetTip();
     }
     /// Whether the line needs no fill, since it is painted with a brush of its own colours.
-    bool HasImplicitFill() const noexcept
-    {
-        return PaintsWithBrush() && m_brush->HasOwnColours();
-    }
+    bool HasImplicitFill() const noexcept { return PaintsWithBrush() && m_brush->HasOwnColours(); }
 
     /// Whether the line is drawn: its type is not None and its weight differs from 0 by more than
     /// 1e-6.

@@ -4,6 +4,7 @@
 #include <ranges>
 #include <span>
 
+#include <geometry/BoundedTolerance.h>
 #include <geometry/CombineRegions.h>
 #include <renderer/core/MidPixelSnap.h>
 
@@ -215,7 +216,8 @@ bool LineStyleStrokeHelper::StrokeRuns(Runs&& runs, const LineStyleDescriptorCon
         Geometry::PolyCurveDbl outline;
         if (!OutlineRuns(runs, lineStyle, fine, outline))
             return false;
-        outline.ExpandAdaptive(ResolveEnds(lineStyle, fine).tolerance, out);
+        const double tolerance = ResolveEnds(lineStyle, fine).tolerance;
+        outline.ExpandAdaptive(Geometry::GetBoundedTolerance(outline, tolerance), out);
         return true;
     }
     const Geometry::StrokeParameters pen = ResolveEnds(lineStyle, frame);

@@ -1,5 +1,6 @@
 #include <limits>
 
+#include <geometry/BoundedTolerance.h>
 #include <geometry/Outliner.h>
 #include <support/RandomCurves.h>
 
@@ -227,6 +228,32 @@ TEST(PathOutliner, PressureCoversTheIntegralOfTheWidth)
     const Polygons dashed = Expand(Outline(paths[0].path, pen, &profiles[0].profile), 1e-3);
     EXPECT_EQ(dashed.GetPolygonCount(), 2u);
     EXPECT_NEAR(Oracle::NonZeroArea(dashed), 6.0 * 20 * (0.3 + 0.7), 1e-3);
+}
+
+TEST(PathOutliner, SizesBeyondAllReasonTakeNoMoreThanABudgetOfPoints)
+{
+    PolyCurveDbl path = MakeCubic({20, 20}, {180, 20}, {20, 180}, {180, 180});
+    path.LineTo({100, 20});
+    for (const double factor : {1e6, 1e200})
+        for (const double width : {5.0, 1e15, 1e95}) {
+            const WidthProfile profiles[] = {MakeProfile({{0, 0.2}, {1, factor}}),
+                                             MakeProfile({{0, -factor}, {1, factor}})};
+            for (const WidthProfile& profile : profiles) {
+                EXPECT_EQ(profile.Evaluate(0, 1.0).factor, WidthProfile::MostFactor);
+                const StrokeParameters pen = MakePen(width, StrokeJoin::Round, StrokeCap::Round);
+                PathOutliner outliner;
+                EXPECT_EQ(outliner.SetPen(pen, &profile), width < 1e94);
+                const PolyCurveDbl outline = Outline(path, pen, &profile);
+                const std::size_t segments = CountSegments(outline);
+                EXPECT_LE(segments, 2000U);
+                const Polygons polygons =
+                    Expand(outline, Geometry::GetBoundedTolerance(outline, 0.05));
+                EXPECT_LE(polygons.GetPoints().size(), (1U << 20) + 20 * segments);
+                for (const Point p : polygons.GetPoints())
+                    ASSERT_TRUE(std::isfinite(p.x) && std::isfinite(p.y)) << factor << ' ' << width;
+            }
+        }
+    EXPECT_EQ(Geometry::GetBoundedTolerance(MakeCircle(1e6), 0.01), 0.01);
 }
 
 TEST(WidthProfile, IsAFunctionWhateverTheCurve)

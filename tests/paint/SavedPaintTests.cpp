@@ -99,6 +99,18 @@ TEST(SavedPaint, RandomObjectsComeBackAndSaveToTheSameBytes)
     }
 }
 
+TEST(SavedPaint, LinesLoseABrushWithoutTip)
+{
+    LineStyle style(3.0);
+    style.SetType(LineStyle::RasterBrush);
+    style.SetBrush(Kernel::MakeCounted<const Raster::RasterBrush>());
+    const auto loaded =
+        InSerialiserFile(Save(LineStyle::Consolidate(style))).ParseWithChecks<LineStyle>();
+    ASSERT_TRUE(loaded);
+    EXPECT_FALSE(loaded->GetBrush());
+    EXPECT_EQ(loaded->GetType(), LineStyle::RasterBrush);
+}
+
 /// Items by tag of an object that is written by hand, in the place of a class of the library.
 class Forged : public Kernel::Serialisable
 {
