@@ -125,7 +125,22 @@ public:
         std::vector<const SharedSerialisable*> found;
         return FindSharedArray(tag, found) && TakeAll(found, objects);
     }
-    /// Plain objects in order, likewise.
+    /// The same where every object stands for itself: elements that are null or no T are left out.
+    template<class T>
+    bool LoadSharedObjectsI(IDTag tag, std::vector<Consolidated<T>>& objects) const
+    {
+        std::vector<const SharedSerialisable*> found;
+        if (!FindSharedArray(tag, found))
+            return false;
+        objects.clear();
+        for (const SharedSerialisable* const element : found) {
+            Consolidated<T> object;
+            if (element && Take(element, object))
+                objects.push_back(std::move(object));
+        }
+        return true;
+    }
+    /// Plain objects in order. An element that is null or no T makes the array no content.
     template<class T>
     bool LoadObjectArrayI(IDTag tag, std::vector<Counted<T>>& objects) const
     {

@@ -192,10 +192,11 @@ public:
         m_in.LoadObjectI(tag, found);
         object = std::move(found);
     }
+    /// Damaged ones are left out.
     template<class T>
     void Objects(IDTag tag, std::vector<Consolidated<T>>& objects)
     {
-        if (!m_in.LoadSharedObjectArrayI(tag, objects))
+        if (!m_in.LoadSharedObjectsI(tag, objects))
             objects.clear();
     }
     /// An odd number of values counts as absent.

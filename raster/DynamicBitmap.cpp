@@ -8,7 +8,7 @@
 
 namespace Raster {
 
-DynamicBitmap::DynamicBitmap() = default;
+DynamicBitmap::DynamicBitmap() : m_pixels(Kernel::MakeCounted<Pixels>()) {}
 
 DynamicBitmap::DynamicBitmap(Kernel::Counted<const DynamicBuffer> buffer,
                              Kernel::Counted<const ICCProfile> profile)
@@ -22,10 +22,11 @@ DynamicBitmap::DynamicBitmap(Kernel::Counted<const DynamicBuffer> buffer,
       m_width(buffer->GetWidth()),
       m_height(buffer->GetHeight()),
       m_profile(std::move(profile)),
-      m_buffer(std::move(buffer)),
-      m_data(std::move(data))
+      m_pixels(Kernel::MakeCounted<Pixels>())
 {
-    assert(m_buffer);
+    assert(buffer);
+    m_pixels->buffer = std::move(buffer);
+    m_pixels->data = std::move(data);
 }
 
 DynamicBitmap::~DynamicBitmap() = default;
@@ -34,10 +35,10 @@ DynamicBitmap::~DynamicBitmap() = default;
 void DynamicBitmap::DecodeOnce() const
 {
     try {
-        const auto& buffer = m_data->GetDecoded(*this)->GetBuffer();
+        const auto& buffer = m_pixels->data->GetDecoded(*this)->GetBuffer();
         if (buffer->GetFormat() == m_format && buffer->GetWidth() == m_width &&
             buffer->GetHeight() == m_height)
-            m_buffer = buffer;
+            m_pixels->buffer = buffer;
     } catch (const Kernel::FormatException&) {
     }
 }
@@ -45,12 +46,12 @@ void DynamicBitmap::DecodeOnce() const
 const Kernel::Counted<const DynamicBuffer>& DynamicBitmap::Decode() const noexcept
 {
     try {
-        const std::lock_guard lock(m_mutex);
-        if (!m_isDecoded.load(std::memory_order_relaxed)) {
+        const std::lock_guard lock(m_pixels->mutex);
+        if (!m_pixels->isDecoded.load(std::memory_order_relaxed)) {
             DecodeOnce();
-            m_isDecoded.store(true, std::memory_order_release);
+            m_pixels->isDecoded.store(true, std::memory_order_release);
         }
-        return m_buffer;
+        return m_pixels->buffer;
     } catch (...) { // no memory, or the file cannot be read: the next call may have more luck
         static const Kernel::Counted<const DynamicBuffer> none;
         return none;
@@ -73,28 +74,24 @@ DynamicBitmap::WithProfile(Kernel::Counted<const ICCProfile> profile) const
     result->m_width = m_width;
     result->m_height = m_height;
     result->m_profile = std::move(profile);
-    const std::lock_guard lock(m_mutex);
-    result->m_isDecoded.store(m_isDecoded.load(std::memory_order_relaxed),
-                              std::memory_order_relaxed);
-    result->m_buffer = m_buffer;
-    result->m_data = m_data;
+    result->m_pixels = m_pixels;
     return result;
 }
 
 Kernel::Counted<const CompressedRasterData> DynamicBitmap::GetCompressedData() const
 {
     {
-        const std::lock_guard lock(m_mutex);
-        if (m_data)
-            return m_data;
+        const std::lock_guard lock(m_pixels->mutex);
+        if (m_pixels->data)
+            return m_pixels->data;
     }
     // Work is dispatched, which nobody may do under a lock that the pool's threads may wait for.
     // Without data the buffer is there from the start.
-    auto data = Kernel::MakeCounted<const CompressedRasterData>(*m_buffer);
-    const std::lock_guard lock(m_mutex);
-    if (!m_data)
-        m_data = std::move(data);
-    return m_data;
+    auto data = Kernel::MakeCounted<const CompressedRasterData>(*m_pixels->buffer);
+    const std::lock_guard lock(m_pixels->mutex);
+    if (!m_pixels->data)
+        m_pixels->data = std::move(data);
+    return m_pixels->data;
 }
 
 } // namespace Raster

@@ -42,19 +42,20 @@ public:
     /// possible because they are damaged or there is no memory for them.
     const Kernel::Counted<const DynamicBuffer>& GetBuffer() const noexcept
     {
-        return m_isDecoded.load(std::memory_order_acquire) ? m_buffer : Decode();
+        return IsDecoded() ? m_pixels->buffer : Decode();
     }
     /// The same where pixels are indispensable.
     /// \throws Kernel::FormatException when they cannot be decoded.
     const DynamicBuffer& GetPixels() const;
     /// Whether the pixels need not be decoded any more.
-    bool IsDecoded() const noexcept { return m_isDecoded.load(std::memory_order_acquire); }
+    bool IsDecoded() const noexcept { return m_pixels->isDecoded.load(std::memory_order_acquire); }
     const Kernel::Counted<const ICCProfile>& GetProfile() const noexcept { return m_profile; }
     Format GetFormat() const noexcept { return m_format; }
     unsigned GetWidth() const noexcept { return m_width; }
     unsigned GetHeight() const noexcept { return m_height; }
 
-    /// The same pixels in the colours of another profile; they are not decoded for it.
+    /// The same pixels in the colours of another profile. They are neither decoded for it nor
+    /// compressed once more.
     Kernel::Counted<const DynamicBitmap>
     WithProfile(Kernel::Counted<const ICCProfile> profile) const;
 
@@ -67,15 +68,20 @@ private:
     const Kernel::Counted<const DynamicBuffer>& Decode() const noexcept;
     void DecodeOnce() const;
 
+    /// Pixels in one form or both, shared by bitmaps that differ in their profiles.
+    struct Pixels : Kernel::Countable
+    {
+        std::mutex mutex; // guards what follows, of which the buffer is set before isDecoded
+        std::atomic<bool> isDecoded{true};
+        Kernel::Counted<const DynamicBuffer> buffer;
+        Kernel::Counted<const CompressedRasterData> data;
+    };
+
     Format m_format = Format::None;
     unsigned m_width = 0;
     unsigned m_height = 0;
     Kernel::Counted<const ICCProfile> m_profile;
-
-    mutable std::mutex m_mutex; // guards what follows, of which m_buffer is set before m_isDecoded
-    mutable std::atomic<bool> m_isDecoded{true};
-    mutable Kernel::Counted<const DynamicBuffer> m_buffer;
-    mutable Kernel::Counted<const CompressedRasterData> m_data;
+    Kernel::Counted<Pixels> m_pixels; // never empty
 };
 
 } // namespace Raster

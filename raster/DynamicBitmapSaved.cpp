@@ -58,8 +58,8 @@ bool DynamicBitmap::Load(const Kernel::InSerialiser& in, Kernel::FileStore& stor
     if (in.LoadSharedObjectI("Prof", profile) && profile &&
         IsOfFormat(*profile->GetProfile(), m_format))
         m_profile = profile->GetProfile();
-    m_data = Kernel::MakeCounted<const CompressedRasterData>(std::move(data));
-    m_isDecoded.store(false, std::memory_order_relaxed); // nobody else knows the object yet
+    m_pixels->data = Kernel::MakeCounted<const CompressedRasterData>(std::move(data));
+    m_pixels->isDecoded.store(false, std::memory_order_relaxed); // nobody else knows the object yet
     return true;
 }
 

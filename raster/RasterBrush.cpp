@@ -54,16 +54,6 @@ BrushSettings BringIntoRange(BrushSettings settings)
     return settings;
 }
 
-/// \pre both have the same format and size.
-bool HaveEqualPixels(const DynamicBuffer& a, const DynamicBuffer& b)
-{
-    const std::size_t rowBytes = std::size_t{a.GetWidth()} * a.GetPixelSize();
-    for (unsigned y = 0; y < a.GetHeight(); ++y)
-        if (std::memcmp(a.GetRow(y), b.GetRow(y), rowBytes) != 0)
-            return false;
-    return true;
-}
-
 /// Whether both are the same bytes, which are read piece by piece.
 bool AreSameBytes(const Kernel::DelayLoadHolder& a, const Kernel::DelayLoadHolder& b)
 {
@@ -85,17 +75,31 @@ bool AreSameBytes(const Kernel::DelayLoadHolder& a, const Kernel::DelayLoadHolde
     }
 }
 
-/// Tips that were not used yet are compared by their compressed form, since line styles are
-/// compared while a document is loaded. Otherwise one is in memory, and the other is no larger.
+/// Tips are compared by their compressed form, since line styles are compared while a document is
+/// loaded, and what is equal must not change when a tip is decoded.
 bool AreSameTips(const DynamicBitmap& a, const DynamicBitmap& b)
 {
-    if (a.GetFormat() != b.GetFormat() || a.GetWidth() != b.GetWidth() ||
-        a.GetHeight() != b.GetHeight() || a.GetProfile() != b.GetProfile())
-        return false;
-    if (!a.IsDecoded() && !b.IsDecoded())
-        return AreSameBytes(a.GetCompressedData()->GetBytes(), b.GetCompressedData()->GetBytes());
-    const auto &pixels = a.GetBuffer(), &others = b.GetBuffer();
-    return pixels && others && HaveEqualPixels(*pixels, *others);
+    return a.GetFormat() == b.GetFormat() && a.GetWidth() == b.GetWidth() &&
+           a.GetHeight() == b.GetHeight() && a.GetProfile() == b.GetProfile() &&
+           AreSameBytes(a.GetCompressedData()->GetBytes(), b.GetCompressedData()->GetBytes());
+}
+
+/// The size of a tip's compressed form and parts of it, which all of a small one is.
+void AddSample(Kernel::HashAccumulator& hash, const Kernel::DelayLoadHolder& bytes)
+{
+    constexpr std::uint64_t Parts = 4, PartSize = 1024;
+    const std::uint64_t size = bytes.GetSize();
+    hash.Add(size);
+    std::array<unsigned char, PartSize> part;
+    const std::uint64_t step = std::max(PartSize, size / Parts);
+    try {
+        for (std::uint64_t at = 0; at < size; at += step) {
+            const auto count = static_cast<std::size_t>(std::min(PartSize, size - at));
+            bytes.Read(at, std::span(part).first(count));
+            hash.AddToHash(part.data(), count);
+        }
+    } catch (const Kernel::FormatException&) { // the document was cut short
+    }
 }
 
 } // namespace
@@ -182,10 +186,11 @@ void RasterBrush::AccumulateHash(Kernel::HashAccumulator& hash) const
     hash.Add(m_settings.seed);
     for (const double number : GetNumbers(m_settings))
         hash.Add(number);
-    if (m_tip) { // not its pixels: brushes mostly differ in the rest
+    if (m_tip) {
         hash.Add(m_tip->GetFormat());
         hash.Add(m_tip->GetWidth());
         hash.Add(m_tip->GetHeight());
+        AddSample(hash, m_tip->GetCompressedData()->GetBytes());
     }
 }
 

@@ -114,7 +114,8 @@ public:
     /// the joins of bent tips.
     double GetReach() const noexcept;
 
-    /// Whether both paint the same: equal settings, and tips of the same pixels and profile.
+    /// Whether both paint the same: equal settings, and tips of the same profile and compressed
+    /// form. So a tip that came from a picture's file differs from its pixels.
     friend RASTER_EXPORT bool operator==(const RasterBrush& a, const RasterBrush& b);
 
 private:

@@ -406,6 +406,21 @@ TEST(SavedPaint, DepthAndSizeOfSharedObjectsAreBounded)
     EXPECT_EQ(named, red);
 }
 
+TEST(SavedPaint, DamagedElementsOfArrays)
+{
+    const Consolidated<Colour> red = ColourRGB::Create(Raster::PixelRGBA8{255, 0, 0, 255});
+    const std::vector<Consolidated<Kernel::SharedSerialisable>> colours{
+        {}, red, FillNone::Create(), ColourRegistration::Create()};
+    const auto write = [&](Kernel::IDTag tag) {
+        return [&colours, tag](Kernel::OutSerialiser& out) {
+            out.SaveSharedObjectArrayI(tag, colours);
+        };
+    };
+    EXPECT_EQ(LoadForged<Palette>("Pltt", write("cols"))->GetColours(),
+              (Palette::Colours{red, ColourRegistration::Create()}));
+    EXPECT_TRUE(LoadForged<Gradient>("Grad", write("Cols"))->GetColours().empty());
+}
+
 TEST(SavedPaint, BlendModesGrewFourTimes)
 {
     const auto& serialiser = FillBlendMode::BlendModeEnumSerialiser::GetInstance();

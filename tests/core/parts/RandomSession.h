@@ -86,6 +86,11 @@ private:
             return FillDescriptorConst::CreateSolid(colour);
         }
     }
+    Kernel::Consolidated<Colour> MatteColour()
+    {
+        const FillDescriptorConst paint = Paint(); // none when there was no memory for a bitmap
+        return paint.GetFill() ? paint.GetFill()->GetColour() : Kernel::Consolidated<Colour>();
+    }
     static unsigned char Byte(int value) { return static_cast<unsigned char>(value); }
     FillDescriptorConst Perhaps(const FillDescriptorConst& paint)
     {
@@ -122,7 +127,7 @@ private:
                 Now().Clear();
             break;
         case 1:
-            Now().Matte(Paint().GetFill()->GetColour());
+            Now().Matte(MatteColour());
             break;
         case 2:
             Now().Interpolate(Opacity(), mode, BlendOptions::Identity(), Paint(), Perhaps(Paint()));
@@ -196,7 +201,7 @@ private:
                 s.m_targets.pop_back();
                 Kernel::Consolidated<Colour> matte;
                 if (s.Pick(2))
-                    Survive([&] { matte = s.Paint().GetFill()->GetColour(); });
+                    Survive([&] { matte = s.MatteColour(); });
                 s.Now().PopSubRender(matte);
             });
         }

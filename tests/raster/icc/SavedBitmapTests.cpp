@@ -141,7 +141,9 @@ TEST(SavedBitmap, SharedPixelsAreWrittenAndDecodedOnce)
     pair->first = Kernel::MakeCounted<DynamicBitmap>(
         MakePicture(Format::RGBA8, 300, 200),
         RasterTest::MakeProfile(RasterTest::MakeWideRGBBytes(2)));
+    const auto plain = pair->first->WithProfile({});
     const Bytes one = Save(pair->first);
+    EXPECT_EQ(plain->GetCompressedData(), pair->first->GetCompressedData());
     pair->second = pair->first;
     Kernel::MemoryOutStream out;
     Kernel::SerialiseToStream(out, *pair);
@@ -199,7 +201,19 @@ TEST(SavedBitmap, TipsOfBrushesAreComparedWithoutDecoding)
     EXPECT_FALSE(*a == *other);
     EXPECT_FALSE(a->GetTip()->IsDecoded() || b->GetTip()->IsDecoded());
     EXPECT_TRUE(*a == makeBrush(20));
-    EXPECT_FALSE(b->GetTip()->IsDecoded());
+    b->GetTip()->GetBuffer();
+    EXPECT_TRUE(*a == *b && *b == makeBrush(20));
+    const auto hash = [](const RasterBrush& brush) {
+        Kernel::HashAccumulator accumulator;
+        brush.AccumulateHash(accumulator);
+        return accumulator.GetHash();
+    };
+    EXPECT_EQ(hash(*b), hash(makeBrush(20)));
+    auto pixels = MakePicture(Format::M8, 20, 9);
+    pixels->GetRow(8)[19] ^= 1;
+    const RasterBrush changed(Kernel::MakeCounted<DynamicBitmap>(std::move(pixels)));
+    EXPECT_FALSE(*a == changed);
+    EXPECT_NE(hash(*a), hash(changed));
 }
 
 TEST(SavedBitmap, ProfilesOfOtherSpacesAreLeftOut)
