@@ -111,7 +111,8 @@ void PixelRenderTarget::DrawBrushStroke(const Path& path, const StrokeFrame& fra
                                   ends.mitreLimit,
                                   m_strokeHelper.PostProcessForPressure(lineStyle),
                                   toDevice,
-                                  area};
+                                  area,
+                                  GetAbortingPointer()};
     Texture::TexturedPolygons stroke;
     BrushPen pen(line, GetTotalLength(runs), stroke.polygons);
     for (const auto& run : runs)

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 
+#include <renderer/core/AbortFlag.h>
 #include <renderer/core/texture/CPolygon.h>
 #include <renderer/core/texture/TextureCanvas.h>
 
@@ -16,7 +18,9 @@ BrushPen::BrushPen(const BrushLine& line, double totalLength, std::vector<Textur
       m_out(out),
       m_scale(std::sqrt(std::abs(line.toDevice.Determinant()))),
       m_tipLength(line.weight * line.brush.GetTipLength()),
-      m_shortest(totalLength / MostPieces)
+      m_shortest(totalLength / MostPieces),
+      m_hasGroups(m_settings.positionJitter == 0.0 && m_settings.angleJitter == 0.0 &&
+                  m_settings.sizeJitter == 0.0 && m_settings.opacityJitter == 0.0)
 {}
 
 void BrushPen::Draw(const BrushPath& run)
@@ -38,15 +42,20 @@ unsigned BrushPen::GetSide(unsigned side, std::uint32_t level) noexcept
     return std::max(1U, static_cast<unsigned>(reduced));
 }
 
+bool BrushPen::IsAborting() const noexcept
+{
+    return IsAbortSet(m_line.abort);
+}
+
 double BrushPen::GetPressure(double share) const noexcept
 {
     const Geometry::WidthProfile* const profile = m_line.pressure;
     if (!profile)
         return 1.0;
-    std::size_t span = 0;
-    while (span + 1 < profile->GetSpanCount() && profile->GetSpanEnd(span) < share)
-        ++span;
-    return profile->Evaluate(span, share).factor;
+    const auto spans = std::views::iota(std::size_t{0}, profile->GetSpanCount() - 1);
+    const auto getEnd = [profile](std::size_t span) { return profile->GetSpanEnd(span); };
+    const auto found = std::ranges::lower_bound(spans, share, {}, getEnd);
+    return profile->Evaluate(static_cast<std::size_t>(found - spans.begin()), share).factor;
 }
 
 double BrushPen::GetSize(double share) const noexcept
@@ -75,7 +84,7 @@ std::uint32_t BrushPen::GetLevel(double deviceLength, double deviceHeight) const
 }
 
 void BrushPen::Add(const Corners& corners, std::uint32_t level, double width, double begin,
-                   double end)
+                   double end, std::uint8_t doublings)
 {
     for (const CVertex& corner : corners)
         if (!(std::abs(corner.x) <= CPolygon::MaxCoordinate &&
@@ -88,6 +97,7 @@ void BrushPen::Add(const Corners& corners, std::uint32_t level, double width, do
     std::ranges::copy(corners, piece.corners.begin());
     piece.width = static_cast<float>(width);
     piece.level = level;
+    piece.doublings = doublings;
     piece.begin = static_cast<float>(m_runStart + begin / m_line.weight);
     piece.end = static_cast<float>(m_runStart + end / m_line.weight);
     piece.runStart = static_cast<float>(m_runStart);

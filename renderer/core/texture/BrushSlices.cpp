@@ -46,7 +46,7 @@ void BrushPen::DrawSlices(const BrushPath& run)
     if (m_line.pressure)
         longest = std::min(longest, std::max(0.25 * m_line.weight, m_shortest));
     const auto& samples = run.GetSamples();
-    for (std::size_t i = 0; i + 1 < samples.size(); ++i) {
+    for (std::size_t i = 0; i + 1 < samples.size() && !IsAborting(); ++i) {
         const BrushPath::Sample& a = samples[i];
         const BrushPath::Sample& b = samples[i + 1];
         const double length = b.length - a.length;
@@ -56,7 +56,7 @@ void BrushPen::DrawSlices(const BrushPath& run)
         }
         const int parts = std::max(1, static_cast<int>(std::ceil(length / longest)));
         Section from = MakeSection(a.point, a.direction, a.length);
-        for (int k = 1; k <= parts; ++k) {
+        for (int k = 1; k <= parts && !IsAborting(); ++k) {
             const double share = double(k) / parts;
             const Section to = k == parts
                                    ? MakeSection(b.point, b.direction, b.length)

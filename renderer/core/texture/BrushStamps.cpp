@@ -36,82 +36,62 @@ double GetRandom(std::uint32_t seed, std::uint32_t run, std::uint32_t stamp, Jit
 
 } // namespace
 
-/// From a stamp to the next one: less where the tip is smaller, but never next to nothing.
-double BrushPen::GetStep(double share) const
-{
-    constexpr double SmallestSize = 1.0 / 16.0;
-    return std::max(m_settings.spacing * m_tipLength * std::max(GetSize(share), SmallestSize),
-                    m_shortest);
-}
-
-void BrushPen::PlaceStamps(const BrushPath& run)
-{
-    m_places.assign(1, 0.0);
-    double place = 0.0;
-    while (place < m_runLength) {
-        place += GetStep(place / m_runLength);
-        m_places.push_back(place);
-    }
-    // The next stamp would lie beyond the end.
-    if (place > m_runLength * (1.0 + 1e-9) || run.IsClosed())
-        m_places.pop_back();
-    if (!run.IsClosed() || m_places.empty())
-        return;
-    // A closed run gets a whole number of steps, of nearly the same length.
-    const bool endsEarly =
-        m_places.size() > 1 && m_runLength - m_places.back() < place - m_runLength;
-    if (endsEarly) {
-        place = m_places.back();
-        m_places.pop_back();
-    }
-    for (double& each : m_places)
-        each *= m_runLength / place;
-}
-
 void BrushPen::DrawStamps(const BrushPath& run)
 {
     if (m_runLength > 0.0)
         PlaceStamps(run);
     else
-        m_places.assign(1, 0.0);
+        m_places.assign(1, {0.0, 0});
     std::size_t hint = 0;
-    for (std::size_t i = 0; i < m_places.size(); ++i)
-        DrawStamp(run.At(m_places[i], hint), static_cast<std::uint32_t>(i), m_runLength);
+    for (std::size_t i = 0; i < m_places.size() && !IsAborting(); ++i)
+        DrawStamp(run.At(m_places[i].length, hint), static_cast<std::uint32_t>(i),
+                  m_places[i].doublings);
 }
 
-void BrushPen::DrawStamp(const BrushPath::Sample& place, std::uint32_t index, double runLength)
+void BrushPen::DrawStamp(const BrushPath::Sample& place, std::uint32_t index,
+                         std::uint8_t doublings)
 {
     const auto random = [&](Jitter jitter) {
         return GetRandom(m_settings.seed, m_run, index, jitter);
     };
-    const double share = runLength > 0.0 ? place.length / runLength : 0.0;
+    const double share = m_runLength > 0.0 ? place.length / m_runLength : 0.0;
     const double size = GetSize(share) * (1.0 - m_settings.sizeJitter * random(Jitter::Size));
     const double opacity =
         GetOpacity(share) * (1.0 - m_settings.opacityJitter * random(Jitter::Opacity));
     if (!(size > 0.0) || !(opacity > 0.0))
         return;
-    double angle =
-        m_settings.rotation + m_settings.angleJitter * (2.0 * random(Jitter::Angle) - 1.0);
-    if (m_settings.followsPath)
-        angle += std::atan2(place.direction.y, place.direction.x);
+    const double turn = m_settings.angleJitter * (2.0 * random(Jitter::Angle) - 1.0);
     const double distance =
         m_settings.positionJitter * m_line.weight * std::sqrt(random(Jitter::Distance));
     const double bearing = 2.0 * std::numbers::pi * random(Jitter::Bearing);
     const Point centre = place.point + distance * Point{std::cos(bearing), std::sin(bearing)};
-    const Point along = (0.5 * m_tipLength * size) * Point{std::cos(angle), std::sin(angle)};
-    const Point across = (0.5 * m_line.weight * size) * Point{-std::sin(angle), std::cos(angle)};
+    const Corners corners = MakeStamp(centre, GetAngle(place) + turn, size, opacity);
+    const auto length = [&](const CVertex& from, const CVertex& to) {
+        return std::hypot(to.x - from.x, to.y - from.y);
+    };
+    const double across = length(corners[0], corners[3]);
+    Add(corners, GetLevel(length(corners[0], corners[1]), across), across, place.length,
+        place.length, doublings);
+}
+
+double BrushPen::GetAngle(const BrushPath::Sample& place) const noexcept
+{
+    return m_settings.rotation +
+           (m_settings.followsPath ? std::atan2(place.direction.y, place.direction.x) : 0.0);
+}
+
+BrushPen::Corners BrushPen::MakeStamp(Point centre, double angle, double size,
+                                      double opacity) const noexcept
+{
+    const double c = 0.5 * size * std::cos(angle), s = 0.5 * size * std::sin(angle);
+    const Point along = m_tipLength * Point{c, s};
+    const Point across = m_line.weight * Point{-s, c};
     const auto corner = [&](double u, double v) {
         const Point p =
             m_line.toDevice.Map(centre + (2.0 * u - 1.0) * along + (2.0 * v - 1.0) * across);
         return CVertex{p.x, p.y, float(u), float(v), float(opacity)};
     };
-    const Corners corners{corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 1)};
-    const auto length = [&](Point v) {
-        const Point mapped = m_line.toDevice.MapVector(v);
-        return 2.0 * std::hypot(mapped.x, mapped.y);
-    };
-    Add(corners, GetLevel(length(along), length(across)), length(across), place.length,
-        place.length);
+    return {corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 1)};
 }
 
 } // namespace Renderer::Texture

@@ -39,6 +39,13 @@ void BlendSrcOver(Channels<N>& below, const Channels<N>& above) noexcept
         below[i] = above[i] + below[i] * rest;
 }
 
+/// A part of a stroke laid over itself: s + s·(1 − as) on every channel.
+template<std::size_t N>
+Channels<N> BlendOverItself(const Channels<N>& part) noexcept
+{
+    return ScaleBy(part, 2.0F - AlphaOf(part));
+}
+
 /// Keeps whichever has the larger opacity, the later one where both have the same: parts of one
 /// stroke that lie over each other then make it no stronger.
 template<std::size_t N>

@@ -60,10 +60,13 @@ struct StampedPixel
 {
     Channels<N> channels{};
 
-    void Add(const Share<N>& share, const TexturedPolygon&, Overlap overlap) noexcept
+    void Add(const Share<N>& share, const TexturedPolygon& piece, Overlap overlap) noexcept
     {
-        Combine(overlap, channels,
-                ScaleBy(share.texel, CombineOpacities(share.area, share.opacity)));
+        Channels<N> stamp = ScaleBy(share.texel, CombineOpacities(share.area, share.opacity));
+        if (overlap == Overlap::BuildUp)
+            for (unsigned i = 0; i < piece.doublings; ++i)
+                stamp = BlendOverItself(stamp);
+        Combine(overlap, channels, stamp);
     }
     Channels<N> Get(Overlap) const noexcept { return channels; }
 };
@@ -270,6 +273,8 @@ constexpr int CellSide = 64;
 template<class Texel, class PixelT>
 void PaintTile(const Job& job, const RectT<int>& tile)
 {
+    if (IsAbortSet(job.abort))
+        return;
     Pieces ofTile, ofCell;
     const RectT<int> area = FindPieces(
         job.stroke.polygons, tile, ofTile,
@@ -277,6 +282,8 @@ void PaintTile(const Job& job, const RectT<int>& tile)
     Canvas<PixelT, Texel> canvas(job.stroke);
     for (int y = area.top & -CellSide; y < area.bottom; y += CellSide)
         for (int x = area.left & -CellSide; x < area.right; x += CellSide) {
+            if (IsAbortSet(job.abort))
+                return;
             const RectT<int> cell = RectT<int>{x, y, x + CellSide, y + CellSide}.Intersect(area);
             const RectT<int> part = FindPieces(
                 ofTile, cell, ofCell, [](const TexturedPolygon* piece) -> auto& { return *piece; });

@@ -16,6 +16,9 @@ struct TexturedPolygon
     float width;
     /// Which size of the texture it is drawn with.
     std::uint32_t level;
+    /// Stamps: how often it is laid over itself before it is painted. It then stands for
+    /// 2^doublings stamps in its place.
+    std::uint8_t doublings;
     /// How far along the stroke it begins and ends, in weights.
     float begin;
     float end;
