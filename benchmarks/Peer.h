@@ -29,6 +29,7 @@ public:
 std::unique_ptr<Peer> MakeRendererPeer(const Scene& scene);
 std::unique_ptr<Peer> MakeCairoPeer(const Scene& scene);
 std::unique_ptr<Peer> MakeAggPeer(const Scene& scene);
+std::unique_ptr<Peer> MakeQtPeer(const Scene& scene);
 
 struct PeerEntry
 {
@@ -40,6 +41,7 @@ inline constexpr std::array Peers{
     PeerEntry{"renderer", MakeRendererPeer},
     PeerEntry{"cairo", MakeCairoPeer},
     PeerEntry{"agg", MakeAggPeer},
+    PeerEntry{"qt", MakeQtPeer},
 };
 
 } // namespace Benchmarks

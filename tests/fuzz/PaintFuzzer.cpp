@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <numeric>
 
 #include <geometry/PolyCurve.h>
 #include <renderer/core/BitmapRenderTarget.h>
@@ -29,9 +30,22 @@ const Counted<BitmapRenderTarget>& GetTarget()
     return target;
 }
 
+/// Whether a line has so many dashes around the page, or is so wide, that it only takes time: its
+/// million pieces say nothing that thousands do not.
+bool TakesLong(const LineStyleDescriptorConst& line)
+{
+    const auto& style = line.GetLineStyle();
+    if (!style)
+        return false;
+    const auto& dashes = style->GetDashPattern();
+    const double period = std::accumulate(dashes.begin(), dashes.end(), 0.0);
+    return style->GetWeight() > 1e5 || 70.0 * double(dashes.size()) > 4000.0 * period;
+}
+
 void Paint(const FillDescriptorConst& fill, const LineStyleDescriptorConst& line = {})
 {
-    GetTarget()->DrawRectangle({2.25, 1.5, 20, 14.75}, 0.75F, fill, fill, line);
+    if (!TakesLong(line))
+        GetTarget()->DrawRectangle({2.25, 1.5, 20, 14.75}, 0.75F, fill, fill, line);
 }
 
 /// Asks for all that a fill tells and makes of itself; the unit square of it is half of the page.
