@@ -1,5 +1,7 @@
 // Loads, draws and saves every class that the library saves.
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
@@ -30,8 +32,8 @@ const Counted<BitmapRenderTarget>& GetTarget()
     return target;
 }
 
-/// Whether a line has so many dashes around the page, or is so wide, that it only takes time: its
-/// million pieces say nothing that thousands do not.
+/// Whether a line only takes time: has dashes without number around the page, or parts of huge
+/// width that are to be cut off along the path. A million pieces say nothing that thousands do not.
 bool TakesLong(const LineStyleDescriptorConst& line)
 {
     const auto& style = line.GetLineStyle();
@@ -39,7 +41,14 @@ bool TakesLong(const LineStyleDescriptorConst& line)
         return false;
     const auto& dashes = style->GetDashPattern();
     const double period = std::accumulate(dashes.begin(), dashes.end(), 0.0);
-    return style->GetWeight() > 1e5 || 70.0 * double(dashes.size()) > 4000.0 * period;
+    if (70.0 * double(dashes.size()) > 4000.0 * period)
+        return true;
+    if (line.GetStrokeAlignment() == LineStyleDescriptorConst::Centre)
+        return false;
+    const auto isHuge = [&](Geometry::Point p) { return std::abs(p.y) * style->GetWeight() > 1e4; };
+    const auto& pressure = line.GetPressure();
+    return style->GetWeight() > 1e4 ||
+           (pressure && std::ranges::any_of(pressure->GetPoints(), isHuge));
 }
 
 void Paint(const FillDescriptorConst& fill, const LineStyleDescriptorConst& line = {})
