@@ -54,6 +54,7 @@ QBrush MakeGradientBrush(const FillGradient& fill, const QTransform& frame)
 {
     QGradient gradient = MakeGradient(fill);
     gradient.setSpread(MapSpread(fill.GetSpread()));
+    gradient.setInterpolationMode(QGradient::ComponentInterpolation); // as SVG mixes colours
     // A second stop at one position would replace the first: they are told apart by a hair.
     const auto& stops = fill.GetGradient()->GetColours();
     const double gap = 1e-6;

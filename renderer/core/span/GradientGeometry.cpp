@@ -60,12 +60,12 @@ struct FindCells
             y, IsPad ? cellsPerUnit : 1.0);
         const Real scale = static_cast<Real>(cellsPerUnit);
         const Real lowest = scale - scale; // 0; the compiler knows no maximum with a constant
-        const Real last = scale + Real(1);
+        const Real last = scale + Real(2 * GradientGeometry::OuterCells - 1);
         ForPixels(x, count, [=](unsigned i, double column) {
             Real cell = row.GetParameter(column);
             if constexpr (!IsPad)
                 cell = GradientSpread::Fold<spread>(cell) * scale;
-            cell += Real(1);
+            cell += Real(GradientGeometry::OuterCells);
             cell = lowest < cell ? cell : lowest;
             cell = cell < last ? cell : last;
             cells[i] = static_cast<std::int32_t>(cell);

@@ -39,6 +39,10 @@ public:
         m_functions->findParameters(m_positions, x, y, count, t);
     }
 
+    /// Cells that a GradientTable has on either side of [0, 1): the nearest one, and one for all
+    /// that lies beyond.
+    static constexpr int OuterCells = 2;
+
     /// The cells of a GradientTable in which those parameters lie. May be off by rounding errors of
     /// float, always less than LargestCellError of a cell.
     void FindCells(int x, int y, unsigned count, int cellsPerUnit,

@@ -17,11 +17,14 @@ namespace Renderer {
 
 /// A ramp as a look-up table, for 8-bit channels. Immutable.
 ///
-/// Cell 0 lies before t = 0, the last one begins at t = 1, the others divide [0, 1). A cell holds
-/// the pixel of its middle if no colour of the cell, nor of the margin around it by which
-/// GradientGeometry may miss it, is more than half a step away, so that a look-up is at most one
-/// step from the exact pixel. Where that cannot be (next to hard edges, on slopes too steep) the
-/// cell holds a mark instead: its parameters must be computed exactly and evaluated by the ramp.
+/// Next to the cells that divide [0, 1) lie two more on either side: the outer ones hold all that
+/// is further out, so that hard edges at the ends do not concern what is painted far from them.
+///
+/// A cell holds the pixel of its middle if no colour of the cell, nor of the margin around it by
+/// which GradientGeometry may miss it, is more than half a step away, so that a look-up is at most
+/// one step from the exact pixel. Where that cannot be (next to hard edges, on slopes too steep)
+/// the cell holds a mark instead: its parameters must be computed exactly and evaluated by the
+/// ramp.
 template<class Processor>
 class GradientTable
 {
@@ -30,7 +33,8 @@ public:
     using Ramp = GradientRamp<Processor>;
 
     explicit GradientTable(const Ramp& ramp)
-        : m_cellsPerUnit(GetSize(ramp)), m_pixels(static_cast<std::size_t>(m_cellsPerUnit) + 2)
+        : m_cellsPerUnit(GetSize(ramp)),
+          m_pixels(static_cast<std::size_t>(m_cellsPerUnit) + 2 * OuterCells)
     {
         FillPixels(ramp);
         MarkStops(ramp);
@@ -56,6 +60,7 @@ private:
     using Segment = typename Ramp::Segment;
     using FloatPixel = typename Processor::FloatPixel;
 
+    static constexpr int OuterCells = GradientGeometry::OuterCells;
     static constexpr int SmallestSize = 64;
     static constexpr int LargestSize = 8192;
     /// From a cell's middle to the end of its margin, in cells.
@@ -153,13 +158,13 @@ private:
 
     int GetLastCell() const noexcept
     {
-        return m_cellsPerUnit + 1;
+        return m_cellsPerUnit + 2 * OuterCells - 1;
     }
 
     /// The cell that \p t lies in.
     int GetCell(double t) const noexcept
     {
-        return std::clamp(static_cast<int>(t * m_cellsPerUnit + 1.0), 0, GetLastCell());
+        return std::clamp(static_cast<int>(t * m_cellsPerUnit + OuterCells), 0, GetLastCell());
     }
 
     void FillPixels(const Ramp& ramp)
@@ -175,9 +180,15 @@ private:
         }
     }
 
+    /// The parameter at a place in between cells, counted in cells.
+    double GetPosition(double cell) const noexcept
+    {
+        return (cell - OuterCells) / m_cellsPerUnit;
+    }
+
     double GetMiddle(int cell) const noexcept
     {
-        return std::min((cell - 0.5) / m_cellsPerUnit, 1.0);
+        return std::min(GetPosition(cell + 0.5), 1.0);
     }
 
     /// Marks cells near stops where the colours there differ too much.
@@ -214,8 +225,8 @@ private:
     /// monotone in between stops, so that those at the ends and on both sides of stops tell.
     bool IsFlat(const Ramp& ramp, int cell) const noexcept
     {
-        const double begin = (cell - 0.5 - Reach) / m_cellsPerUnit;
-        const double end = (cell - 0.5 + Reach) / m_cellsPerUnit;
+        const double begin = GetPosition(cell + 0.5 - Reach);
+        const double end = GetPosition(cell + 0.5 + Reach);
         const double middle = GetMiddle(cell);
         std::size_t index = ramp.Find(middle, 0);
         const FloatPixel colour = Ramp::GetColour(ramp.GetSegment(index), middle);

@@ -29,7 +29,7 @@ Kernel::Consolidated<Gradient> MakeGradient(int shade, float alpha = 1.0F)
 std::vector<Raster::PixelRGBA8> ReadTable(const Colours& colours, bool& isWhole)
 {
     const auto& table = colours.GetTable();
-    std::vector<std::int32_t> cells(static_cast<std::size_t>(table.GetCellsPerUnit()) + 2);
+    std::vector<std::int32_t> cells(static_cast<std::size_t>(table.GetCellsPerUnit()) + 4);
     std::iota(cells.begin(), cells.end(), 0);
     std::vector<Raster::PixelRGBA8> pixels(cells.size());
     isWhole = table.LookUp(cells.data(), static_cast<unsigned>(cells.size()), pixels.data());
