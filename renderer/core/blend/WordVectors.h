@@ -61,11 +61,29 @@ struct WordVectors
         lanes = reinterpret_cast<Wides>(spread);
     }
 
+    /// Puts the alpha of each pixel into all its lanes.
+    [[gnu::always_inline]] static void SpreadAlpha(const Words& words, Wides& lanes)
+    {
+        Spread(words >> (Channels - 1) * Arithmetic::Bits, lanes);
+    }
+
+    /// Multiplies the channels by factors in units of 1/Max, exactly rounded.
+    [[gnu::always_inline]] static void Scale(const Wides& factors, Words& words)
+    {
+        Lanes lanes;
+        Split(words, lanes);
+        lanes.even *= factors;
+        lanes.odd *= factors;
+        Arithmetic::DivideInPlace(lanes.even);
+        Arithmetic::DivideInPlace(lanes.odd);
+        Join(lanes, words);
+    }
+
     /// Colour above alpha, which would overflow sums, counts as equal to it.
     [[gnu::always_inline]] static void Prepare(const Words& words, Source& source)
     {
         Split(words, source.colour);
-        Spread(words >> (Channels - 1) * Arithmetic::Bits, source.alpha);
+        SpreadAlpha(words, source.alpha);
         const auto limit = [&](Wides& lanes) {
             lanes = lanes < source.alpha ? lanes : source.alpha;
         };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <renderer/core/blend/ScaleSpan.h>
 #include <renderer/core/span/SpanPopulator.h>
 
 namespace Renderer {
@@ -80,30 +81,43 @@ private:
     static void Composite(void* context, void* scratch, int x, int y, unsigned length)
     {
         ForBlocks(context, scratch, x, y, length,
-                  [](const Pixel& paint, Pixel& pixel) { pixel = Processor::Over(paint, pixel); });
+                  [](const Pixel* paint, Pixel* block, unsigned count) {
+                      for (unsigned i = 0; i < count; ++i)
+                          block[i] = Processor::Over(paint[i], block[i]);
+                  });
     }
 
     static void PaintAtop(void* context, void* scratch, int x, int y, unsigned length)
     {
         ForBlocks(context, scratch, x, y, length,
-                  [](const Pixel& paint, Pixel& pixel) { pixel = Processor::Atop(paint, pixel); });
+                  [](const Pixel* paint, Pixel* block, unsigned count) {
+                      for (unsigned i = 0; i < count; ++i)
+                          block[i] = Processor::Atop(paint[i], block[i]);
+                  });
     }
 
     static void ScaleByAlpha(void* context, void* scratch, int x, int y, unsigned length)
     {
+        auto* pixels = static_cast<Pixel*>(scratch);
         if constexpr (IsUniform) {
             const auto alpha = static_cast<PopulatorT*>(context)->GetUniformPixel().Alpha();
-            auto* pixels = static_cast<Pixel*>(scratch);
+            if constexpr (Blending::HasWordNormal<Pixel>)
+                return Blending::ScaleSpan(pixels, alpha, length);
             for (unsigned i = 0; i < length; ++i)
                 pixels[i] = Processor::Scale(pixels[i], alpha);
         } else {
-            ForBlocks(context, scratch, x, y, length, [](const Pixel& paint, Pixel& pixel) {
-                pixel = Processor::Scale(pixel, paint.Alpha());
-            });
+            ForBlocks(context, scratch, x, y, length,
+                      [](const Pixel* paint, Pixel* block, unsigned count) {
+                          if constexpr (Blending::HasWordNormal<Pixel>)
+                              return Blending::ScaleSpanByAlpha(block, paint, count);
+                          for (unsigned i = 0; i < count; ++i)
+                              block[i] = Processor::Scale(block[i], paint[i].Alpha());
+                      });
         }
     }
 
-    /// Paints block by block aside and combines each with the scratch.
+    /// Paints block by block aside and combines each with the scratch by
+    /// \p combine(paint, block, count).
     template<class Combine>
     static void ForBlocks(void* context, void* scratch, int x, int y, unsigned length,
                           Combine combine)
@@ -113,8 +127,7 @@ private:
             Pixel paint[Processor::BlockLength];
             const unsigned count = std::min(length, Processor::BlockLength);
             static_cast<PopulatorT*>(context)->Populate(x, y, count, paint);
-            for (unsigned i = 0; i < count; ++i)
-                combine(paint[i], pixels[i]);
+            combine(paint, pixels, count);
             pixels += count;
             x += static_cast<int>(count);
             length -= count;
