@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <kernel/FutureVersionException.h>
 #include <kernel/SavedItems.h>
 
 namespace Geometry {
@@ -16,8 +17,10 @@ void CurveDbl::Save(Kernel::OutSerialiser& out) const
 
 bool CurveDbl::Load(const Kernel::InSerialiser& in, Kernel::ClassUID uid, unsigned short version)
 {
-    if (uid != GetClassUID() || version > GetSchemaVersion())
+    if (uid != GetClassUID())
         return false;
+    if (version > GetSchemaVersion())
+        throw Kernel::FutureVersionException(uid, "CurveDbl", version, GetSchemaVersion());
     std::vector<Point> points;
     std::span<const unsigned char> kinds;
     bool closed = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 #include <kernel/SavedItems.h>
@@ -9,9 +10,14 @@
 namespace Geometry {
 namespace {
 
+bool IsFinite(Point p)
+{
+    return std::isfinite(p.x) && std::isfinite(p.y);
+}
+
 std::vector<Point> Normalise(std::vector<Point> points)
 {
-    std::erase_if(points, [](Point p) { return !std::isfinite(p.x) || !std::isfinite(p.y); });
+    std::erase_if(points, std::not_fn(IsFinite));
     std::stable_sort(points.begin(), points.end(), [](Point a, Point b) { return a.x < b.x; });
     const auto sameX = [](Point a, Point b) { return a.x == b.x; };
     points.erase(std::unique(points.begin(), points.end(), sameX), points.end());
@@ -81,6 +87,8 @@ bool Spline::Load(const Kernel::InSerialiser& in, Kernel::FileStore&, unsigned s
 {
     std::vector<Point> points;
     Kernel::SavedItems::Reader(in).Pairs("Pnts", points);
+    if (std::ranges::none_of(points, IsFinite))
+        return false;
     m_points = Normalise(std::move(points));
     m_slopes = ComputeSlopes(m_points);
     return true;

@@ -23,7 +23,7 @@ public:
     explicit Spline(std::vector<Point> points);
 
     void Save(Kernel::OutSerialiser& out) const override;
-    /// Without points the function is 0.
+    /// Fails without usable points.
     bool Load(const Kernel::InSerialiser& in, Kernel::FileStore& store,
               unsigned short version) override;
     static const Kernel::ClassProperties& GetTypeClassProperties();

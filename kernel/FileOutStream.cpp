@@ -60,7 +60,7 @@ fs::path MakeTemporaryName(const fs::path& target)
 
 } // namespace
 
-FileOutStream::FileOutStream(const fs::path& path)
+FileOutStream::FileOutStream(const fs::path& path, Durability durability) : m_durability(durability)
 {
     m_buffer.reserve(BufferSize);
     m_target = FollowLinks(path);
@@ -150,6 +150,8 @@ void FileOutStream::Close()
     if (m_file < 0)
         throw WriteException("cannot write: the file is closed");
     Flush();
+    if (m_durability == Durability::Synced && !m_temporary.empty() && fsync(m_file) != 0)
+        Fail(errno);
     // Some file systems report a full disk no earlier than here. The descriptor is gone either way.
     if (close(std::exchange(m_file, -1)) != 0 && errno != EINTR)
         Fail(errno);

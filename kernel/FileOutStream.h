@@ -17,8 +17,17 @@ namespace Kernel {
 class KERNEL_EXPORT FileOutStream : public OutStream
 {
 public:
+    /// What Close() waits for.
+    enum class Durability
+    {
+        Cached, ///< the system has the bytes: they outlive the program
+        Synced, ///< the disk has them: they outlive a power cut, as does what they replace until
+                ///< then
+    };
+
     /// Opens the output. \throws WriteException when the folder or the file cannot be written.
-    explicit FileOutStream(const std::filesystem::path& path);
+    explicit FileOutStream(const std::filesystem::path& path,
+                           Durability durability = Durability::Cached);
     /// Drops an output that was not closed.
     ~FileOutStream() override;
 
@@ -36,6 +45,7 @@ private:
     void Discard() noexcept;
     [[noreturn]] void Fail(int error);
 
+    Durability m_durability;
     int m_file = -1;                   // descriptor, -1 when closed or failed
     bool m_closed = false;             // Close() succeeded
     std::filesystem::path m_target;    // final name, symbolic links resolved

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <string>
+#include <system_error>
 #include <utility>
 
 #include <kernel/ByteSource.h>
@@ -144,7 +146,12 @@ void FileStore::ReadPayload(std::size_t index, std::uint64_t offset,
     const Payload& payload = m_payloads[index];
     if (offset > payload.size || bytes.size() > payload.size - offset)
         throw FormatException("read beyond the end of a payload", payload.offset);
-    m_source->Read(payload.offset + offset, bytes);
+    try {
+        m_source->Read(payload.offset + offset, bytes);
+    } catch (const std::system_error& error) { // a network drive has gone, for instance
+        throw FormatException(std::string("the file cannot be read: ") + error.what(),
+                              payload.offset + offset);
+    }
 }
 
 std::span<const unsigned char> FileStore::ReadObjects(std::vector<unsigned char>& memory) const

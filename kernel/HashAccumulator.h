@@ -6,6 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include <kernel/Export.h>
 #include <kernel/String.h>
 
 namespace Kernel {
@@ -17,6 +18,13 @@ namespace Kernel {
 class HashAccumulator
 {
 public:
+    /// A number of this process alone, for hashes by which values are looked up: who makes a file
+    /// must not know which values collide.
+    KERNEL_EXPORT static std::uint64_t GetProcessSeed();
+
+    /// \param seed makes another hash of the same values.
+    explicit HashAccumulator(std::uint64_t seed = 0) noexcept : m_hash(seed) {}
+
     /// Adds one integer or enum.
     template<class T>
     requires(std::is_integral_v<T> || std::is_enum_v<T>) void Add(T value) noexcept
@@ -75,7 +83,7 @@ private:
         m_hash = z ^ (z >> 31);
     }
 
-    std::uint64_t m_hash = 0;
+    std::uint64_t m_hash;
 };
 
 /// Adds a text with its length.

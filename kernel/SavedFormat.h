@@ -15,7 +15,7 @@ constexpr std::size_t HeaderSize = sizeof Magic + 9;
 /// Offsets in the object section have 32 bits.
 constexpr std::uint64_t MaxObjectsEnd = 0xffffffffU;
 
-constexpr unsigned MaxDepth = 64; // of arrays, maps and unknown tags
+constexpr unsigned MaxDepth = 256; // of arrays, maps and unknown tags
 
 constexpr std::uint64_t ObjectTag = 28;
 constexpr std::uint64_t ReferenceTag = 29;

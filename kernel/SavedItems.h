@@ -1,7 +1,9 @@
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -30,10 +32,21 @@ namespace Kernel::SavedItems {
 /// Parameters set by the user count as their default up to this distance from it.
 constexpr double Tolerance = 1e-6;
 
-/// Whether two parameters count as equal; infinities do, not-a-number does not.
+/// Whether two numbers are the same: equal, or not-a-number with the same bits. So every value
+/// equals its copy, without which consolidation would keep each copy.
+inline bool AreSame(double a, double b) noexcept
+{
+    return a == b || std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
+inline bool AreSame(float a, float b) noexcept
+{
+    return a == b || std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
+}
+
+/// Whether two parameters count as equal.
 inline bool AreClose(double a, double b) noexcept
 {
-    return a == b || std::abs(a - b) <= Tolerance;
+    return AreSame(a, b) || std::abs(a - b) <= Tolerance;
 }
 
 /// Whether a parameter counts as its default.

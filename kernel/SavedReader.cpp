@@ -1,5 +1,6 @@
 #include <kernel/SavedReader.h>
 
+#include <algorithm>
 #include <limits>
 
 #include <kernel/ClassProperties.h>
@@ -148,12 +149,12 @@ bool SavedReader::LoadClass(const SavedEntry& entry, InSerialiser::ClassLoader l
     const SavedClass head = m_parser.ReadStructureHead(entry);
     if (const ClassPropertiesBase* const record = FindRecord(head.uid))
         CheckVersion(head, *record);
-    if (head.version > std::numeric_limits<unsigned short>::max())
-        return false;
     const std::size_t first = m_parser.GetEntries().size();
     m_parser.ParseStructureAgain(SavedEntry(entry));
     const InSerialiser in(*this, first, m_parser.GetEntries().size() - first);
-    const bool loaded = load(context, in, head.uid, static_cast<unsigned short>(head.version));
+    constexpr std::uint64_t LargestVersion = std::numeric_limits<unsigned short>::max();
+    const auto version = static_cast<unsigned short>(std::min(head.version, LargestVersion));
+    const bool loaded = load(context, in, head.uid, version);
     m_parser.DropEntries(first);
     return loaded;
 }

@@ -9,6 +9,8 @@ namespace {
 
 void Add(SavedWriter& writer, const Consolidated<SharedSerialisable>& object)
 {
+    if (!object)
+        throw OutStream::WriteException("cannot write: there is nothing to save");
     writer.Shared(object.Get());
 }
 
@@ -28,8 +30,10 @@ void Write(OutStream& out, const Object& object, SaveMode mode)
 template<class Object>
 void WriteFile(const std::filesystem::path& path, const Object& object, SaveMode mode)
 {
-    FileOutStream file(path);
-    Write(file, object, mode);
+    SavedWriter writer(mode == SaveMode::Full);
+    Add(writer, object); // what cannot be saved does not touch the file
+    FileOutStream file(path, FileOutStream::Durability::Synced);
+    writer.WriteTo(file);
     file.Close();
 }
 

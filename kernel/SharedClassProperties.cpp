@@ -84,7 +84,7 @@ namespace {
 
 std::uint64_t FindHash(const SharedSerialisable& object)
 {
-    HashAccumulator accumulator;
+    HashAccumulator accumulator(HashAccumulator::GetProcessSeed());
     object.AccumulateHash(accumulator);
     return accumulator.GetHash();
 }

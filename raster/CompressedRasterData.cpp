@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <optional>
+#include <span>
 
+#include <kernel/FormatException.h>
+#include <kernel/HashAccumulator.h>
 #include <raster/Codecs.h>
 #include <raster/DeflatedPixels.h>
 #include <raster/DynamicBitmap.h>
@@ -18,6 +21,27 @@ CompressedRasterData::~CompressedRasterData() = default;
 bool CompressedRasterData::IsDeflated() const
 {
     return DeflatedPixels::IsHere(m_bytes);
+}
+
+std::uint64_t CompressedRasterData::GetHash() const
+{
+    if (const std::uint64_t known = m_hash.load(std::memory_order_relaxed))
+        return known;
+    Kernel::HashAccumulator hash(Kernel::HashAccumulator::GetProcessSeed());
+    const std::uint64_t size = m_bytes.GetSize();
+    hash.Add(size);
+    std::vector<unsigned char> part(static_cast<std::size_t>(std::min(size, std::uint64_t{65536})));
+    try {
+        for (std::uint64_t at = 0; at < size; at += part.size()) {
+            const std::uint64_t count = std::min<std::uint64_t>(part.size(), size - at);
+            m_bytes.Read(at, std::span(part).first(static_cast<std::size_t>(count)));
+            hash.AddToHash(part.data(), static_cast<std::size_t>(count));
+        }
+    } catch (const Kernel::FormatException&) { // the document was cut short
+    }
+    const std::uint64_t found = hash.GetHash() != 0 ? hash.GetHash() : 1;
+    m_hash.store(found, std::memory_order_relaxed);
+    return found;
 }
 
 Kernel::Counted<const DynamicBitmap>

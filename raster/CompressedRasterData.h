@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -40,6 +42,10 @@ public:
     /// \throws as ReadImage, for damage of deflated pixels, too.
     Kernel::Counted<const DynamicBitmap> Decode() const;
 
+    /// A hash of all bytes, which are read, but not kept in memory, by the first call. Bytes that
+    /// cannot be read count as none.
+    std::uint64_t GetHash() const;
+
     /// Data are equal when they are the same bytes in memory or in a document.
     friend bool operator==(const CompressedRasterData& a, const CompressedRasterData& b) noexcept
     {
@@ -57,6 +63,7 @@ private:
     Kernel::Counted<const DynamicBitmap> GetDecoded(const DynamicBitmap& expected) const;
 
     Kernel::DelayLoadHolder m_bytes;
+    mutable std::atomic<std::uint64_t> m_hash{0}; // 0: not known yet
 };
 
 } // namespace Raster

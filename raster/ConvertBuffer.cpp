@@ -180,10 +180,8 @@ bool IsSameEncoding(const Layout& from, const ProfileSet& fromSet, const Layout&
 {
     if (from.space != to.space)
         return false;
-    const auto fromProfile = GetEffectiveProfile(from, fromSet);
-    const auto toProfile = GetEffectiveProfile(to, toSet);
-    return fromProfile == toProfile ||
-           (fromProfile && toProfile && fromProfile->GetIdentity() == toProfile->GetIdentity());
+    // Profiles of the same bytes are one object.
+    return GetEffectiveProfile(from, fromSet) == GetEffectiveProfile(to, toSet);
 }
 
 } // namespace

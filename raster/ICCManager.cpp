@@ -66,13 +66,18 @@ ICCTransform::~ICCTransform() = default;
 struct ICCManager::Cache
 {
     static constexpr std::size_t MaxTransforms = 64;
-    static constexpr std::size_t MaxGammas = 1024;
+    static constexpr std::size_t MaxGammas = 64;
 
     std::shared_mutex mutex;
     std::unordered_map<TransformKey, std::shared_ptr<TransformSlot>, TransformKeyHash> transforms;
     std::atomic<std::uint64_t> clock{0};
     std::mutex gammaMutex;
-    std::unordered_map<std::uint64_t, double> gammas;
+    struct Gamma
+    {
+        Profile profile; ///< keeps its address from being used again
+        double value;
+    };
+    std::unordered_map<const ICCProfile*, Gamma> gammas;
 
     Transform Get(const TransformKey& key)
     {
@@ -234,15 +239,15 @@ double ICCManager::GetGammaForProfile(const Profile& profile)
         return none;
     {
         const std::scoped_lock lock(m_cache->gammaMutex);
-        const auto known = m_cache->gammas.find(profile->GetIdentity());
+        const auto known = m_cache->gammas.find(profile.Get());
         if (known != m_cache->gammas.end())
-            return known->second;
+            return known->second.value;
     }
     const double gamma = EstimateICCGamma(*profile);
     const std::scoped_lock lock(m_cache->gammaMutex);
     if (m_cache->gammas.size() >= Cache::MaxGammas)
         m_cache->gammas.clear();
-    m_cache->gammas.emplace(profile->GetIdentity(), gamma);
+    m_cache->gammas.emplace(profile.Get(), Cache::Gamma{profile, gamma});
     return gamma;
 }
 

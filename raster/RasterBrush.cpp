@@ -84,24 +84,6 @@ bool AreSameTips(const DynamicBitmap& a, const DynamicBitmap& b)
            AreSameBytes(a.GetCompressedData()->GetBytes(), b.GetCompressedData()->GetBytes());
 }
 
-/// The size of a tip's compressed form and parts of it, which all of a small one is.
-void AddSample(Kernel::HashAccumulator& hash, const Kernel::DelayLoadHolder& bytes)
-{
-    constexpr std::uint64_t Parts = 4, PartSize = 1024;
-    const std::uint64_t size = bytes.GetSize();
-    hash.Add(size);
-    std::array<unsigned char, PartSize> part;
-    const std::uint64_t step = std::max(PartSize, size / Parts);
-    try {
-        for (std::uint64_t at = 0; at < size; at += step) {
-            const auto count = static_cast<std::size_t>(std::min(PartSize, size - at));
-            bytes.Read(at, std::span(part).first(count));
-            hash.AddToHash(part.data(), count);
-        }
-    } catch (const Kernel::FormatException&) { // the document was cut short
-    }
-}
-
 } // namespace
 
 bool operator==(const BrushSettings& a, const BrushSettings& b) noexcept
@@ -190,7 +172,7 @@ void RasterBrush::AccumulateHash(Kernel::HashAccumulator& hash) const
         hash.Add(m_tip->GetFormat());
         hash.Add(m_tip->GetWidth());
         hash.Add(m_tip->GetHeight());
-        AddSample(hash, m_tip->GetCompressedData()->GetBytes());
+        hash.Add(m_tip->GetCompressedData()->GetHash());
     }
 }
 

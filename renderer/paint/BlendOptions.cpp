@@ -4,6 +4,7 @@
 #include <cmath>
 #include <functional>
 
+#include <kernel/FutureVersionException.h>
 #include <kernel/SavedItems.h>
 #include <renderer/paint/SavedCurve.h>
 
@@ -105,8 +106,10 @@ void BlendOptions::Save(Kernel::OutSerialiser& out) const
 bool BlendOptions::Load(const Kernel::InSerialiser& in, const Kernel::ClassUID& uid,
                         unsigned short version)
 {
-    if (uid != GetClassUID() || version > GetSchemaVersion())
+    if (uid != GetClassUID())
         return false;
+    if (version > GetSchemaVersion())
+        throw Kernel::FutureVersionException(uid, "BlendOptions", version, GetSchemaVersion());
     ListItems(*this, Kernel::SavedItems::Reader(in));
     m_antialiasingGamma = SavedCurve::Load(in, "AGam");
     return true;

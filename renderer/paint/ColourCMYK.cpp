@@ -24,14 +24,14 @@ void ColourCMYK::AccumulateHash(Kernel::HashAccumulator& hash) const
 
 bool ColourCMYK::CompareMembers(const Kernel::SharedSerialisable& other) const
 {
-    return m_channels == static_cast<const ColourCMYK&>(other).m_channels &&
+    return HaveSameChannels(m_channels, static_cast<const ColourCMYK&>(other).m_channels) &&
            Colour::CompareMembers(other);
 }
 
 bool ColourCMYK::AreUntintedColoursEqual(const Colour& other) const
 {
     const auto* colour = dynamic_cast<const ColourCMYK*>(&other);
-    return colour && m_channels == colour->m_channels;
+    return colour && HaveSameChannels(m_channels, colour->m_channels);
 }
 
 Kernel::String ColourCMYK::GetDefaultName() const

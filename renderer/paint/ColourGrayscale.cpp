@@ -32,14 +32,14 @@ void ColourGrayscale::AccumulateHash(Kernel::HashAccumulator& hash) const
 
 bool ColourGrayscale::CompareMembers(const Kernel::SharedSerialisable& other) const
 {
-    return m_channels == static_cast<const ColourGrayscale&>(other).m_channels &&
+    return HaveSameChannels(m_channels, static_cast<const ColourGrayscale&>(other).m_channels) &&
            Colour::CompareMembers(other);
 }
 
 bool ColourGrayscale::AreUntintedColoursEqual(const Colour& other) const
 {
     const auto* colour = dynamic_cast<const ColourGrayscale*>(&other);
-    return colour && m_channels == colour->m_channels;
+    return colour && HaveSameChannels(m_channels, colour->m_channels);
 }
 
 Kernel::String ColourGrayscale::GetDefaultName() const

@@ -87,14 +87,14 @@ void ColourHSL::AccumulateHash(Kernel::HashAccumulator& hash) const
 
 bool ColourHSL::CompareMembers(const Kernel::SharedSerialisable& other) const
 {
-    return m_channels == static_cast<const ColourHSL&>(other).m_channels &&
+    return HaveSameChannels(m_channels, static_cast<const ColourHSL&>(other).m_channels) &&
            Colour::CompareMembers(other);
 }
 
 bool ColourHSL::AreUntintedColoursEqual(const Colour& other) const
 {
     const auto* colour = dynamic_cast<const ColourHSL*>(&other);
-    return colour && m_channels == colour->m_channels;
+    return colour && HaveSameChannels(m_channels, colour->m_channels);
 }
 
 Kernel::String ColourHSL::GetDefaultName() const

@@ -2,6 +2,8 @@
 
 // The bodies of ColourOf. Each colour class includes them and instantiates them once.
 
+#include <algorithm>
+
 #include <kernel/SavedItems.h>
 #include <renderer/paint/ColourConversion.h>
 #include <renderer/paint/ColourOf.h>
@@ -16,6 +18,15 @@ void MakePixel(const Model& colour, P& pixel, bool /*applyTint*/,
                const Colour::ICCProfileSet& profiles)
 {
     ColourConversion::ConvertPixel(colour.GetColourInternal(), pixel, profiles);
+}
+
+/// Whether two colours have the same numbers, of which some may be not-a-number.
+template<class P>
+bool HaveSameChannels(const P& a, const P& b) noexcept
+{
+    return std::ranges::equal(a.channels, b.channels, [](auto left, auto right) {
+        return Kernel::SavedItems::AreSame(left, right);
+    });
 }
 
 template<class Derived>

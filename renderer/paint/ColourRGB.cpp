@@ -37,14 +37,14 @@ void ColourRGB::AccumulateHash(Kernel::HashAccumulator& hash) const
 
 bool ColourRGB::CompareMembers(const Kernel::SharedSerialisable& other) const
 {
-    return m_channels == static_cast<const ColourRGB&>(other).m_channels &&
+    return HaveSameChannels(m_channels, static_cast<const ColourRGB&>(other).m_channels) &&
            Colour::CompareMembers(other);
 }
 
 bool ColourRGB::AreUntintedColoursEqual(const Colour& other) const
 {
     const auto* colour = dynamic_cast<const ColourRGB*>(&other);
-    return colour && m_channels == colour->m_channels;
+    return colour && HaveSameChannels(m_channels, colour->m_channels);
 }
 
 Kernel::String ColourRGB::GetDefaultName() const

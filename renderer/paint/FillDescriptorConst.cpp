@@ -1,5 +1,6 @@
 #include <renderer/paint/FillDescriptorConst.h>
 
+#include <kernel/SavedItems.h>
 #include <renderer/paint/ColourRGB.h>
 #include <renderer/paint/ColourVisitor.h>
 #include <renderer/paint/FillBitmap.h>
@@ -42,11 +43,26 @@ FillDescriptorConst FillDescriptorConst::Accept(ColourVisitor& visitor) const
     return FillDescriptorConst(Fill::Consolidate(m_fill->Accept(visitor)), m_transform);
 }
 
+namespace {
+
+/// As numbers that may be not-a-number.
+bool AreSame(const Raster::AffineTransform::Params& a, const Raster::AffineTransform::Params& b)
+{
+    const auto areSame = [&](auto... member) {
+        return (Kernel::SavedItems::AreSame(a.*member, b.*member) && ...);
+    };
+    using Params = Raster::AffineTransform::Params;
+    return areSame(&Params::m00, &Params::m01, &Params::m02, &Params::m10, &Params::m11,
+                   &Params::m12);
+}
+
+} // namespace
+
 bool operator==(const FillDescriptorConst& a, const FillDescriptorConst& b)
 {
     if (a.m_fill != b.m_fill)
         return false;
-    return !a.m_fill || a.m_fill->IsSpatiallyInvariant() || a.m_transform == b.m_transform;
+    return !a.m_fill || a.m_fill->IsSpatiallyInvariant() || AreSame(a.m_transform, b.m_transform);
 }
 
 } // namespace Renderer

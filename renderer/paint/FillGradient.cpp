@@ -21,7 +21,8 @@ Kernel::PointT<double> ToUnitDisc(Kernel::PointT<double> point)
     const double radius = std::hypot(point.x, point.y);
     if (!std::isfinite(radius))
         return {};
-    return radius > 1.0 ? point * (1.0 / radius) : point;
+    // What was brought to the circle may lie a rounding error outside, and stays.
+    return radius > 1.0 + 1e-12 ? point * (1.0 / radius) : point;
 }
 
 } // namespace

@@ -18,7 +18,7 @@ public:
     using Descriptors = std::vector<Kernel::Counted<const FillDescriptorConst>>;
 
     /// Stacks within stacks, the outermost included.
-    static constexpr unsigned MaxDepth = 64;
+    static constexpr unsigned MaxDepth = 16;
     /// Entries that are no stacks or empty ones, where those of inner stacks count each time.
     static constexpr unsigned MaxLeaves = 65536;
 

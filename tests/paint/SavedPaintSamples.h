@@ -92,15 +92,17 @@ public:
                                   -0.0,
                                   std::numeric_limits<double>::infinity(),
                                   std::numeric_limits<double>::denorm_min(),
-                                  -1e300};
-        const double value = Perhaps() ? Unit() : special[Pick(7)];
+                                  -1e300,
+                                  std::numeric_limits<double>::quiet_NaN()};
+        const double value = Perhaps() ? Unit() : special[Pick(8)];
         const bool isNear = value != standard && std::abs(value - standard) < 2e-6;
         return isNear && !m_nearDefaults ? standard : value;
     }
     float Channel()
     {
-        const float special[] = {0.0F, 1.0F, -0.25F, 1.75F, 1e-38F};
-        return Perhaps() ? static_cast<float>(Unit()) : special[Pick(5)];
+        const float special[] = {0.0F,  1.0F,   -0.25F,
+                                 1.75F, 1e-38F, std::numeric_limits<float>::quiet_NaN()};
+        return Perhaps() ? static_cast<float>(Unit()) : special[Pick(6)];
     }
     std::uint16_t Word() { return static_cast<std::uint16_t>(m_random()); }
     Kernel::String Name()

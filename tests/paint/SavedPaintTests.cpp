@@ -8,6 +8,7 @@
 
 #include <kernel/DelayLoadHolder.h>
 #include <kernel/FormatException.h>
+#include <kernel/FutureVersionException.h>
 #include <kernel/OutSerialiser.h>
 #include <renderer/paint/FillBlendMode.h>
 
@@ -341,17 +342,21 @@ TEST(SavedPaint, WrongContentIsSurvived)
 
 TEST(SavedPaint, StacksOfFillsNestUpToALimit)
 {
-    Consolidated<Fill> fill = FillNone::Create();
+    Consolidated<Colour> colour = ColourRegistration::Create();
+    for (unsigned depth = 0; depth < ColourNamed::MaxDepth; ++depth)
+        colour = ColourNamed::Create("name", false, colour, {});
+    Consolidated<Fill> fill =
+        FillGradient::Create(FillGradient::Linear, Gradient::Create({{colour, 0.0}}));
     const auto wrap = [&] {
         fill =
             FillMulti::Create({Counted<const FillDescriptorConst>(new FillDescriptorConst(fill))});
     };
-    for (int depth = 0; depth < 10; ++depth)
+    for (unsigned depth = 0; depth < FillMulti::MaxDepth; ++depth)
         wrap();
     EXPECT_TRUE(InSerialiserFile(Save(fill)).ParseWithChecks<Fill>() == fill);
-    for (int depth = 0; depth < 10; ++depth)
-        wrap();
-    EXPECT_THROW(Save(fill), Kernel::OutStream::WriteException);
+    EXPECT_FALSE(fill->IsFillNone());
+    wrap();
+    EXPECT_TRUE(fill->IsFillNone());
 }
 
 /// Objects that share each other: small files must not stand for unbounded work.
@@ -404,6 +409,19 @@ TEST(SavedPaint, DepthAndSizeOfSharedObjectsAreBounded)
         named = Consolidated<Colour>(dynamic_cast<const ColourNamed&>(*named).GetBaseColour());
     EXPECT_EQ(depth, ColourNamed::MaxDepth);
     EXPECT_EQ(named, red);
+}
+
+TEST(SavedPaint, NewerNestedClassesAreNotLeftOut)
+{
+    const auto write = [](Kernel::IDTag tag, Kernel::ClassUID uid) {
+        return [=](Kernel::OutSerialiser& out) {
+            out.SavePropClassI(tag, uid, 2, [](Kernel::OutSerialiser&) {});
+        };
+    };
+    EXPECT_THROW(LoadForged<LineStyleDescriptor>("LDsc", write("LDeP", "Curv")),
+                 Kernel::FutureVersionException);
+    EXPECT_THROW(LoadForged<BlendOptionsBox>("TBOp", write("optn", "BlOp")),
+                 Kernel::FutureVersionException);
 }
 
 TEST(SavedPaint, DamagedElementsOfArrays)

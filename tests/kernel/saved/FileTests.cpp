@@ -83,6 +83,8 @@ TEST_F(SavedFile, WhatCannotBeLoadedGivesAnEmptyReference)
 
     Kernel::SerialiseToFile(m_path, MakeSample());
     const std::string good = Read();
+    EXPECT_THROW(Kernel::SerialiseToFile(m_path, Kernel::Consolidated<Sample>()), WriteException);
+    EXPECT_EQ(Read(), good);
     EXPECT_NE(load(), nullptr);
     EXPECT_NE(Kernel::SerialiseFromFile<Kernel::SharedSerialisable>(m_path), nullptr);
     EXPECT_EQ(Kernel::SerialiseFromFile<Box>(m_path), nullptr);

@@ -147,7 +147,7 @@ TEST(Saved, CyclesAndDeepNestingAreRefused)
     EXPECT_THROW(SavePlain(box), WriteException);
     box->inner = nullptr;
     Counted<Box> chain;
-    for (int boxes = 1; boxes <= 31; ++boxes) { // each two levels, and one for its parts
+    for (int boxes = 1; boxes <= 127; ++boxes) { // each two levels, and one for its parts
         const Counted<Box> outer(new Box);
         outer->inner = chain;
         chain = outer;
