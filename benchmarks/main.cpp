@@ -13,6 +13,7 @@
 #include "Cases.h"
 #include "Check.h"
 #include "FormatCases.h"
+#include "LineCases.h"
 #include "Peer.h"
 #include "SavedCases.h"
 #include "TextCases.h"
@@ -52,6 +53,21 @@ std::vector<Case> MakeCases()
     return cases;
 }
 
+/// Draws a page that the library alone can draw. \return whether there is one of that name.
+template<class Page, class Item>
+bool DrawPage(const std::vector<Item>& items, std::string_view name, int count)
+{
+    for (const Item& item : items) {
+        if (name != item.name + "/renderer")
+            continue;
+        Page page(item);
+        for (int i = 0; i < count; ++i)
+            page.Draw();
+        return true;
+    }
+    return false;
+}
+
 /// \return whether there is a benchmark of that name.
 bool DrawOnly(const std::vector<Case>& cases, std::string_view name, int count)
 {
@@ -66,15 +82,8 @@ bool DrawOnly(const std::vector<Case>& cases, std::string_view name, int count)
             return true;
         }
     }
-    for (const FormatCase& item : MakeFormatCases()) {
-        if (name != item.name + "/renderer")
-            continue;
-        FormatPage page(item);
-        for (int i = 0; i < count; ++i)
-            page.Draw();
-        return true;
-    }
-    return false;
+    return DrawPage<FormatPage>(MakeFormatCases(), name, count) ||
+           DrawPage<LinePage>(MakeLineCases(), name, count);
 }
 
 /// The library alone: other rasterisers have neither these formats nor modes.
@@ -90,6 +99,19 @@ void RegisterFormats()
             state.counters["pixels_per_ns"] = benchmark::Counter(
                 FormatPage::Pixels * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
         })->Unit(benchmark::kMicrosecond);
+}
+
+void RegisterLines()
+{
+    for (const LineCase& item : MakeLineCases())
+        benchmark::RegisterBenchmark((item.name + "/renderer").c_str(),
+                                     [item](benchmark::State& state) {
+                                         LinePage page(item);
+                                         page.Draw();
+                                         for (auto _ : state)
+                                             page.Draw();
+                                     })
+            ->Unit(benchmark::kMicrosecond);
 }
 
 void Register(const std::vector<Case>& cases)
@@ -115,6 +137,7 @@ int main(int argc, char** argv)
         return DrawOnly(cases, argv[2], std::atoi(argv[3])) ? 0 : 1;
     Register(cases);
     RegisterFormats();
+    RegisterLines();
     RegisterSaved();
     RegisterText();
     benchmark::Initialize(&argc, argv);
