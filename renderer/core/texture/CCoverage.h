@@ -20,9 +20,10 @@ struct CCoverage
     /// The covered area of page pixel \p x, begin ≤ x < end.
     std::int32_t GetArea(int x) const noexcept { return areas[std::size_t(x - first)]; }
     /// The same as a share of the pixel.
-    float GetShare(int x) const noexcept
+    float GetShare(int x) const noexcept { return ToShare(GetArea(x)); }
+    static float ToShare(std::int32_t area) noexcept
     {
-        return static_cast<float>(GetArea(x)) * (1.0F / static_cast<float>(Whole));
+        return static_cast<float>(area) * (1.0F / static_cast<float>(Whole));
     }
 
     int begin = 0;     ///< the first pixel that is covered

@@ -46,6 +46,11 @@ public:
     /// polygon has: that of QuadrangleMap for polygons of four corners, for others that of the
     /// first corner.
     TexturePlace MapX(int x) const noexcept { return m_map.At(double(x) + 0.5); }
+    /// The same of some pixels from \p x on, but for their opacities.
+    void MapEach(int x, std::size_t count, float* u, float* v) const noexcept
+    {
+        m_map.AtEach(double(x) + 0.5, count, u, v);
+    }
 
 private:
     /// An edge from its upper end to its lower one.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 
 #include <kernel/Point.h>
 #include <renderer/core/texture/CVertex.h>
@@ -35,15 +36,24 @@ public:
     void BeginRow(double y) noexcept;
 
     /// The place of a point of the row, or the nearest one that the quadrangle has.
-    TexturePlace At(double x) const noexcept
+    TexturePlace At(double x) const noexcept { return m_isAffine ? Find<true>(x) : Find<false>(x); }
+
+    /// The places of points one apart from each other, but for their opacities.
+    void AtEach(double x, std::size_t count, float* __restrict u,
+                float* __restrict v) const noexcept
     {
-        x -= m_origin.x;
-        const double below = m_sum.At(x);
-        const float s = Limit(m_isAffine ? m_along.At(x) : m_along.At(x) / below);
-        const double first = m_first.At(x);
-        const float v = Limit(first + double(s) * (m_second.At(x) - first));
-        return {m_from.u + s * m_step.u, m_from.v + v * m_step.v,
-                m_from.opacity + s * m_step.opacity};
+        const QuadrangleMap map = *this; // which nothing that is written can be a part of
+        const auto find = [&]<bool IsAffine>() {
+            for (std::size_t i = 0; i < count; ++i) {
+                const TexturePlace place = map.Find<IsAffine>(x + double(int(i)));
+                u[i] = place.u;
+                v[i] = place.v;
+            }
+        };
+        if (m_isAffine)
+            find.template operator()<true>();
+        else
+            find.template operator()<false>();
     }
 
 private:
@@ -54,6 +64,17 @@ private:
 
         double At(double x) const noexcept { return row + perX * x; }
     };
+
+    template<bool IsAffine>
+    TexturePlace Find(double x) const noexcept
+    {
+        x -= m_origin.x;
+        const float s = Limit(IsAffine ? m_along.At(x) : m_along.At(x) / m_sum.At(x));
+        const double first = m_first.At(x);
+        const float v = Limit(first + double(s) * (m_second.At(x) - first));
+        return {m_from.u + s * m_step.u, m_from.v + v * m_step.v,
+                m_from.opacity + s * m_step.opacity};
+    }
 
     static float Limit(double value) noexcept
     {

@@ -9,6 +9,7 @@
 #include <renderer/core/AbortFlag.h>
 #include <renderer/core/formats/PixProcessor.h>
 #include <renderer/core/texture/CPolygon.h>
+#include <renderer/core/texture/StampCanvas.h>
 #include <renderer/core/texture/TextureBlend.h>
 #include <renderer/core/texture/TextureSampler.h>
 
@@ -52,23 +53,6 @@ struct Share
     float area; ///< of the pixel, 0 … 1
     float opacity;
     float distance; ///< from the middle of the stroke, in device pixels
-};
-
-/// A pixel of a stroke of stamps.
-template<std::size_t N>
-struct StampedPixel
-{
-    Channels<N> channels{};
-
-    void Add(const Share<N>& share, const TexturedPolygon& piece, Overlap overlap) noexcept
-    {
-        Channels<N> stamp = ScaleBy(share.texel, CombineOpacities(share.area, share.opacity));
-        if (overlap == Overlap::BuildUp)
-            for (unsigned i = 0; i < piece.doublings; ++i)
-                stamp = BlendOverItself(stamp);
-        Combine(overlap, channels, stamp);
-    }
-    Channels<N> Get(Overlap) const noexcept { return channels; }
 };
 
 /// A pixel of a stroke of pieces that meet: the sum of the pieces at the present place of the
@@ -134,18 +118,20 @@ private:
     float m_lastEnd = 0.0F;
 };
 
-/// The pixels of a cell of a tile while pieces are painted on it.
-template<class PixelT, class Texel>
-class Canvas
+/// The pixels of a cell of a tile while pieces that meet are painted on it.
+template<class Texel>
+class JoinedCanvas
 {
 public:
-    explicit Canvas(const TexturedPolygons& stroke) : m_stroke(stroke) {}
+    static constexpr std::size_t N = Texel::ChannelCount;
+
+    explicit JoinedCanvas(const TexturedPolygons& stroke) : m_stroke(stroke) {}
 
     /// Begins with nothing.
     void Begin(const RectT<int>& rect)
     {
         m_rect = rect;
-        m_pixels.assign(std::size_t(rect.Width()) * std::size_t(rect.Height()), PixelT{});
+        m_pixels.assign(std::size_t(rect.Width()) * std::size_t(rect.Height()), JoinedPixel<N>{});
     }
 
     void Paint(const TexturedPolygon& piece)
@@ -155,7 +141,7 @@ public:
         const RectT<int> part = piece.bounds.Intersect(m_rect);
         for (int y = part.top; y < part.bottom; ++y) {
             polygon.ComputeCoverages(y, part.left, part.right, m_coverage);
-            PixelT* const row = GetRow(y);
+            JoinedPixel<N>* const row = &m_pixels[GetIndex(y)];
             // One loop for edges and insides: three took half as long again.
             for (int x = m_coverage.begin; x < m_coverage.end; ++x) {
                 const float area = m_coverage.GetShare(x);
@@ -169,20 +155,24 @@ public:
         }
     }
 
-    const PixelT* GetRow(int y) const
+    /// Calls \p use(x, channels) for each pixel of a row of the page.
+    template<class Use>
+    void ForEachPixel(int y, const Use& use) const
     {
-        return m_pixels.data() + std::size_t(y - m_rect.top) * std::size_t(m_rect.Width());
+        const JoinedPixel<N>* pixel = &m_pixels[GetIndex(y)];
+        for (int x = m_rect.left; x < m_rect.right; ++x)
+            use(x, (pixel++)->Get(m_stroke.overlap));
     }
 
 private:
-    PixelT* GetRow(int y)
+    std::size_t GetIndex(int y) const
     {
-        return m_pixels.data() + std::size_t(y - m_rect.top) * std::size_t(m_rect.Width());
+        return std::size_t(y - m_rect.top) * std::size_t(m_rect.Width());
     }
 
     const TexturedPolygons& m_stroke;
     RectT<int> m_rect{};
-    std::vector<PixelT> m_pixels;
+    std::vector<JoinedPixel<N>> m_pixels;
     CCoverage m_coverage;
 };
 
@@ -219,14 +209,13 @@ void Store(const Job& job, const RectT<int>& cell, const CanvasT& canvas)
 {
     for (int y = cell.top; y < cell.bottom; ++y) {
         auto* const row = reinterpret_cast<Pixel*>(job.target.GetRow(unsigned(y - job.rect.top)));
-        const auto* const from = canvas.GetRow(y);
-        for (int x = cell.left; x < cell.right; ++x) {
-            const Pixel pixel = ToPixel<Pixel>(from[x - cell.left].Get(job.stroke.overlap));
+        canvas.ForEachPixel(y, [&](int x, const auto& channels) {
+            const Pixel pixel = ToPixel<Pixel>(channels);
             if (pixel == Pixel{})
-                continue;
+                return;
             row[x - job.rect.left] = pixel;
             job.touched.Touch(x, y);
-        }
+        });
     }
 }
 
@@ -250,9 +239,8 @@ RectT<int> FindPieces(const Range& range, const RectT<int>& rect, Pieces& pieces
     return part;
 }
 
-template<class Texel, class PixelT>
-void PaintCell(const Job& job, const RectT<int>& part, const Pieces& pieces,
-               Canvas<PixelT, Texel>& canvas)
+template<class Texel, class Canvas>
+void PaintCell(const Job& job, const RectT<int>& part, const Pieces& pieces, Canvas& canvas)
 {
     canvas.Begin(part);
     for (const TexturedPolygon* piece : pieces) {
@@ -267,10 +255,7 @@ void PaintCell(const Job& job, const RectT<int>& part, const Pieces& pieces,
     });
 }
 
-/// Pixels a side of the cells that tiles consist of: their float pixels fit a processor's cache.
-constexpr int CellSide = 64;
-
-template<class Texel, class PixelT>
+template<class Texel, class Canvas>
 void PaintTile(const Job& job, const RectT<int>& tile)
 {
     if (IsAbortSet(job.abort))
@@ -279,7 +264,7 @@ void PaintTile(const Job& job, const RectT<int>& tile)
     const RectT<int> area = FindPieces(
         job.stroke.polygons, tile, ofTile,
         [](const TexturedPolygon& piece) -> auto& { return piece; });
-    Canvas<PixelT, Texel> canvas(job.stroke);
+    Canvas canvas(job.stroke);
     for (int y = area.top & -CellSide; y < area.bottom; y += CellSide)
         for (int x = area.left & -CellSide; x < area.right; x += CellSide) {
             if (IsAbortSet(job.abort))
@@ -288,22 +273,21 @@ void PaintTile(const Job& job, const RectT<int>& tile)
             const RectT<int> part = FindPieces(
                 ofTile, cell, ofCell, [](const TexturedPolygon* piece) -> auto& { return *piece; });
             if (!ofCell.empty())
-                PaintCell(job, part, ofCell, canvas);
+                PaintCell<Texel>(job, part, ofCell, canvas);
         }
 }
 
 template<class Texel>
 void PaintTiles(const Job& job)
 {
-    constexpr std::size_t N = Texel::ChannelCount;
     const Kernel::TileGrid grid(job.rect);
     Kernel::Dispatch::DispatchParallelFor(
         [&](unsigned index) {
             const RectT<int> tile = grid.GetPart(index);
             if (job.stroke.areJoined)
-                PaintTile<Texel, JoinedPixel<N>>(job, tile);
+                PaintTile<Texel, JoinedCanvas<Texel>>(job, tile);
             else
-                PaintTile<Texel, StampedPixel<N>>(job, tile);
+                PaintTile<Texel, StampCanvas<Texel>>(job, tile);
         },
         grid.GetCount());
 }

@@ -34,6 +34,10 @@ struct TexturedPolygons
 /// share a pixel; others overlap. The inside of the tightest bend of a line is shorter.
 inline constexpr float JoinReach = 2.0F;
 
+/// Pixels a side of the cells that tiles are painted by: their float pixels fit a processor's
+/// cache.
+inline constexpr int CellSide = 64;
+
 /// Which blocks of pixels a stroke touches.
 class TouchedBlocks
 {

@@ -67,7 +67,6 @@ public:
         return result;
     }
 
-private:
     /// Two texels and how far between them a place lies.
     struct Neighbours
     {
@@ -76,9 +75,7 @@ private:
         float share;
     };
 
-    /// \pre value within ± 16384
-    static int Floor(float value) noexcept { return static_cast<int>(value + 16384.0F) - 16384; }
-
+    /// \param place 0 … 1 of a side of \p size texels.
     static Neighbours Find(float place, int size, bool wraps) noexcept
     {
         const float at = place * static_cast<float>(size) - 0.5F;
@@ -94,6 +91,12 @@ private:
     {
         return reinterpret_cast<const Pixel*>(m_data + std::ptrdiff_t(y) * m_stride);
     }
+    int GetWidth() const noexcept { return m_width; }
+    int GetHeight() const noexcept { return m_height; }
+
+private:
+    /// \pre value within ± 16384
+    static int Floor(float value) noexcept { return static_cast<int>(value + 16384.0F) - 16384; }
 
     const unsigned char* m_data;
     std::ptrdiff_t m_stride;
