@@ -71,6 +71,10 @@ private:
                 ++span;
             }
             add(piece.length);
+            if (!(piece.length > 0.0)) { // a turn on the spot
+                m_pieces.push_back(piece);
+                m_pieces.back().span = span;
+            }
         }
         path.pieces.swap(m_pieces);
     }

@@ -51,11 +51,12 @@ struct StrokeParameters
 ///
 /// All parts of the outline have the same orientation, so overlaps never cancel, and a stroke that
 /// is wider than its curves are round has no holes. Joins are made where segments meet; along a
-/// curve the pen turns smoothly (round at a cusp). Dashes follow the length of the path through its
-/// corners; in a closed run those at its end and its start are one when both touch the start. A
-/// dash or a run without length is drawn by its caps: round ones give a disc, square ones a square
-/// along the path (along the axes where there is no direction), butts nothing. A run that was only
-/// started, not closed or drawn on, gives nothing.
+/// curve the pen turns smoothly, and at a cusp, as at what nearly is one, covers a whole disc.
+/// Handles of curves no longer than a tenth of the tolerance give no direction. Dashes follow the
+/// length of the path through its corners; in a closed run those at its end and its start are one
+/// when both touch the start. A dash or a run without length is drawn by its caps: round ones give
+/// a disc, square ones a square along the path (along the axes where there is no direction), butts
+/// nothing. A run that was only started, not closed or drawn on, gives nothing.
 ///
 /// Beyond 16 million points in round joins and caps, and 65,536 pieces of a cubic, an outline is no
 /// longer refined, so that no input takes gigabytes.

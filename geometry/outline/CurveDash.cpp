@@ -45,7 +45,7 @@ public:
     void Pass(std::size_t edge)
     {
         const OutlinePiece& piece = m_path.pieces[edge];
-        if (piece.length > m_start)
+        if (piece.length > m_start || piece.length == 0.0)
             m_dash.push_back(m_path.Cut(piece, m_start, piece.length));
         m_start = 0.0;
     }

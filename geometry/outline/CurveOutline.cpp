@@ -157,14 +157,14 @@ void CurveOutline::AddJoint(OutlineSide& side, double sign, const OutlinePath& p
         side.LineTo(arrival);
     const double direction = Cross(in, out) >= 0.0 ? 1.0 : -1.0; // of the inner side
     if (direction == sign)
-        AddInnerJoin(side, before, after, from, to);
+        AddInnerJoin(side, sign, before, after, from, to);
     else
         AddOuterJoin(side, sign, path, before, after, from, to);
 }
 
 /// On the inner side of a turn, two straight edges go directly to where they meet if that is in the
 /// nearer half of both; others go through the vertex.
-void CurveOutline::AddInnerJoin(OutlineSide& side, const OutlinePiece& before,
+void CurveOutline::AddInnerJoin(OutlineSide& side, double sign, const OutlinePiece& before,
                                 const OutlinePiece& after, Point from, Point to) const
 {
     const Point vertex = after.start;
@@ -180,6 +180,13 @@ void CurveOutline::AddInnerJoin(OutlineSide& side, const OutlinePiece& before,
             return;
         }
     }
+    side.LineTo(from);
+    side.LineTo(vertex);
+    side.LineTo(to);
+    if (after.corner)
+        return;
+    // Along a curve the pen's end runs backwards from the one to the other: a fan.
+    AddArc(side, vertex, to - vertex, from - vertex, -sign);
     side.LineTo(from);
     side.LineTo(vertex);
     side.LineTo(to);

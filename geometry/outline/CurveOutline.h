@@ -47,8 +47,8 @@ private:
     void AddFan(OutlineSide& side, const Offset& offset, double from, double to);
     void AddJoint(OutlineSide& side, double sign, const OutlinePath& path,
                   const OutlinePiece& before, const OutlinePiece& after);
-    void AddInnerJoin(OutlineSide& side, const OutlinePiece& before, const OutlinePiece& after,
-                      Point from, Point to) const;
+    void AddInnerJoin(OutlineSide& side, double sign, const OutlinePiece& before,
+                      const OutlinePiece& after, Point from, Point to) const;
     void AddOuterJoin(OutlineSide& side, double sign, const OutlinePath& path,
                       const OutlinePiece& before, const OutlinePiece& after, Point from,
                       Point to) const;

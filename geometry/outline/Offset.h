@@ -93,9 +93,13 @@ public:
         if (!m_cubic)
             return;
         const auto forwardness = [this](double t) { return GetForwardness(t); };
-        // What it is right at an end may be noise: that may be a cusp.
-        const double margin = 1e-6 * (m_piece.to - m_piece.from);
-        const double begin = m_piece.from + margin, end = m_piece.to - margin;
+        // Right at a cusp it is noise.
+        const auto getMargin = [this](double t) {
+            const bool isCusp = Length(m_cubic->hodograph.First(t)) < 1e-8;
+            return isCusp ? 1e-6 * (m_piece.to - m_piece.from) : 0.0;
+        };
+        const double begin = m_piece.from + getMargin(m_piece.from);
+        const double end = m_piece.to - getMargin(m_piece.to);
         double low = begin, before = forwardness(begin);
         const auto search = [&](double high) {
             if (!(high > low))

@@ -75,7 +75,8 @@ void OffsetFitter::AddPart(OutlineSide& side, const Offset& offset, const Offset
     const double tolerance =
         std::max(m_tolerance,
                  FinestShare * (GetLargest(part.start.point) + std::abs(offset.GetFullRadius())));
-    const bool isStraight = bulge <= 0.1 * tolerance * length &&
+    const bool isEven = IsEven(part, samples, tolerance);
+    const bool isStraight = isEven && bulge <= 0.1 * tolerance * length &&
                             Dot(part.start.direction, chord) > 0.0 &&
                             Dot(part.end.direction, chord) > 0.0;
     if (isStraight || std::max(extent, length) <= 0.5 * tolerance || depth > 40 || m_budget == 0) {
@@ -83,7 +84,7 @@ void OffsetFitter::AddPart(OutlineSide& side, const Offset& offset, const Offset
         return;
     }
     double excess = 2.0;
-    if (IsEven(part, samples, tolerance)) {
+    if (isEven) {
         const CubicFit fit(part.start, part.end, samples, 0.25 * tolerance);
         if (fit.GetError() <= tolerance) {
             side.CubicTo(fit.GetControl1(), fit.GetControl2(), part.end.point);

@@ -149,13 +149,11 @@ void OutlinePathBuilder::AddLine(Point end)
 
 void OutlinePathBuilder::AddCubic(const Point* points)
 {
-    // Handles too short to see would turn the pen on the spot.
-    std::array<Point, 4> p;
-    std::copy_n(points, 4, p.begin());
-    if (Length(p[1] - p[0]) <= m_precision.tiny)
-        p[1] = p[0];
-    if (Length(p[3] - p[2]) <= m_precision.tiny)
-        p[2] = p[3];
+    const std::array<Point, 4> p = m_precision.WithoutTinyHandles(points);
+    if (IsLine(p)) {
+        AddLine(p[3]);
+        return;
+    }
     const double shortest = m_precision.shortest;
     const Point start = FirstDirection({p[1] - p[0], p[2] - p[0], p[3] - p[0]}, shortest);
     const Point end = FirstDirection({p[3] - p[2], p[3] - p[1], p[3] - p[0]}, shortest);
@@ -185,19 +183,21 @@ void OutlinePathBuilder::AddCubic(const Point* points)
 void OutlinePathBuilder::FindCuts(Hodograph& hodograph)
 {
     m_cuts.clear();
+    constexpr double least = 1e-9; // anything nearer to another cut or an end is that
+    const auto isInside = [](double t) { return t > least && t < 1.0 - least; };
     const SignChanges<3> extrema = hodograph.FindSpeedExtrema();
     for (const double t : extrema) {
-        if (!(Length(hodograph.First(t)) < StandStill) || Unit(hodograph.Second(t)) == Point{})
+        if (!isInside(t) || !(Length(hodograph.First(t)) < StandStill) ||
+            Unit(hodograph.Second(t)) == Point{})
             continue;
         hodograph.MakeStandStill(t);
         m_cuts.push_back({t, true});
     }
     const auto add = [&](double t) {
-        constexpr double least = 1e-9; // anything nearer to another cut or an end is that
         const auto isNear = [t](const Cut& cut) {
             return std::abs(cut.t - t) < (cut.isCusp ? 2.0 * StandStill : least);
         };
-        if (t > least && t < 1.0 - least && std::none_of(m_cuts.begin(), m_cuts.end(), isNear))
+        if (isInside(t) && std::none_of(m_cuts.begin(), m_cuts.end(), isNear))
             m_cuts.push_back({t, false});
     };
     for (const double t : hodograph.FindInflections())
@@ -252,8 +252,16 @@ void OutlinePathBuilder::AddPiece(double from, double to, Point in, Point out)
     const Point first = third * cubic.Derivative(from), last = third * cubic.Derivative(to);
     const double extent = Length(first) + Length(last) + Length(end - m_last - first - last);
     const double rounding = 1e-15 * std::max(std::abs(end.x), std::abs(end.y));
-    if (extent > rounding) // otherwise the pen turns on the spot
+    if (extent > rounding) {
         Add({m_path.cubics.size() - 1, from, to, m_last, end, in, out});
+        return;
+    }
+    // The pen turns on the spot. Where that is beside a corner, a point tells the two apart.
+    const bool isAtEnd = !(to < 1.0);
+    if ((m_corner || isAtEnd) && !IsSameDirection(in, out)) {
+        const Point direction = m_corner ? in : out;
+        Add({OutlinePiece::Straight, 0.0, 1.0, m_last, m_last, direction, direction});
+    }
 }
 
 void OutlinePathBuilder::Add(const OutlinePiece& piece)

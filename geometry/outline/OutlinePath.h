@@ -20,7 +20,7 @@ struct OutlineCubic
 };
 
 /// A straight line, or a part of a cubic that bends one way only and by no more than a quarter
-/// turn.
+/// turn. Lines of no length are left where the pen turns twice in one place.
 struct OutlinePiece
 {
     static constexpr std::size_t Straight = ~std::size_t(0);

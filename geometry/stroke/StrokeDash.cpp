@@ -86,7 +86,8 @@ public:
     }
     void Draw()
     {
-        EndPiece();
+        if (m_path.closed)
+            EndPiece();
         m_outline.AddOpen(m_piece, m_out);
         m_piece.clear();
     }
@@ -112,7 +113,7 @@ public:
     }
 
 private:
-    /// Nothing turns at the end of a dash.
+    /// Nothing turns at the end of a dash, but for an open run at its own.
     void EndPiece()
     {
         if (m_piece.size() > 1)

@@ -58,6 +58,11 @@ private:
     {
         if (IsOn() && !dashes.HasStart())
             dashes.Start(edge, 0.0, length);
+        if (!(length > 0.0)) { // between two turns in one place, no dash ends
+            if (IsOn())
+                dashes.Pass(edge);
+            return;
+        }
         double position = 0.0;
         while (m_remaining <= length - position + m_epsilon) {
             position = std::min(position + m_remaining, length);

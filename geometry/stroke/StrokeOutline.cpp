@@ -172,7 +172,7 @@ void StrokeOutline::AddTurn(const StrokeVertex& vertex, const StrokeVertex* befo
         FindInnerMeeting(turn, *before, vertex, *after, meeting))
         inner.Add(meeting);
     else
-        inner.Add({turn.point - turn.from, turn.point, turn.point - turn.to});
+        AddInnerTurn(inner, turn, vertex.corner);
     AddOuterJoin(outer, turn, join);
 }
 
@@ -205,6 +205,20 @@ bool StrokeOutline::FindInnerMeeting(const Turn& turn, const StrokeVertex& befor
         return false;
     meeting = a0 + onA * a;
     return true;
+}
+
+/// The way from point - from to point - to on the inner side of a turn, through the vertex. Along a
+/// curve the pen's end runs backwards from the one to the other: a fan.
+void StrokeOutline::AddInnerTurn(StrokeSide& side, const Turn& turn, bool corner)
+{
+    const Point from = turn.point - turn.from, to = turn.point - turn.to;
+    side.Add({from, turn.point});
+    if (!corner) {
+        side.Add(to);
+        AddArc(side, turn.point, -1.0 * turn.to, -1.0 * turn.from, -turn.side);
+        side.Add({from, turn.point});
+    }
+    side.Add(to);
 }
 
 /// The way from point + from to point + to on the outer side of a turn.

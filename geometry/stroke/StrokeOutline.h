@@ -16,9 +16,9 @@ namespace Geometry {
 /// The outline is, as an oriented boundary, the sum of the boundaries of simple pieces: for every
 /// edge of the path a quadrilateral on either side, between the path and the pen's ends; a wedge on
 /// the outer side of every turn; the caps. On the inner side of a turn the outline passes through
-/// the vertex, so that each quadrilateral stays whole. All pieces have the same orientation, hence
-/// the winding number of a point is the number of pieces over it and never cancels, whatever the
-/// path does. Two details keep that true:
+/// the vertex, so that each quadrilateral stays whole, and where a curve turns there is another
+/// wedge. All pieces have the same orientation, hence the winding number of a point is the number
+/// of pieces over it and never cancels, whatever the path does. Two details keep that true:
 ///
 /// - Where the pen's normals cross, the quadrilaterals become fans (see StrokeSide).
 /// - The inner side of a turn goes directly to where the two inner edges meet if that is in the
@@ -65,6 +65,7 @@ private:
     void AddTurn(const StrokeVertex& vertex, const StrokeVertex* before, const StrokeVertex* after);
     bool FindInnerMeeting(const Turn& turn, const StrokeVertex& before, const StrokeVertex& vertex,
                           const StrokeVertex& after, Point& meeting) const;
+    void AddInnerTurn(StrokeSide& side, const Turn& turn, bool corner);
     void AddOuterJoin(StrokeSide& side, const Turn& turn, StrokeJoin join);
     void AddArc(StrokeSide& side, Point centre, Point from, Point to, double direction);
     void PrepareArcs();

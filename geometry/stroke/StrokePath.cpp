@@ -1,6 +1,7 @@
 #include <geometry/stroke/StrokePath.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace Geometry {
@@ -17,6 +18,12 @@ void CentreEdges(StrokeVertex& vertex, const StrokeWalker::Piece& before,
     if (before.middle * after.middle > 0.0)
         vertex.aside = 0.5 * (before.middle + after.middle);
     vertex.reach = 1.0 + (2.0 - before.along / before.length - after.along / after.length) / 3.0;
+}
+
+/// Whether the pen turns at a vertex already: at a corner, or where a curve does so on the spot.
+bool HasTurn(const StrokeVertex& vertex)
+{
+    return vertex.corner || !IsSameDirection(vertex.in, vertex.out);
 }
 
 } // namespace
@@ -70,29 +77,50 @@ void StrokePathBuilder::AddLine(Point end)
     if (length <= m_precision.shortest)
         return;
     const Point direction = step * (1.0 / length);
-    SetDirection(direction);
+    StartSegment(direction);
     SetPiece({});
     m_path.vertices.push_back({end, direction, direction});
 }
 
-/// The direction in which a segment leaves the last vertex.
-void StrokePathBuilder::SetDirection(Point direction)
+/// Leaves the last vertex, as a corner, with the direction of another segment.
+void StrokePathBuilder::StartSegment(Point direction)
 {
-    StrokeVertex& last = m_path.vertices.back();
-    last.out = direction;
-    last.corner = true;
     if (m_path.vertices.size() == 1)
-        last.in = direction;
+        m_path.vertices.front().in = direction;
+    else if (HasTurn(m_path.vertices.back()))
+        RepeatVertex();
+    m_path.vertices.back().out = direction;
+    m_path.vertices.back().corner = true;
 }
 
-void StrokePathBuilder::AddCubic(const Point* p)
+/// Turns the pen at the last vertex, along a curve.
+void StrokePathBuilder::TurnTo(Point direction)
 {
+    if (!IsSameDirection(m_path.vertices.back().out, direction) && HasTurn(m_path.vertices.back()))
+        RepeatVertex();
+    m_path.vertices.back().out = direction;
+}
+
+/// Adds the last vertex again, for another turn there.
+void StrokePathBuilder::RepeatVertex()
+{
+    const StrokeVertex& last = m_path.vertices.back();
+    m_path.vertices.push_back({last.point, last.out, last.out});
+}
+
+void StrokePathBuilder::AddCubic(const Point* points)
+{
+    const std::array<Point, 4> p = m_precision.WithoutTinyHandles(points);
+    if (IsLine(p)) {
+        AddLine(p[3]);
+        return;
+    }
     const double shortest = m_precision.shortest;
     const Point start = FirstDirection({p[1] - p[0], p[2] - p[0], p[3] - p[0]}, shortest);
     const Point end = FirstDirection({p[3] - p[2], p[3] - p[1], p[3] - p[0]}, shortest);
     if (start == Point{} || end == Point{})
         return; // all four coincide
-    SetDirection(start);
+    StartSegment(start);
 
     const CubicPolynomial cubic(p[0], p[1], p[2], p[3]);
     StrokeWalker walker(cubic, start, end, m_precision);
@@ -120,15 +148,14 @@ void StrokePathBuilder::SetPiece(const StrokeWalker::Piece& piece)
 /// Adds a straight piece, at whose ends the pen turns; a point where it is too short even for that.
 void StrokePathBuilder::AddTinyPiece(Point end, Point tangent)
 {
-    StrokeVertex& last = m_path.vertices.back();
-    const Point chord = end - last.point;
+    const Point chord = end - m_path.vertices.back().point;
     const double length = Length(chord);
     if (length <= m_precision.shortest) {
-        last.out = tangent;
+        TurnTo(tangent);
         return;
     }
     const Point direction = chord * (1.0 / length);
-    last.out = direction;
+    TurnTo(direction);
     m_path.vertices.push_back({end, direction, tangent});
 }
 
@@ -138,9 +165,12 @@ void StrokePathBuilder::Finish(bool hasSegments)
     if (m_path.closed) {
         AddLine(vertices.front().point);
         if (vertices.size() > 1) {
-            vertices.front().in = vertices.back().in;
+            vertices.front().in = vertices.back().out;
             vertices.front().corner = true;
-            vertices.pop_back();
+            if (HasTurn(vertices.back()))
+                vertices.back().point = vertices.front().point;
+            else
+                vertices.pop_back();
             CentreEdges(vertices.front(), m_last, m_first);
         }
     }

@@ -24,9 +24,11 @@ struct StrokeVertex
     double reach = 1.0;
 };
 
-/// A run flattened for a pen of a certain width. No two neighbours coincide. Between two vertices
-/// either both tangents are the direction from one to the other, and the edge is straight, or they
-/// are less than half a right angle from it, and the pen's normals at both ends describe its edges.
+/// A run flattened for a pen of a certain width. Between two vertices either both tangents are the
+/// direction from one to the other, and the edge is straight, or they are less than half a right
+/// angle from it, and the pen's normals at both ends describe its edges. Neighbours coincide only
+/// where the pen turns more than once on the spot, a vertex for each turn: a curve may turn just
+/// before or behind a corner.
 struct StrokePath
 {
     std::vector<StrokeVertex> vertices; ///< a closed run's first vertex is not repeated
@@ -48,8 +50,10 @@ public:
 private:
     bool Start(std::span<const Point> points, bool closed);
     void AddLine(Point end);
-    void SetDirection(Point direction);
-    void AddCubic(const Point* p);
+    void StartSegment(Point direction);
+    void TurnTo(Point direction);
+    void RepeatVertex();
+    void AddCubic(const Point* points);
     void SetPiece(const StrokeWalker::Piece& piece);
     void AddTinyPiece(Point end, Point tangent);
     void Finish(bool hasSegments);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
+#include <geometry/stroke/StrokeVector.h>
 #include <geometry/Stroker.h>
 
 namespace Geometry {
@@ -17,7 +19,8 @@ struct StrokePrecision
     /// large.
     double turningRadius;
     /// Pieces of curves shorter than this (beside a cusp, that is) are drawn straight, the pen
-    /// turning at their ends.
+    /// turning at their ends; handles no longer are left out, as their directions would turn the
+    /// pen on the spot.
     double tiny;
     double shortest; ///< lengths below are as good as none
 
@@ -29,7 +32,30 @@ struct StrokePrecision
         return {radius, tolerance, std::min(radius, 1e7 * tolerance), 0.1 * tolerance,
                 1e-4 * std::min(tolerance, radius)};
     }
+
+    /// A cubic's four points, handles that are too short to see being drawn in.
+    std::array<Point, 4> WithoutTinyHandles(const Point* points) const noexcept
+    {
+        std::array<Point, 4> p{points[0], points[1], points[2], points[3]};
+        const auto isTiny = [this](Point a, Point b) { return Length(b - a) <= tiny; };
+        if (isTiny(p[0], p[1]))
+            p[1] = p[0];
+        if (isTiny(p[2], p[3]))
+            p[2] = p[3];
+        // Where there is no handle, the other one is the next to give the direction.
+        if (p[1] == p[0] && isTiny(p[0], p[2]))
+            p[2] = p[0];
+        if (p[2] == p[3] && isTiny(p[1], p[3]))
+            p[1] = p[3];
+        return p;
+    }
 };
+
+/// Whether a cubic is a straight line because its controls are its ends.
+inline bool IsLine(const std::array<Point, 4>& p) noexcept
+{
+    return (p[1] == p[0] && (p[2] == p[0] || p[2] == p[3])) || (p[1] == p[3] && p[2] == p[3]);
+}
 
 /// Whether a pen draws anything: its width is positive, and all lengths are finite and not so large
 /// that their squares would not be.

@@ -167,24 +167,6 @@ TEST(Stroker, RoundPenCoversWhatIsNearPolylinesAndClosedRuns)
         ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(MakeCircle(20), width, 0.05, 3, 400)) << width;
 }
 
-TEST(Stroker, PathsThatDoubleBackAreCovered)
-{
-    Oracle::Random random(23);
-    for (unsigned i = 0; i < 60; ++i) {
-        const Point start = random.InSquare(20), way = random.InSquare(60);
-        const double back = random.Uniform(-0.5, 1.0);
-        const PolyCurveDbl polyline = MakePolyline({start, start + way, start + back * way});
-        // Out and back in one piece, nearly or exactly to where it began.
-        const Point aside = i % 3 == 0 ? Point{} : 1e-3 * random.InSquare(1);
-        const PolyCurveDbl cubic =
-            MakeCubic(start, start + way, start + way + aside, i % 2 ? start : start + 0.3 * way);
-        for (const double width : {1.0, 9.0, 70.0}) {
-            ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(polyline, width, 0.05, i, 150)) << i;
-            ASSERT_NO_FATAL_FAILURE(ExpectRoundPen(cubic, width, 0.05, i, 150)) << i;
-        }
-    }
-}
-
 TEST(Stroker, CornersBesideTightCurvesHaveNoCracks)
 {
     for (const double radius : {5.0, 50.0}) {

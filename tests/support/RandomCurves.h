@@ -19,6 +19,7 @@ public:
         Degenerate, ///< controls that coincide, or nearly; straight curves that turn back
         Tight,      ///< bends tighter than most pens
         Polylines,
+        Folded, ///< handles and segments of any tiny length, ways back, points at the start
         KindCount,
     };
     static constexpr double Side = 64.0;
@@ -38,10 +39,13 @@ public:
     {
         Geometry::PolyCurveDbl path;
         Point from = MakePoint();
+        const Point first = from;
         path.MoveTo(from);
         for (int i = Index(3); i >= 0; --i) {
             Point controls[3] = {MakePoint(), MakePoint(), MakePoint()};
             Bend(kind, from, controls);
+            if (kind == Folded)
+                Fold(first, from, controls);
             if (kind == Polylines)
                 path.LineTo(controls[2]);
             else
@@ -84,6 +88,41 @@ private:
         } else if (kind == Degenerate) {
             MakeDegenerate(from, p, Magnitude(-14.0, -1.0));
         }
+    }
+
+    void Fold(Point first, Point from, Point (&p)[3])
+    {
+        const int end = Index(5);
+        if (end < 2)
+            p[2] = end == 0 ? Near(from) : Near(first);
+        const Point chord = p[2] - from;
+        p[0] = MakeHandle(from, p[0], chord);
+        p[1] = MakeHandle(p[2], p[1], chord);
+        const int shape = Index(8);
+        if (shape == 0)
+            p[0] = Near(p[2]);
+        if (shape == 1)
+            p[1] = Near(from);
+        if (shape == 2)
+            p[1] = Near(p[0]);
+    }
+    Point MakeHandle(Point base, Point free, Point chord)
+    {
+        switch (Index(4)) {
+        case 0:
+            return Near(base);
+        case 1:
+            return base + Number(-1.5, 1.5) * chord;
+        case 2:
+            return base + (Index(2) == 0 ? 1.0 : -1.0) * Magnitude(-6.0, 0.0) * chord;
+        default:
+            return free;
+        }
+    }
+    Point Near(Point point)
+    {
+        const double x = Index(3) == 0 ? 0.0 : Magnitude(-9.0, -1.0);
+        return point + Point{x, x * Number(-1.0, 1.0)};
     }
 
     void MakeDegenerate(Point from, Point (&p)[3], double error)
