@@ -87,8 +87,24 @@ ByteSource::ByteSource(std::shared_ptr<const std::vector<unsigned char>> memory)
 
 ByteSource::~ByteSource()
 {
+    Close();
+}
+
+void ByteSource::Close() noexcept
+{
     if (m_file >= 0)
-        close(m_file);
+        close(std::exchange(m_file, -1));
+}
+
+void ByteSource::KeepFrom(std::uint64_t offset)
+{
+    if (m_file < 0)
+        return;
+    std::vector<unsigned char> kept(static_cast<std::size_t>(m_size - offset));
+    Read(offset, kept);
+    m_memory = std::make_shared<const std::vector<unsigned char>>(std::move(kept));
+    m_memoryBegin = offset;
+    Close();
 }
 
 void ByteSource::Read(std::uint64_t offset, std::span<unsigned char> bytes) const
@@ -97,7 +113,7 @@ void ByteSource::Read(std::uint64_t offset, std::span<unsigned char> bytes) cons
         throw FormatException("the file is cut off", m_size);
     if (m_file < 0) {
         if (!bytes.empty())
-            std::memcpy(bytes.data(), m_memory->data() + offset, bytes.size());
+            std::memcpy(bytes.data(), m_memory->data() + (offset - m_memoryBegin), bytes.size());
         return;
     }
     while (!bytes.empty()) {

@@ -24,17 +24,27 @@ public:
 
     /// Fills \p bytes from \p offset on.
     /// \throws FormatException beyond the end, std::system_error when reading fails.
+    /// \pre \p offset is not before what is kept.
     void Read(std::uint64_t offset, std::span<unsigned char> bytes) const;
 
-    /// The bytes where they are, if they are in memory; empty for a file.
+    /// Reads what lies behind \p offset into memory, forgets the rest and closes the file. Does
+    /// nothing for what is in memory. Not while other threads use the source.
+    /// \throws like Read
+    void KeepFrom(std::uint64_t offset);
+
+    /// The bytes where they are, if all of them are in memory; empty otherwise.
     std::span<const unsigned char> GetMemory() const noexcept
     {
-        return m_memory ? std::span(*m_memory) : std::span<const unsigned char>();
+        return m_memory && m_memoryBegin == 0 ? std::span(*m_memory)
+                                              : std::span<const unsigned char>();
     }
 
 private:
+    void Close() noexcept;
+
     int m_file = -1; // descriptor, -1 for memory
     std::uint64_t m_size = 0;
+    std::uint64_t m_memoryBegin = 0;                            // where the memory lies in the file
     std::shared_ptr<const std::vector<unsigned char>> m_memory; // null for a file
 };
 

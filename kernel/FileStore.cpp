@@ -164,4 +164,11 @@ std::span<const unsigned char> FileStore::ReadObjects(std::vector<unsigned char>
     return memory;
 }
 
+void FileStore::KeepPayloads()
+{
+    constexpr std::uint64_t MaxKept = 65536;
+    if (m_source->GetSize() - m_objectsEnd <= MaxKept)
+        m_source->KeepFrom(m_objectsEnd);
+}
+
 } // namespace Kernel

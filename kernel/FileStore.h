@@ -15,8 +15,9 @@ namespace Kernel {
 class ByteSource;
 
 /// An open file of saved values, from which payloads are read when they are asked for. It outlives
-/// the loading: whoever holds a payload that is not read yet holds the store. The file may be
-/// replaced meanwhile, since the store keeps the one that it opened. Safe from many threads.
+/// the loading: whoever holds a payload that is not read yet holds the store. Another file may take
+/// the place of this one meanwhile, since the store keeps the one that it opened; but nobody may
+/// write to that one. Safe from many threads.
 class KERNEL_EXPORT FileStore : public Countable
 {
 public:
@@ -36,12 +37,18 @@ public:
     /// Bytes of one payload. \pre \p index is below the count.
     std::uint64_t GetPayloadSize(std::size_t index) const { return m_payloads[index].size; }
     /// Copies a part of one payload.
-    /// \throws FormatException when the part is not within it or the file was cut short.
+    /// \throws FormatException when the part is not within it or cannot be read any more.
     void ReadPayload(std::size_t index, std::uint64_t offset, std::span<unsigned char> bytes) const;
 
     /// The file from its begin to the end of its objects: what must be in memory for loading.
     /// \param memory holds the bytes unless the store has them in memory itself.
+    /// \pre KeepPayloads was not called.
     std::span<const unsigned char> ReadObjects(std::vector<unsigned char>& memory) const;
+
+    /// Reads payloads that together are small into memory and closes the file, of which a process
+    /// can have some hundred open only; keeps it open for larger ones. To be called when the
+    /// objects were read, before others use the store. \throws like ReadPayload
+    void KeepPayloads();
 
 private:
     struct Payload

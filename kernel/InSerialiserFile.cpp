@@ -13,7 +13,9 @@ InSerialiserFile::Object InSerialiserFile::ParseWithChecks() const
         path ? FileStore::Open(*path)
              : FileStore::FromMemory(std::get<FileStore::Memory>(m_source));
     std::vector<unsigned char> memory;
-    SavedReader reader(store->ReadObjects(memory), *store);
+    const std::span<const unsigned char> objects = store->ReadObjects(memory);
+    store->KeepPayloads();
+    SavedReader reader(objects, *store);
     reader.Read();
     Object object = {reader.GetSharedRoot(), reader.GetPlainRoot()};
     if (!object.shared && !object.plain)

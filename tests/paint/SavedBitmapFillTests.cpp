@@ -25,12 +25,12 @@ using Raster::ExtendType;
 using Raster::Format;
 using Raster::ResamplerType;
 
-Counted<Raster::DynamicBuffer> MakePixels(int seed = 0)
+Counted<Raster::DynamicBuffer> MakePixels(int seed = 0, unsigned scale = 1)
 {
-    const auto buffer = Raster::DynamicBuffer::Create(Format::RGBA8, 24, 16);
+    const auto buffer = Raster::DynamicBuffer::Create(Format::RGBA8, 24 * scale, 16 * scale);
     std::mt19937 random(static_cast<unsigned>(seed));
-    for (unsigned y = 0; y < 16; ++y)
-        for (unsigned i = 0; i < 24 * 4; ++i)
+    for (unsigned y = 0; y < buffer->GetHeight(); ++y)
+        for (unsigned i = 0; i < buffer->GetWidth() * 4; ++i)
             buffer->GetRow(y)[i] = static_cast<unsigned char>(i % 4 == 3 ? 255 : random() % 200);
     return buffer;
 }
@@ -165,13 +165,15 @@ TEST(SavedBitmapFill, DamageThatIsFoundLateDrawsNothing)
         ForceColourVisitor force(Raster::ColourSpace::Grey, {});
         EXPECT_EQ(loaded->Accept(force).Get(), loaded.Get());
         EXPECT_TRUE(Save(loaded) == bytes); // nothing is lost
-
-        const TestSupport::TestFolder folder;
-        Kernel::SerialiseToFile(folder / "fill", fill);
-        const auto cut = Kernel::SerialiseFromFile<FillBitmap>(folder / "fill");
-        std::filesystem::resize_file(folder / "fill", bytes.size() - 50);
-        EXPECT_TRUE(IsBlank(Draw(cut)));
     }
+    const TestSupport::TestFolder folder;
+    const auto large = Kernel::MakeCounted<const DynamicBitmap>(MakePixels(0, 10));
+    Kernel::SerialiseToFile(folder / "fill",
+                            FillBitmap::Create(large, ExtendType::Clamp, ResamplerType::Bilinear));
+    const auto cut = Kernel::SerialiseFromFile<FillBitmap>(folder / "fill");
+    std::filesystem::resize_file(folder / "fill", std::filesystem::file_size(folder / "fill") - 50);
+    EXPECT_TRUE(IsBlank(Draw(cut)));
+
     Bytes bytes = Save(FillBuffer::Create(MakePixels()));
     bytes[bytes.size() - 60] ^= 0x55;
     const auto loaded = Load<FillBuffer>(bytes);

@@ -134,14 +134,27 @@ TEST_F(SavedFile, PayloadsAreReadWhenAskedForAndOutliveTheFile)
     EXPECT_FALSE(loaded->children[0]->payload.IsEmpty());
 }
 
-TEST_F(SavedFile, PayloadOfAFileCutShortThrows)
+TEST_F(SavedFile, OnlyLargePayloadsKeepTheFileOpen)
 {
-    Kernel::SerialiseToFile(
-        m_path, Sample::Create({}, {}, nullptr, DelayLoadHolder(DelayLoadHolder::Bytes(9999))));
-    const auto loaded = Kernel::SerialiseFromFile<Sample>(m_path);
+    const auto countOpenFiles = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto load = [this](std::size_t size) {
+        const DelayLoadHolder::Bytes bytes(size);
+        Kernel::SerialiseToFile(m_path, Sample::Create({}, {}, nullptr, DelayLoadHolder(bytes)));
+        return Kernel::SerialiseFromFile<Sample>(m_path);
+    };
+    const auto before = countOpenFiles();
+    const auto small = load(60'000);
+    EXPECT_EQ(countOpenFiles(), before);
     fs::resize_file(m_path, 1000);
-    EXPECT_THROW(loaded->payload.Get(), Kernel::FormatException);
-    EXPECT_THROW(Kernel::SerialiseToFile(m_folder / "copy", loaded), Kernel::FormatException);
+    EXPECT_EQ(small->payload.Get(), DelayLoadHolder::Bytes(60'000));
+
+    const auto large = load(100'000);
+    EXPECT_EQ(countOpenFiles(), before + 1);
+    fs::resize_file(m_path, 1000);
+    EXPECT_THROW(large->payload.Get(), Kernel::FormatException);
+    EXPECT_THROW(Kernel::SerialiseToFile(m_folder / "copy", large), Kernel::FormatException);
     EXPECT_FALSE(fs::exists(m_folder / "copy"));
 }
 
