@@ -31,7 +31,28 @@ std::string DescribeDouble(std::uint64_t bits)
     return std::isnan(number) ? "NaN 0x" + ToText(bits, 16) : ToText(number);
 }
 
-/// Text in quotes: control characters escaped, long ones cut.
+/// The bytes of the character that begins a text; 0 for control characters and what is not UTF-8.
+std::size_t GetShownLength(std::string_view text)
+{
+    const auto at = [&](std::size_t i) {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+    };
+    const unsigned first = at(0), second = at(1);
+    if (first < 0x80)
+        return first >= 0x20 && first != 0x7f ? 1 : 0;
+    if (first < 0xc2 || first > 0xf4)
+        return 0;
+    const std::size_t length = first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+    for (std::size_t i = 1; i < length; ++i)
+        if ((at(i) & 0xc0U) != 0x80)
+            return 0;
+    const bool isControl = first == 0xc2 && second < 0xa0;
+    const bool isTooLong = (first == 0xe0 && second < 0xa0) || (first == 0xf0 && second < 0x90);
+    const bool isNone = (first == 0xed && second >= 0xa0) || (first == 0xf4 && second >= 0x90);
+    return isControl || isTooLong || isNone ? 0 : length;
+}
+
+/// Text in quotes: what cannot be shown is escaped, long texts are cut.
 std::string DescribeText(std::string_view text)
 {
     constexpr std::size_t MaxShown = 120;
@@ -39,13 +60,16 @@ std::string DescribeText(std::string_view text)
     while (shown < text.size() && shown > 0 && (text[shown] & 0xc0) == 0x80)
         --shown; // whole characters
     std::string quoted = "\"";
-    for (const char c : text.substr(0, shown)) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7f)
-            quoted +=
-                std::string("\\x") + "0123456789abcdef"[byte >> 4] + "0123456789abcdef"[byte & 15U];
+    for (std::size_t i = 0; i < shown;) {
+        const std::size_t length = GetShownLength(text.substr(i, shown - i));
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (length == 0)
+            quoted += {'\\', 'x', "0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15U]};
+        else if (byte == '"' || byte == '\\')
+            quoted += {'\\', text[i]};
         else
-            quoted += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
+            quoted += text.substr(i, length);
+        i += std::max(length, std::size_t{1});
     }
     quoted += '"';
     return shown == text.size() ? quoted : quoted + "… of " + ToText(text.size()) + " bytes";

@@ -21,12 +21,18 @@ public:
 
     constexpr std::uint32_t GetCode() const noexcept { return m_code; }
 
-    /// The four characters. The code is made of bytes of any value.
+    /// The four characters, to be read by people: bytes that are not printable ASCII become
+    /// `\xNN`.
     std::string ToString() const
     {
         std::string text;
-        for (int shift = 24; shift >= 0; shift -= 8)
-            text += static_cast<char>(m_code >> shift & 0xffU);
+        for (int shift = 24; shift >= 0; shift -= 8) {
+            const std::uint32_t byte = m_code >> shift & 0xffU;
+            if (byte >= 0x20 && byte < 0x7f)
+                text += static_cast<char>(byte);
+            else
+                text += {'\\', 'x', "0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15U]};
+        }
         return text;
     }
 

@@ -65,15 +65,19 @@ bool PixelRenderTarget::AddPopulator(const FillDescriptorConst& paint, Populator
     if (fill.IsFillNone())
         return true;
     if (fill.GetKind() == Fill::Kind::Multi) {
+        bool isPainted = false;
         for (const auto& part : static_cast<const FillMulti&>(fill).GetDescriptors()) {
             if (part->IsFillNone())
                 continue;
-            if (!AddPopulator(*part, role))
+            if (AddPopulator(*part, role)) {
+                isPainted = true;
+                if (role == PopulatorRole::Colour)
+                    role = PopulatorRole::ColourOver;
+            } else if (role == PopulatorRole::Transparency) {
                 return false;
-            if (role == PopulatorRole::Colour)
-                role = PopulatorRole::ColourOver;
+            } // otherwise damaged pixels, for instance, do not hide the other parts
         }
-        return true;
+        return isPainted;
     }
     return AddFill(fill, AffineTransform::Concatenate(paint.GetTransform(), GetCurrentTransform()),
                    role);

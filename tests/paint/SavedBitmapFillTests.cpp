@@ -158,6 +158,11 @@ TEST(SavedBitmapFill, DamageThatIsFoundLateDrawsNothing)
         bytes[bytes.size() - 60] ^= 0x55;
         const auto loaded = Load<FillBitmap>(bytes);
         EXPECT_TRUE(IsBlank(Draw(loaded)));
+        const auto part = [](const Consolidated<Fill>& inner) {
+            return Counted<const FillDescriptorConst>(new FillDescriptorConst(inner));
+        };
+        const auto red = FillSolid::Create(ColourRGB::Create(Raster::PixelRGBA8{255, 0, 0, 255}));
+        EXPECT_TRUE(Draw(FillMulti::Create({part(loaded), part(red), part(loaded)})) == Draw(red));
         EXPECT_FALSE(loaded->GetBitmap()->GetBuffer());
         EXPECT_EQ(loaded->GetMeanAlpha(), 0.0);
         Kernel::MemoryOutStream out;

@@ -71,6 +71,24 @@ TEST(SavedGolden, FilesKeepTheirBytes)
     EXPECT_EQ(loaded->inner->sample->payload.Get().size(), 30U);
 }
 
+TEST(SavedGolden, DescriptionsControlNoTerminal)
+{
+    const Kernel::IDTag tag(0x1b5b324a), next(0x9b0a7f21);
+    EXPECT_EQ(tag.ToString() + next.ToString(), "\\x1b[2J\\x9b\\x0a\\x7f!");
+    Box box = *MakeBox();
+    const auto sample = Kernel::MakeCounted<Sample>();
+    sample->values.text = "Grün \u009b2J \x1b \u00a0 \U0001f600";
+    box.sample = Kernel::Consolidated<Sample>(Counted<const Sample>(sample));
+    Kernel::MemoryOutStream file, out;
+    Kernel::SerialiseToStream(file, box);
+    Kernel::DescribeSavedFile(
+        *Kernel::FileStore::FromMemory(
+            std::make_shared<const std::vector<unsigned char>>(file.GetData())),
+        out);
+    EXPECT_NE(out.GetText().find("\"Grün \\xc2\\x9b2J \\x1b \u00a0 \U0001f600\""),
+              std::string_view::npos);
+}
+
 TEST(SavedGolden, DescriptionTellsEverything)
 {
     Kernel::MemoryOutStream out;
