@@ -21,8 +21,8 @@ public:
     enum class Durability
     {
         Cached, ///< the system has the bytes: they outlive the program
-        Synced, ///< the disk has them: they outlive a power cut, as does what they replace until
-                ///< then
+        Synced, ///< the disk has them: after a power cut the name stands for all of them or for
+                ///< all that was there before
     };
 
     /// Opens the output. \throws WriteException when the folder or the file cannot be written.
