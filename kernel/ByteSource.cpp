@@ -96,6 +96,17 @@ void ByteSource::Close() noexcept
         close(std::exchange(m_file, -1));
 }
 
+ByteSource::State ByteSource::GetState() const
+{
+    if (m_file < 0)
+        return {};
+    struct stat status = {};
+    if (fstat(m_file, &status) != 0)
+        Fail(errno);
+    return {static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec,
+            status.st_mtim.tv_nsec};
+}
+
 void ByteSource::KeepFrom(std::uint64_t offset)
 {
     if (m_file < 0)

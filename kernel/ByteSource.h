@@ -22,6 +22,18 @@ public:
 
     std::uint64_t GetSize() const noexcept { return m_size; }
 
+    /// What tells that a file was written to since: its size and time of modification. Its inode
+    /// would not, nor the time of its change, which another file that takes its place changes too.
+    struct State
+    {
+        std::uint64_t size = 0;
+        std::int64_t seconds = 0;
+        std::int64_t nanoseconds = 0;
+        friend bool operator==(const State&, const State&) = default;
+    };
+    /// How the file is now; always the same for memory. \throws std::system_error
+    State GetState() const;
+
     /// Fills \p bytes from \p offset on.
     /// \throws FormatException beyond the end, std::system_error when reading fails.
     /// \pre \p offset is not before what is kept.

@@ -38,11 +38,11 @@ public:
     std::uint64_t GetSize() const noexcept;
 
     /// The bytes, read from the file by the first call; empty without a payload. They live as long
-    /// as the payload. \throws FormatException when the file was cut short since it was opened.
+    /// as the payload. \throws FormatException when the file was changed since it was opened.
     const Bytes& Get() const;
 
     /// Fills \p bytes with a part of the payload, without keeping any in memory.
-    /// \throws FormatException when the part is not within it or the file was cut short.
+    /// \throws FormatException when the part is not within it or the file was changed.
     void Read(std::uint64_t offset, std::span<unsigned char> bytes) const;
 
     /// Writes the bytes without keeping them in memory.

@@ -159,7 +159,7 @@ public:
     }
     bool CheckPayload(std::uint64_t index) const noexcept
     {
-        return index < m_store.GetPayloadCount();
+        return index < m_store.GetPayloadCount() || m_store.GetDamage();
     }
 
 private:
@@ -167,6 +167,14 @@ private:
     static bool IsContainer(const CborItem& item) noexcept
     {
         return item.kind == Kind::Array || item.kind == Kind::Map || item.kind == Kind::Tag;
+    }
+
+    std::string DescribePayload(std::uint64_t index) const
+    {
+        const std::string text = "payload " + ToText(index) + ", ";
+        if (index >= m_store.GetPayloadCount())
+            return text + "which is missing";
+        return text + ToText(m_store.GetPayloadSize(static_cast<std::size_t>(index))) + " bytes";
     }
 
     std::string Describe(const CborItem& item) const
@@ -197,8 +205,7 @@ private:
         case Kind::Reference:
             return "-> #" + ToText(item.value);
         case Kind::Payload:
-            return "payload " + ToText(item.value) + ", " + ToText(m_store.GetPayloadSize(size)) +
-                   " bytes";
+            return DescribePayload(item.value);
         case Kind::Structure:
             return "";
         case Kind::Tag:
@@ -224,6 +231,8 @@ void DescribeSavedFile(const FileStore& store, OutStream& out)
     Describer describer(store, out);
     SavedParser<Describer> parser(store.ReadObjects(memory), describer);
     parser.ParseRoot(SavedFormat::HeaderSize);
+    if (store.GetDamage())
+        throw *store.GetDamage();
     out.Write(ToText(store.GetFileSize()) + " bytes, " + ToText(store.GetPayloadCount()) +
               " payloads\n");
 }

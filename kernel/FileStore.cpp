@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
+#include <mutex>
 #include <string>
 #include <system_error>
 #include <utility>
 
 #include <kernel/ByteSource.h>
 #include <kernel/CborReader.h>
+#include <kernel/HashAccumulator.h>
 #include <kernel/SavedFormat.h>
 
 namespace Kernel {
@@ -84,23 +87,64 @@ void CheckMagic(const ByteSource& source)
         throw FormatException("the file is of another version of the format", Size - 1);
 }
 
+/// Files that stay open together, of the thousand or so that a process may have.
+constexpr int MaxKeptFiles = 256;
+std::atomic<int> keptFiles = 0;
+
 } // namespace
 
-FileStore::FileStore(std::unique_ptr<ByteSource> source) : m_source(std::move(source))
+/// What an open file was like when its objects were read.
+class FileStore::KeptFile
 {
-    ReadDirectory();
+public:
+    explicit KeptFile(const ByteSource::State& state) noexcept : state(state) {}
+    KeptFile(const KeptFile&) = delete;
+    ~KeptFile()
+    {
+        if (isCounted)
+            --keptFiles;
+    }
+    /// \return false when too many files are kept already.
+    bool Count() noexcept
+    {
+        isCounted = true;
+        return ++keptFiles <= MaxKeptFiles;
+    }
+
+    std::mutex mutex;        // of the members below
+    ByteSource::State state; // in which the file had the hash
+    std::uint64_t hash = 0;
+    bool isCounted = false;
+};
+
+FileStore::FileStore(std::unique_ptr<ByteSource> source, Damaged damaged)
+    : m_source(std::move(source))
+{
+    if (m_source->GetMemory().empty())
+        m_kept = std::make_unique<KeptFile>(m_source->GetState());
+    CheckMagic(*m_source);
+    try {
+        FindObjects(damaged);
+        FindPayloads();
+    } catch (const FormatException& error) {
+        if (damaged == Damaged::Refused || m_objectsEnd < SavedFormat::HeaderSize)
+            throw;
+        if (!m_damage)
+            m_damage = error;
+    }
 }
 
 FileStore::~FileStore() = default;
 
-Counted<FileStore> FileStore::Open(const std::filesystem::path& path)
+Counted<FileStore> FileStore::Open(const std::filesystem::path& path, Damaged damaged)
 {
-    return Counted<FileStore>(new FileStore(std::make_unique<ByteSource>(path)));
+    return Counted<FileStore>(new FileStore(std::make_unique<ByteSource>(path), damaged));
 }
 
-Counted<FileStore> FileStore::FromMemory(Memory bytes)
+Counted<FileStore> FileStore::FromMemory(Memory bytes, Damaged damaged)
 {
-    return Counted<FileStore>(new FileStore(std::make_unique<ByteSource>(std::move(bytes))));
+    return Counted<FileStore>(
+        new FileStore(std::make_unique<ByteSource>(std::move(bytes)), damaged));
 }
 
 std::uint64_t FileStore::GetFileSize() const noexcept
@@ -108,23 +152,34 @@ std::uint64_t FileStore::GetFileSize() const noexcept
     return m_source->GetSize();
 }
 
-void FileStore::ReadDirectory()
+void FileStore::FindObjects(Damaged damaged)
 {
-    CheckMagic(*m_source);
+    constexpr std::size_t LengthPosition = sizeof SavedFormat::Magic;
     HeadReader heads(*m_source);
     const std::uint64_t fileSize = m_source->GetSize();
-    const Head length = heads.Read(sizeof SavedFormat::Magic);
+    const Head length = heads.Read(LengthPosition);
     if (length.majorType != UnsignedType || length.end != SavedFormat::HeaderSize)
-        throw FormatException("the length of the objects is missing", sizeof SavedFormat::Magic);
-    if (length.argument >= fileSize - length.end ||
-        length.argument > SavedFormat::MaxObjectsEnd - length.end)
-        throw FormatException("the objects are longer than the file", sizeof SavedFormat::Magic);
+        throw FormatException("the length of the objects is missing", LengthPosition);
     m_objectsEnd = length.end + length.argument;
+    if (length.argument <= fileSize - length.end &&
+        length.argument <= SavedFormat::MaxObjectsEnd - length.end)
+        return;
+    const FormatException error("the objects are longer than the file", LengthPosition);
+    if (damaged == Damaged::Refused)
+        throw error;
+    m_damage = error;
+    m_objectsEnd = std::min(fileSize, SavedFormat::MaxObjectsEnd);
+}
 
+void FileStore::FindPayloads()
+{
+    HeadReader heads(*m_source);
+    const std::uint64_t fileSize = m_source->GetSize();
+    const std::uint64_t objectsLength = m_objectsEnd - SavedFormat::HeaderSize;
     const Head array = heads.Read(m_objectsEnd);
     // Each payload belongs to an item, which bounds what the directory takes.
     if (array.majorType != ArrayType || array.argument > fileSize - array.end ||
-        array.argument > length.argument / SavedFormat::MinItemSize)
+        array.argument > objectsLength / SavedFormat::MinItemSize)
         throw FormatException("the payloads are not an array that the file can hold", m_objectsEnd);
     std::uint64_t offset = array.end;
     for (std::uint64_t i = 0; i < array.argument; ++i) {
@@ -140,6 +195,37 @@ void FileStore::ReadDirectory()
         throw FormatException("bytes behind the last payload", offset);
 }
 
+/// The hash of all but the payloads' bytes.
+std::uint64_t FileStore::Hash(std::span<const unsigned char> objects) const
+{
+    HashAccumulator hash;
+    hash.AddToHash(objects.data(), objects.size());
+    std::uint64_t offset = m_objectsEnd;
+    std::vector<unsigned char> head;
+    for (const Payload& payload : m_payloads) {
+        head.resize(static_cast<std::size_t>(payload.offset - offset));
+        m_source->Read(offset, head);
+        hash.AddToHash(head.data(), head.size());
+        offset = payload.offset + payload.size;
+    }
+    return hash.GetHash();
+}
+
+/// A file that was merely touched, by a program that copies times for instance, goes on.
+void FileStore::CheckUnchanged(std::uint64_t offset) const
+{
+    if (!m_kept)
+        return;
+    const std::lock_guard lock(m_kept->mutex);
+    const ByteSource::State state = m_source->GetState();
+    if (state == m_kept->state)
+        return;
+    std::vector<unsigned char> memory;
+    if (state.size != m_kept->state.size || Hash(ReadObjects(memory)) != m_kept->hash)
+        throw FormatException("the file was changed while it was open", offset);
+    m_kept->state = state;
+}
+
 void FileStore::ReadPayload(std::size_t index, std::uint64_t offset,
                             std::span<unsigned char> bytes) const
 {
@@ -148,7 +234,8 @@ void FileStore::ReadPayload(std::size_t index, std::uint64_t offset,
         throw FormatException("read beyond the end of a payload", payload.offset);
     try {
         m_source->Read(payload.offset + offset, bytes);
-    } catch (const std::system_error& error) { // a network drive has gone, for instance
+        CheckUnchanged(payload.offset + offset); // afterwards: it may change while it is read
+    } catch (const std::system_error& error) {   // a network drive has gone, for instance
         throw FormatException(std::string("the file cannot be read: ") + error.what(),
                               payload.offset + offset);
     }
@@ -164,11 +251,17 @@ std::span<const unsigned char> FileStore::ReadObjects(std::vector<unsigned char>
     return memory;
 }
 
-void FileStore::KeepPayloads()
+void FileStore::KeepPayloads(std::span<const unsigned char> objects)
 {
-    constexpr std::uint64_t MaxKept = 65536;
-    if (m_source->GetSize() - m_objectsEnd <= MaxKept)
+    constexpr std::uint64_t MaxMemory = 65536;
+    if (!m_kept)
+        return;
+    if (m_source->GetSize() - m_objectsEnd > MaxMemory && m_kept->Count()) {
+        m_kept->hash = Hash(objects);
+    } else {
         m_source->KeepFrom(m_objectsEnd);
+        m_kept.reset();
+    }
 }
 
 } // namespace Kernel

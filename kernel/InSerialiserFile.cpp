@@ -14,7 +14,7 @@ InSerialiserFile::Object InSerialiserFile::ParseWithChecks() const
              : FileStore::FromMemory(std::get<FileStore::Memory>(m_source));
     std::vector<unsigned char> memory;
     const std::span<const unsigned char> objects = store->ReadObjects(memory);
-    store->KeepPayloads();
+    store->KeepPayloads(objects);
     SavedReader reader(objects, *store);
     reader.Read();
     Object object = {reader.GetSharedRoot(), reader.GetPlainRoot()};

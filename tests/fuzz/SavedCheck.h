@@ -42,7 +42,9 @@ inline bool Describe(const Bytes& bytes)
     Kernel::MemoryOutStream text;
     try {
         Kernel::DescribeSavedFile(
-            *Kernel::FileStore::FromMemory(std::make_shared<const Bytes>(bytes)), text);
+            *Kernel::FileStore::FromMemory(std::make_shared<const Bytes>(bytes),
+                                           Kernel::FileStore::Damaged::Kept),
+            text);
         return true;
     } catch (const Kernel::FormatException& error) {
         Check(error.GetOffset().value_or(bytes.size() + 1) <= bytes.size(), "damage has no place");

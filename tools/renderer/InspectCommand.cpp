@@ -26,7 +26,8 @@ void Inspect(const std::string& path)
     try {
         Kernel::FileOutStream out("/dev/stdout");
         try {
-            Kernel::DescribeSavedFile(*Kernel::FileStore::Open(path), out);
+            Kernel::DescribeSavedFile(
+                *Kernel::FileStore::Open(path, Kernel::FileStore::Damaged::Kept), out);
             out.Close();
         } catch (const Kernel::FormatException&) {
             out.Close(); // what lies before the damage

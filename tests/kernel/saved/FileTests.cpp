@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -150,12 +152,47 @@ TEST_F(SavedFile, OnlyLargePayloadsKeepTheFileOpen)
     fs::resize_file(m_path, 1000);
     EXPECT_EQ(small->payload.Get(), DelayLoadHolder::Bytes(60'000));
 
-    const auto large = load(100'000);
-    EXPECT_EQ(countOpenFiles(), before + 1);
-    fs::resize_file(m_path, 1000);
-    EXPECT_THROW(large->payload.Get(), Kernel::FormatException);
-    EXPECT_THROW(Kernel::SerialiseToFile(m_folder / "copy", large), Kernel::FormatException);
+    constexpr int MaxKept = 256;
+    std::vector<Consolidated<Sample>> all;
+    for (int i = 0; i < MaxKept + 2; ++i) {
+        all.push_back(load(100'000 + std::size_t(i)));
+        EXPECT_EQ(countOpenFiles() - before, std::min(i + 1, MaxKept));
+    }
+    EXPECT_EQ(all.back()->payload.Get().size(), 100'000U + MaxKept + 1);
+    all.clear();
+    EXPECT_EQ(countOpenFiles(), before);
+}
+
+TEST_F(SavedFile, FilesThatAreOverwrittenWhileTheyAreOpenGiveNoPayloads)
+{
+    const auto save = [](const fs::path& path, const char* text, unsigned char fill) {
+        Values values;
+        values.text = text;
+        const DelayLoadHolder payload(DelayLoadHolder::Bytes(100'000, fill));
+        Kernel::SerialiseToFile(path, Sample::Create(values, {}, nullptr, payload));
+    };
+    const auto overwrite = [&](const char* bytesOf) {
+        const auto before = fs::last_write_time(m_path);
+        m_folder.Write("file", m_folder.Read(bytesOf));
+        fs::last_write_time(m_path, before + std::chrono::seconds(1));
+    };
+    save(m_path, "one", 1);
+    save(m_folder / "same", "one", 1);
+    save(m_folder / "other", "two", 2);
+    const auto loaded = Kernel::SerialiseFromFile<Sample>(m_path);
+    unsigned char byte = 0;
+    overwrite("same");
+    loaded->payload.Read(50'000, {&byte, 1});
+    EXPECT_EQ(byte, 1);
+    overwrite("other");
+    EXPECT_THROW(loaded->payload.Read(50'000, {&byte, 1}), Kernel::FormatException);
+    EXPECT_THROW(Kernel::SerialiseToFile(m_folder / "copy", loaded), Kernel::FormatException);
     EXPECT_FALSE(fs::exists(m_folder / "copy"));
+    overwrite("same");
+    loaded->payload.Read(50'000, {&byte, 1});
+    EXPECT_EQ(byte, 1);
+    fs::resize_file(m_path, 1000);
+    EXPECT_THROW(loaded->payload.Get(), Kernel::FormatException);
 }
 
 TEST_F(SavedFile, EightThreadsLoadOneObjectPerValue)

@@ -113,4 +113,40 @@ TEST(SavedGolden, DescriptionTellsEverything)
         EXPECT_NE(text.find(line), std::string::npos) << line << "in\n" << text;
 }
 
+/// Whatever is lost behind a byte, all that lies before it is told.
+TEST(SavedGolden, DescriptionsOfCutFilesGoAsFarAsTheFile)
+{
+    const std::string path = std::string(SAVED_GOLDEN) + "/box.saved";
+    const std::string whole = ReadFile(path);
+    const auto describe = [](std::string_view file, std::uint64_t& damage) {
+        Kernel::MemoryOutStream out;
+        damage = 0;
+        try {
+            const auto bytes =
+                std::make_shared<const std::vector<unsigned char>>(file.begin(), file.end());
+            Kernel::DescribeSavedFile(
+                *Kernel::FileStore::FromMemory(bytes, Kernel::FileStore::Damaged::Kept), out);
+        } catch (const Kernel::FormatException& error) {
+            damage = error.GetOffset().value();
+        }
+        return std::string(out.GetText());
+    };
+    std::uint64_t damage = 0;
+    const std::string text = describe(whole, damage);
+    EXPECT_EQ(damage, 0U);
+    std::size_t shown = 0;
+    for (std::size_t size = 17; size < whole.size(); ++size) {
+        std::string part = describe(std::string_view(whole).substr(0, size), damage);
+        EXPECT_GE(damage, 17U);
+        EXPECT_LE(damage, size);
+        if (part.find(", which is missing") == std::string::npos) {
+            EXPECT_TRUE(text.starts_with(part)) << size << '\n' << part;
+            EXPECT_GE(part.size(), shown) << size;
+        }
+        shown = part.size();
+    }
+    const auto lastLine = text.rfind('\n', text.size() - 2) + 1;
+    EXPECT_GE(shown, lastLine); // the payloads were cut, the objects not
+}
+
 } // namespace
