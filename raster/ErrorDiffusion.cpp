@@ -7,10 +7,13 @@ namespace Raster {
 ErrorDiffusion::ErrorDiffusion(PaletteMatcher& matcher, unsigned width)
     : m_matcher(matcher),
       m_width(width),
-      m_maxError(16 * matcher.FindSpacing()),
+      m_maxErrors(matcher.FindSpacings()),
       m_here(width + 2),
       m_below(width + 2)
-{}
+{
+    for (int& error : m_maxErrors)
+        error *= 16;
+}
 
 void ErrorDiffusion::ChooseRow(const PixelRGBA8* row, std::uint8_t* indices)
 {
@@ -24,12 +27,12 @@ void ErrorDiffusion::ChooseRow(const PixelRGBA8* row, std::uint8_t* indices)
     std::ranges::fill(m_below, Errors{});
 }
 
-ErrorDiffusion::Errors ErrorDiffusion::AddError(const PixelRGBA8& pixel,
-                                                const Errors& error) const noexcept
+ErrorDiffusion::Errors ErrorDiffusion::AddError(const PixelRGBA8& pixel, const Errors& error)
 {
+    const int maxError = m_maxErrors[m_matcher.Find(pixel)];
     Errors sum;
     for (std::size_t c = 0; c < sum.size(); ++c) {
-        const int taken = std::clamp((error[c] + 8) >> 4, -m_maxError, m_maxError);
+        const int taken = std::clamp((error[c] + 8) >> 4, -maxError, maxError);
         sum[c] = std::clamp(16 * pixel[c] + taken, 0, 16 * 255);
     }
     // Opaque pixels stay opaque, translucent ones translucent.

@@ -13,9 +13,9 @@ namespace Raster {
 /// Steinberg, 1976). Rows run from left to right and from right to left in turn, which leaves fewer
 /// patterns. All in integers.
 ///
-/// A pixel takes no more error than the distance of the palette's colours: it needs no more to
-/// get from one to the other. Where the palette has no colours around the one that is wanted, the
-/// error would pile up without end and come out as specks of quite another colour.
+/// A pixel takes no more error than the distance of the palette's colours about its own: it needs
+/// no more to get from one to the other. Where the palette has no colours around the one that is
+/// wanted, the error would pile up without end and come out as specks of quite another colour.
 class ErrorDiffusion
 {
 public:
@@ -28,12 +28,12 @@ private:
     using Errors = std::array<int, 4>; ///< of the channels, in 256ths
 
     /// A pixel and the error that it has got, in 16ths.
-    Errors AddError(const PixelRGBA8& pixel, const Errors& error) const noexcept;
+    Errors AddError(const PixelRGBA8& pixel, const Errors& error);
     void ChoosePixel(const PixelRGBA8& pixel, std::uint8_t& index, std::size_t place, int step);
 
     PaletteMatcher& m_matcher;
     unsigned m_width;
-    int m_maxError; ///< in 16ths
+    std::vector<int> m_maxErrors; ///< in 16ths, by the entry nearest to a pixel
     bool m_isBackward = false;
     std::vector<Errors> m_here;  ///< of this row; pixel x is at x + 1
     std::vector<Errors> m_below; ///< of the next row

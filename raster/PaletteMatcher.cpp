@@ -47,24 +47,28 @@ PaletteMatcher::PaletteMatcher(const DynamicPalette& palette)
     m_seen.assign(std::size_t{1} << SeenBits, {0, Search({})});
 }
 
-int PaletteMatcher::FindSpacing() const
+std::vector<int> PaletteMatcher::FindSpacings() const
 {
-    if (m_colours.size() < 2)
-        return 255;
     const auto measure = [](const PixelRGBA8& a, const PixelRGBA8& b) {
         int largest = 0;
         for (std::size_t c = 0; c < a.ChannelCount; ++c)
             largest = std::max(largest, std::abs(a[c] - b[c]));
         return largest;
     };
-    std::vector<int> nearest(m_colours.size(), 255);
-    for (std::size_t i = 0; i < m_colours.size(); ++i)
-        for (std::size_t j = 0; j < m_colours.size(); ++j)
-            if (i != j)
-                nearest[i] = std::min(nearest[i], measure(m_colours[i], m_colours[j]));
-    const auto middle = nearest.begin() + std::ptrdiff_t(nearest.size() / 2);
-    std::nth_element(nearest.begin(), middle, nearest.end());
-    return *middle;
+    std::vector<int> spacings(m_colours.size(), 255), distinct;
+    for (std::size_t i = 0; i < m_colours.size(); ++i) {
+        for (const PixelRGBA8& other : m_colours)
+            if (other != m_colours[i])
+                spacings[i] = std::min(spacings[i], measure(m_colours[i], other));
+        if (std::find(m_colours.begin(), m_colours.begin() + std::ptrdiff_t(i), m_colours[i]) ==
+            m_colours.begin() + std::ptrdiff_t(i))
+            distinct.push_back(spacings[i]);
+    }
+    const auto middle = distinct.begin() + std::ptrdiff_t(distinct.size() / 2);
+    std::nth_element(distinct.begin(), middle, distinct.end());
+    for (int& spacing : spacings)
+        spacing = std::max(spacing, *middle);
+    return spacings;
 }
 
 std::uint8_t PaletteMatcher::Search(const PixelRGBA8& pixel) const

@@ -22,9 +22,10 @@ public:
     std::uint8_t Find(const PixelRGBA8& pixel);
     /// An entry, premultiplied.
     const PixelRGBA8& GetColour(std::uint8_t index) const noexcept { return m_colours[index]; }
-    /// How far apart the entries are: the median, over all of them, of the largest difference of a
-    /// channel to the nearest other entry. 255 for a single one.
-    int FindSpacing() const;
+    /// How far apart the entries are about each of them: the largest difference of a channel to the
+    /// nearest entry of another premultiplied colour, and at least the median of that over all such
+    /// colours. 255 where all are the same.
+    std::vector<int> FindSpacings() const;
 
 private:
     /// Some of the entries, and where they stand in the palette.

@@ -15,9 +15,11 @@ namespace Renderer {
 ///
 /// RGB and HSL are in the RGB profile, which is the alternative one for RGBAUF documents; none
 /// means the default. CMYK and grey without a profile on one side go through RGB by the fixed
-/// formulas there; without any, they stay. Lab means the same without a profile. Of named colours
-/// the base is converted: their sRGB equivalent is in sRGB in every document. Registration colours
-/// stay.
+/// formulas there; without any, they stay: the formulas make the same RGB numbers of them in either
+/// document, which look alike as far as the RGB profiles do. Lab that lacks a profile on a side
+/// stays too, since its numbers are measured colours; documents without a Lab profile show them by
+/// a formula for sRGB, so that they look alike where the RGB profiles do. Of named colours the base
+/// is converted: their sRGB equivalent is in sRGB in every document. Registration colours stay.
 ///
 /// Bitmaps without a profile are in the document's: they get the old one for their own, and their
 /// pixels stay. (With ink amounts that never had a profile there is none to get.)

@@ -241,6 +241,18 @@ TEST_F(Command, ReducesPicturesToPalettes)
     ASSERT_EQ(Draw(in, "b.gif", "--diffuse"), 0) << m_errors;
     EXPECT_NEAR(GetPixel("b.gif", 0, 5, 64, 10)[0], 0x80, 3);
 
+    // A colour of the palette stays what it is in a picture of another profile.
+    const std::string flat =
+        m_folder.Write("flat.svg", MakeDocument("<rect width='9' height='9' fill='#f93'/>",
+                                                "width='9' height='9'"));
+    const std::string profile =
+        "--profile " +
+        WriteProfile("p.icc", Raster::ICCManager::GetInstance().GetLinearRGBProfile());
+    ASSERT_EQ(Draw(flat, "c.png", profile), 0) << m_errors;
+    ASSERT_EQ(Draw(flat, "d.png", profile + " --palette web"), 0) << m_errors;
+    EXPECT_EQ(GetPixel("d.png", 5, 5, 9, 9), GetPixel("c.png", 5, 5, 9, 9));
+    EXPECT_NE(GetPixel("d.png", 5, 5, 9, 9)[1], 0x99);
+
     for (const std::string wrong :
          {"a.jpg --colours 5", "a.tif --palette web", "a.exr --diffuse", "a.png --colours 1",
           "a.gif --colours 257", "a.gif --palette sepia", "a.gif --palette web --colours 7"})

@@ -1,5 +1,6 @@
 #include "PaletteOptions.h"
 
+#include <renderer/paint/ConvertColourOrProfileVisitor.h>
 #include <renderer/paint/Palette.h>
 
 #include "DrawCommand.h"
@@ -35,6 +36,20 @@ Kernel::Consolidated<Palette> MakePalette(const std::string& name)
     throw UsageException("--palette " + name + " is not one of " + known);
 }
 
+/// The colours of a fixed palette, which are sRGB, as a picture has them.
+/// \param profile of the picture; sRGB without it.
+Raster::DynamicPalette MakeFixedPalette(const std::string& name,
+                                        const Kernel::Counted<const Raster::ICCProfile>& profile)
+{
+    constexpr auto format = Raster::Format::RGBA8;
+    Raster::ICCManager::ICCProfileSet profiles;
+    profiles.SetRGB(profile);
+    Renderer::ConvertColourOrProfileVisitor visitor(format, {}, format, profiles, nullptr);
+    Raster::DynamicPalette palette;
+    MakePalette(name)->Accept(visitor)->FillDynamicPalette(palette, format, profiles);
+    return palette;
+}
+
 } // namespace
 
 void CheckPaletteOptions(const PaletteOptions& options)
@@ -57,8 +72,8 @@ Kernel::Counted<const Raster::PalettisedBitmap> Palettise(const Raster::DynamicB
         const auto count = static_cast<unsigned>(options.colours.value_or(256));
         palette = Raster::MakeOptimalPalette(bitmap, count, alpha);
     } else {
-        MakePalette(options.palette)->FillDynamicPalette(palette, Raster::Format::RGBA8, {});
-        palette = Raster::ReserveTransparentEntry(bitmap, std::move(palette));
+        palette = Raster::ReserveTransparentEntry(
+            bitmap, MakeFixedPalette(options.palette, bitmap.GetProfile()));
     }
     return Raster::Palettise(bitmap, palette, options.diffuse);
 }

@@ -208,13 +208,29 @@ TEST(Palettise, DiffusionKeepsTheMeanColour)
     DynamicPalette palette;
     palette.Add(DynamicPixel(PixelRGBA8{0, 0, 0, 255}));
     palette.Add(DynamicPixel(PixelRGBA8{255, 255, 255, 255}));
-    const auto picture = Palettise(*slope, palette, true);
-    for (unsigned left = 0; left < 256; left += 16) {
-        double white = 0;
+    const auto expectMeans = [&](const char* what) {
+        const auto picture = Palettise(*slope, palette, true);
+        for (unsigned left = 0; left < 256; left += 16) {
+            double white = 0;
+            for (unsigned y = 0; y < 64; ++y)
+                for (unsigned x = left; x < left + 16; ++x)
+                    white += picture->GetRow(y)[x] == 1;
+            EXPECT_NEAR(white / 16 / 64 * 255, left + 7.5, 4) << what << left;
+        }
+    };
+    expectMeans("two ");
+    for (int i = 0; i < 20; ++i)
+        palette.Add(DynamicPixel(PixelRGBA8{0, 0, 0, 255}));
+    expectMeans("repeated ");
+    for (int i = 0; i < 30; ++i) // far from the dark greys, and near to each other
+        palette.Add(DynamicPixel(PixelRGBA8{0, 0, std::uint8_t(255 - i), 255}));
+    const auto mixed = Palettise(*slope, palette, true)->MakeBuffer();
+    for (unsigned left = 0; left < 96; left += 32) {
+        double red = 0;
         for (unsigned y = 0; y < 64; ++y)
-            for (unsigned x = left; x < left + 16; ++x)
-                white += picture->GetRow(y)[x];
-        EXPECT_NEAR(white / 16 / 64 * 255, left + 7.5, 4) << left;
+            for (unsigned x = left; x < left + 32; ++x)
+                red += GetRow(*mixed, y)[x][0];
+        EXPECT_NEAR(red / 32 / 64, left + 15.5, 4) << left;
     }
 
     // Where no mixture gives the colour, no speck of quite another one comes in.
