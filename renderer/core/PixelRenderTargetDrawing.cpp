@@ -6,6 +6,7 @@
 #include <renderer/core/DevicePixels.h>
 #include <renderer/core/Hairline.h>
 #include <renderer/core/PixelRenderTarget.h>
+#include <renderer/core/VisibleRuns.h>
 #include <renderer/paint/FillBitmap.h>
 #include <renderer/paint/FillBuffer.h>
 #include <renderer/paint/FillMulti.h>
@@ -313,7 +314,9 @@ void PixelRenderTarget::FillAndStroke(const Geometry::PolyCurveDbl& curve,
         DrawStroke(curve, composition, lineFill, transparency, lineStyle, rule);
     if (!fill.IsFillNone()) {
         m_polygons.Clear();
-        curve.ExpandAdaptive(GetFlatteningTolerance(), m_polygons);
+        const VisibleRuns runs(GetCurrentTransform(), GetUnmaskedRect(),
+                               GetDeviceExpansionTolerance());
+        runs.Expand(curve, GetFlatteningTolerance(), m_polygons);
         DrawPolygons(m_polygons, GetCurrentTransform(), composition, fill, transparency, rule);
     }
     if (stroked && !lineStyle.GetBehind())

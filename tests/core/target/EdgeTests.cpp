@@ -1,5 +1,6 @@
 // What targets do at the limits of their arguments and with calls in odd order.
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <new>
@@ -10,6 +11,7 @@
 #include <raster/ColourTransform.h>
 #include <renderer/paint/ColourRGB.h>
 #include <renderer/paint/LineStyle.h>
+#include <support/RandomCurves.h>
 
 namespace Renderer {
 namespace {
@@ -34,6 +36,42 @@ protected:
     }
     void FillAll(const PixelRGBA8& colour) { Fill({0, 0, Width, Height}, colour); }
 };
+
+TEST_F(EdgeTest, RunsBesideThePageChangeNothing)
+{
+    TestSupport::RandomCurves random(11);
+    for (int n = 0; n < 400; ++n) {
+        // Runs all around the page, most of them beside it; sometimes one that is not finite.
+        auto path = Kernel::MakeCounted<Geometry::PolyCurveDbl>();
+        for (int i = 0; i < 20; ++i) {
+            auto part = random.MakePath(TestSupport::RandomCurves::Kind(n % 6));
+            const double size = random.Number(0.2, 2.0);
+            const Geometry::Point place{random.Number(-150.0, 150.0), random.Number(-150.0, 150.0)};
+            part.Transform([&](Geometry::Point p) { return size * p + place; });
+            path->AddCurve(part.GetCurves()[0]);
+        }
+        if (n % 50 == 0)
+            path->LineTo({std::numeric_limits<double>::infinity(), 0.0});
+        target->SetWorldTransform(AffineTransform::Rotation(random.Number(0.0, 6.0)));
+        target->SetAntialias(n % 3 != 0);
+        const auto rule = n % 2 ? WindingOrderMode::EvenOdd : WindingOrderMode::NonZero;
+        target->Clear();
+        target->DrawPolyCurve(path, 1.0F, FillBlendMode::Normal, BlendOptions::Identity(),
+                              Solid(Red), {}, {}, {}, rule, true, true);
+        const auto bytes = BytesOf(target);
+        // The same polygons without a look at where runs are.
+        auto polygons = Kernel::MakeCounted<PolyPolygon>();
+        const double stretch =
+            AffineTransform::GetLargestSingularValue(target->GetCurrentTransform());
+        path->ExpandAdaptive(std::min(target->GetLogicalExpansionTolerance(),
+                                      target->GetDeviceExpansionTolerance() / stretch),
+                             *polygons);
+        target->Clear();
+        target->DrawPolyPolygon(polygons, 1.0F, FillBlendMode::Normal, BlendOptions::Identity(),
+                                Solid(Red), {}, rule, true, true);
+        ASSERT_EQ(bytes, BytesOf(target)) << n;
+    }
+}
 
 TEST_F(EdgeTest, AliasedTilesAreThePage)
 {
