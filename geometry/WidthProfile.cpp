@@ -22,17 +22,24 @@ double Derivative(const Controls& c, double t)
 }
 
 /// The parameter where controls that lie between the first and the last give \p value: Newton's
-/// steps, kept within what is known.
-double Solve(const Controls& c, double value)
+/// steps from \p t, kept within what is known.
+double Solve(const Controls& c, double value, double t)
 {
+    if (!(value > c[0]))
+        return 0.0;
+    if (!(value < c[3]))
+        return 1.0;
+    const double c1 = 3.0 * (c[1] - c[0]), c2 = 3.0 * (c[2] - c[1]) - c1;
+    const double c3 = c[3] - c[0] - c1 - c2;
+    if (!(t >= 0.0))
+        t = (value - c[0]) / (c[3] - c[0]);
     double low = 0.0, high = 1.0;
-    double t = c[3] > c[0] ? std::clamp((value - c[0]) / (c[3] - c[0]), 0.0, 1.0) : 0.0;
     for (int i = 0; i < 60; ++i) {
-        const double error = Evaluate(c, t) - value;
+        const double error = c[0] + t * (c1 + t * (c2 + t * c3)) - value;
         if (std::abs(error) <= 1e-15)
             break;
         (error > 0.0 ? high : low) = t;
-        const double next = t - error / Derivative(c, t);
+        const double next = t - error / (c1 + t * (2.0 * c2 + 3.0 * t * c3));
         t = next > low && next < high ? next : 0.5 * (low + high);
     }
     return t;
@@ -73,6 +80,8 @@ WidthProfile::WidthProfile(const CurveDbl& curve)
     }
     AddConstant(1.0, last);
     m_spans.back().end = 1.0;
+    for (const Span& span : m_spans)
+        m_bound = std::max(m_bound, *std::max_element(span.y.begin(), span.y.end()));
 }
 
 void WidthProfile::Add(const Controls& x, const Controls& y)
@@ -96,20 +105,13 @@ bool WidthProfile::IsRedundant() const noexcept
     });
 }
 
-double WidthProfile::GetFactorBound() const noexcept
-{
-    double bound = 1.0;
-    for (const Span& span : m_spans)
-        bound = std::max(bound, *std::max_element(span.y.begin(), span.y.end()));
-    return bound;
-}
-
-WidthProfile::Value WidthProfile::Evaluate(std::size_t span, double share) const noexcept
+WidthProfile::Value WidthProfile::Evaluate(std::size_t span, double share,
+                                           double& at) const noexcept
 {
     const Span& s = m_spans[span];
-    const double t = Solve(s.x, share);
+    const double t = at = Solve(s.x, share, at);
     const double y = Geometry::Evaluate(s.y, t);
-    if (!(y > 0.0))
+    if (!(y >= 0.0))
         return {0.0, 0.0};
     // Where the profile is upright, the slope is that of something very steep.
     const double dx = std::max(Derivative(s.x, t), 1e-6);

@@ -30,7 +30,7 @@ public:
     /// Whether the factor is 1 everywhere, to 1e-6.
     bool IsRedundant() const noexcept;
     /// A factor that none exceeds, at least 1.
-    double GetFactorBound() const noexcept;
+    double GetFactorBound() const noexcept { return m_bound; }
 
     std::size_t GetSpanCount() const noexcept { return m_spans.size(); }
     /// Where a span ends; the last one ends at 1.
@@ -43,7 +43,15 @@ public:
         double slope;
     };
     /// The value at \p share within (or at the ends of) a span.
-    Value Evaluate(std::size_t span, double share) const noexcept;
+    Value Evaluate(std::size_t span, double share) const noexcept
+    {
+        double at = -1.0;
+        return Evaluate(span, share, at);
+    }
+    /// The same for one share after another.
+    /// \param at where the last one was found in the span, to look from there; replaced. Negative
+    ///        for none.
+    Value Evaluate(std::size_t span, double share, double& at) const noexcept;
 
 private:
     /// A Bézier curve of x and y, both x ordered as its controls are, until the end of the span.
@@ -58,6 +66,7 @@ private:
     void AddConstant(double end, double y);
 
     std::vector<Span> m_spans{Span{}};
+    double m_bound = 1.0;
 };
 
 } // namespace Geometry

@@ -1,13 +1,10 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstddef>
 
 #include <geometry/outline/CubicFit.h>
 #include <geometry/outline/OutlinePath.h>
-#include <geometry/outline/Quadrature.h>
 #include <geometry/WidthProfile.h>
 
 namespace Geometry {
@@ -20,7 +17,8 @@ public:
     ///        the path is then measured.
     Offset(const OutlinePath& path, const OutlinePiece& piece, double radius,
            const WidthProfile* profile) noexcept
-        : m_piece(piece),
+        : m_path(path),
+          m_piece(piece),
           m_cubic(piece.IsLine() ? nullptr : &path.cubics[piece.cubic]),
           m_line(piece.end - piece.start),
           m_radius(radius),
@@ -68,8 +66,9 @@ public:
     {
         if (!m_profile)
             return {m_radius, 0.0};
-        const double share = m_total > 0.0 ? (m_piece.position + GetLength(t)) / m_total : 0.0;
-        const WidthProfile::Value value = m_profile->Evaluate(m_piece.span, share);
+        const double share =
+            m_total > 0.0 ? (m_piece.position + m_path.GetLength(m_piece, t)) / m_total : 0.0;
+        const WidthProfile::Value value = m_profile->Evaluate(m_piece.span, share, m_share);
         return {m_radius * value.factor, m_total > 0.0 ? m_radius * value.slope / m_total : 0.0};
     }
 
@@ -90,7 +89,7 @@ public:
     template<class Turn>
     void ForEachTurn(const Turn& turn) const
     {
-        if (!m_cubic)
+        if (!m_cubic || IsGentle())
             return;
         const auto forwardness = [this](double t) { return GetForwardness(t); };
         // Right at a cusp it is noise.
@@ -149,35 +148,32 @@ public:
     }
 
 private:
-    /// The length of the piece up to a parameter, from the nearest of some that are kept.
-    double GetLength(double t) const noexcept
+    /// Whether the path is nowhere nearly as round as the pen is wide, which a few curvatures tell.
+    bool IsGentle() const noexcept
     {
-        const double share = (t - m_piece.from) / (m_piece.to - m_piece.from);
-        if (!(share > 0.0))
-            return 0.0;
-        if (!m_cubic || share >= 1.0)
-            return std::min(share, 1.0) * m_piece.length;
-        const auto speed = [this](double at) { return Length(m_cubic->polynomial.Derivative(at)); };
-        const auto knot = [this](std::size_t index) {
-            return std::lerp(m_piece.from, m_piece.to, double(index) / double(Knots));
+        const double radius = std::abs(m_radius) * (m_profile ? m_profile->GetFactorBound() : 1.0);
+        const auto isGentle = [&](double t) {
+            const Hodograph& hodograph = m_cubic->hodograph;
+            const Point first = hodograph.First(t);
+            const double square = Dot(first, first);
+            return radius * std::abs(Cross(first, hodograph.Second(t))) <
+                   0.99 * hodograph.GetScale() * square * std::sqrt(square);
         };
-        for (; m_known < Knots; ++m_known)
-            m_lengths[m_known + 1] =
-                m_lengths[m_known] + Integrate(speed, knot(m_known), knot(m_known + 1));
-        const auto index = static_cast<std::size_t>(share * double(Knots));
-        return m_lengths[index] + Integrate(speed, knot(index), t);
+        if (!isGentle(m_piece.from) || !isGentle(m_piece.to))
+            return false;
+        return std::all_of(
+            m_cubic->curvatureExtrema.begin(), m_cubic->curvatureExtrema.end(),
+            [&](double t) { return t <= m_piece.from || t >= m_piece.to || isGentle(t); });
     }
 
-    static constexpr std::size_t Knots = 8;
-
+    const OutlinePath& m_path;
     const OutlinePiece& m_piece;
     const OutlineCubic* m_cubic;
     Point m_line;
     double m_radius;
     const WidthProfile* m_profile;
     double m_total;
-    mutable std::array<double, Knots + 1> m_lengths{};
-    mutable std::size_t m_known = 0; // how many of them, beside the first
+    mutable double m_share = -1.0; // where the profile was evaluated last
 };
 
 /// A part of an offset over which the pen's end runs one way.

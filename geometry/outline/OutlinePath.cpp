@@ -4,27 +4,12 @@
 #include <array>
 #include <cmath>
 
-#include <geometry/outline/Quadrature.h>
-
 namespace Geometry {
 namespace {
 
 /// Cubics slower than this share of their fastest derivative stand still: beyond such a point their
 /// direction is that of the second derivative.
 constexpr double StandStill = 1e-9;
-
-/// The integral of a function by halves, as long as that changes it by more than \p enough.
-template<class Function>
-double IntegrateFinely(const Function& function, double low, double high, double whole,
-                       double enough, int depth)
-{
-    const double middle = 0.5 * (low + high);
-    const double a = Integrate(function, low, middle), b = Integrate(function, middle, high);
-    if (depth == 0 || std::abs(a + b - whole) <= enough)
-        return a + b;
-    return IntegrateFinely(function, low, middle, a, enough, depth - 1) +
-           IntegrateFinely(function, middle, high, b, enough, depth - 1);
-}
 
 Point Unit(Point a)
 {
@@ -44,43 +29,39 @@ bool TurnsByLessThanHalf(const Hodograph& hodograph, double from, double to)
 
 } // namespace
 
-double OutlinePath::GetLength(const OutlinePiece& piece, double t) const
+double OutlinePath::GetLength(const OutlinePiece& piece, double t) const noexcept
 {
-    if (t <= piece.from)
-        return 0.0;
     if (piece.IsLine())
-        return (t - piece.from) / (piece.to - piece.from) * Length(piece.end - piece.start);
-    const auto speed = [&](double at) { return Length(GetDerivative(piece, at)); };
-    const double whole = Integrate(speed, piece.from, t);
-    return IntegrateFinely(speed, piece.from, t, whole, 1e-9 * whole, 16);
+        return std::clamp((t - piece.from) / (piece.to - piece.from), 0.0, 1.0) * piece.length;
+    const double length = m_arcs.GetLength(cubics[piece.cubic].polynomial, piece.arc, t);
+    return std::clamp(length - piece.arcBegin, 0.0, piece.length);
 }
 
-double OutlinePath::FindParameter(const OutlinePiece& piece, double length) const
+/// The parameter to which a piece has the given length; the inverse of GetLength.
+double OutlinePath::FindParameter(const OutlinePiece& piece, double length) const noexcept
 {
     if (!(length < piece.length))
         return piece.to;
-    double low = piece.from, high = piece.to;
-    double t = low + (high - low) * std::max(length / piece.length, 0.0);
     if (piece.IsLine())
-        return t;
-    for (int i = 0; i < 60; ++i) { // Newton's steps, kept between what is too short and too long
-        const double error = GetLength(piece, t) - length;
-        if (std::abs(error) <= 1e-9 * piece.length)
-            break;
-        (error > 0.0 ? high : low) = t;
-        const double speed = Length(GetDerivative(piece, t));
-        const double next = t - error / speed;
-        t = next > low && next < high ? next : 0.5 * (low + high);
-    }
-    return t;
+        return std::lerp(piece.from, piece.to, std::max(length / piece.length, 0.0));
+    const double t =
+        m_arcs.FindParameter(cubics[piece.cubic].polynomial, piece.arc, piece.arcBegin + length);
+    return std::clamp(t, piece.from, piece.to);
 }
 
 void OutlinePath::Measure()
 {
+    m_arcs.Clear();
     double position = 0.0;
     for (OutlinePiece& piece : pieces) {
         piece.position = position;
-        piece.length = GetLength(piece, piece.to);
+        if (piece.IsLine()) {
+            piece.length = Length(piece.end - piece.start);
+        } else {
+            piece.arc = m_arcs.Measure(cubics[piece.cubic].polynomial, piece.from, piece.to);
+            piece.arcBegin = 0.0;
+            piece.length = piece.arc.length;
+        }
         position += piece.length;
     }
 }
@@ -95,7 +76,7 @@ OutlinePiece OutlinePath::Cut(const OutlinePiece& piece, double begin, double en
             return;
         }
         point = cubics[piece.cubic].polynomial.Evaluate(t);
-        const Point direction = Unit(GetDerivative(piece, t));
+        const Point direction = Unit(cubics[piece.cubic].polynomial.Derivative(t));
         if (!(direction == Point{}))
             tangent = direction;
     };
@@ -107,6 +88,7 @@ OutlinePiece OutlinePath::Cut(const OutlinePiece& piece, double begin, double en
         cut(end, part.to, part.end, part.out);
     part.position = piece.position + begin;
     part.length = end - begin;
+    part.arcBegin = piece.arcBegin + begin;
     return part;
 }
 

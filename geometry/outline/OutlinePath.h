@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <vector>
 
+#include <geometry/ArcLengths.h>
 #include <geometry/Curve.h>
 #include <geometry/Flatten.h>
 #include <geometry/outline/Hodograph.h>
@@ -32,6 +33,8 @@ struct OutlinePiece
     bool corner = false;          ///< whether two segments meet at its start: the user's join
     double position = 0.0;        ///< the length of the run before it, once measured
     double length = 0.0;          ///< its own length, once measured
+    ArcLengths::Arc arc{};        ///< of no line: what was measured, and it is a part of
+    double arcBegin = 0.0;        ///< where it begins on that, by length
     std::size_t span = 0;         ///< of the width's profile
 
     bool IsLine() const noexcept { return cubic == Straight; }
@@ -46,15 +49,8 @@ struct OutlinePath
     bool isDot = false; ///< a run without length that caps may show, at \c dot
     Point dot;
 
-    /// The first derivative at a parameter of a piece. \pre it is no line.
-    Point GetDerivative(const OutlinePiece& piece, double t) const
-    {
-        return cubics[piece.cubic].polynomial.Derivative(t);
-    }
-    /// The length of a piece from its start to the parameter \p t; of a line to that fraction.
-    double GetLength(const OutlinePiece& piece, double t) const;
-    /// The parameter to which a piece has the given length; the inverse of GetLength.
-    double FindParameter(const OutlinePiece& piece, double length) const;
+    /// The length of a measured piece from its start to the parameter \p t.
+    double GetLength(const OutlinePiece& piece, double t) const noexcept;
     /// Takes note of all lengths and positions.
     void Measure();
     /// The whole length. \pre Measure was called.
@@ -64,6 +60,11 @@ struct OutlinePath
     }
     /// The part of a measured piece between two lengths along it.
     OutlinePiece Cut(const OutlinePiece& piece, double begin, double end) const;
+
+private:
+    double FindParameter(const OutlinePiece& piece, double length) const noexcept;
+
+    ArcLengths m_arcs;
 };
 
 /// Takes runs apart, one after another, keeping the memory.

@@ -83,12 +83,12 @@ public:
         std::reverse(m_lines.begin(), m_lines.end());
     }
 
-    /// The side as a closed run; its end leads to its start by a line.
-    CurveDbl MakeRun() const
+    /// The side as a closed run, valid until the next one; its end leads to its start by a line.
+    const CurveDbl& MakeRun()
     {
-        CurveDbl run;
+        CurveDbl& run = m_run;
         if (m_points.empty())
-            return run;
+            return run = CurveDbl();
         run.MoveTo(m_points.front());
         for (std::size_t i = 0; i < m_lines.size(); ++i) {
             const Point* p = &m_points[3 * i];
@@ -119,6 +119,7 @@ private:
     std::size_t m_fanStart = 0; // the fan's first point, and its first segment after it
     std::size_t m_fanLine = 0;
     Point m_fanTangent; // where the fan began
+    CurveDbl m_run;     // keeps the memory that it grows in, so that copies take what they need
 };
 
 } // namespace Geometry

@@ -2,6 +2,8 @@
 #include <cmath>
 #include <numeric>
 
+#include <geometry/PathMeasure.h>
+
 #include "PaintServers.h"
 
 namespace Svg {
@@ -52,27 +54,10 @@ double BoundLength(const Geometry::PolyCurveDbl& path)
     return length;
 }
 
-/// A path's length, to about a thousandth.
-double MeasureLength(const Geometry::PolyCurveDbl& path)
-{
-    const auto box = path.GetBoundingBox().GetRect();
-    Geometry::PolyPolygonType<double> polygons;
-    path.ExpandAdaptive(std::max(1e-9, 1e-4 * std::hypot(box.Width(), box.Height())), polygons);
-    double length = 0.0;
-    for (std::size_t i = 0; i < polygons.GetPolygonCount(); ++i) {
-        const auto [points, closed] = polygons.GetPolygon(i);
-        for (std::size_t k = closed ? 0 : 1; k < points.size(); ++k) {
-            const auto& from = points[k > 0 ? k - 1 : points.size() - 1];
-            length += std::hypot(points[k].x - from.x, points[k].y - from.y);
-        }
-    }
-    return length;
-}
-
 /// User units per unit of the dashes. A length of 0 makes dashes endless (SVG 2, 9.6.1).
 double FindDashScale(const Geometry::PolyCurveDbl& shape, double pathLength)
 {
-    return pathLength < 0.0 ? 1.0 : MeasureLength(shape) / pathLength;
+    return pathLength < 0.0 ? 1.0 : Geometry::PathMeasure(shape).GetLength() / pathLength;
 }
 
 /// The dashes in user units, or none for a solid line.

@@ -5,7 +5,6 @@
 #include <limits>
 #include <numbers>
 
-#include "PathMeasure.h"
 #include "Scanner.h"
 #include "Shapes.h"
 #include "TextPaths.h"

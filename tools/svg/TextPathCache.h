@@ -4,9 +4,10 @@
 #include <memory>
 #include <tuple>
 
+#include <geometry/PathMeasure.h>
+
 #include "Element.h"
 #include "Length.h"
-#include "PathMeasure.h"
 
 namespace Svg {
 
@@ -15,7 +16,7 @@ class TextPathCache
 {
 public:
     /// Null where there is no such path.
-    using Measure = std::shared_ptr<const PathMeasure>;
+    using Measure = std::shared_ptr<const Geometry::PathMeasure>;
 
     /// The path of an element as lengths are understood there, made by \p make() where it is not
     /// known.

@@ -38,7 +38,7 @@ Measure FindMeasure(Context& context, const Element& owner, const LengthContext&
         const Path path = make();
         if (!path)
             return {};
-        auto measure = std::make_shared<const PathMeasure>(*path);
+        auto measure = std::make_shared<const Geometry::PathMeasure>(*path);
         context.CountPathSegments(measure->GetSegmentCount());
         return measure;
     });
@@ -85,7 +85,7 @@ TextPath::TextPath(Context& context, const Element& textPath, const LengthContex
         m_offset *= m_measure->GetLength() / claimed;
 }
 
-PathMeasure::Place TextPath::Locate(double distance) const
+Geometry::PathMeasure::Place TextPath::Locate(double distance) const
 {
     if (!m_isReversed)
         return m_measure->Locate(distance);

@@ -23,7 +23,7 @@ public:
     void Place(TextCluster& cluster, TextAnchor anchor) const;
 
 private:
-    PathMeasure::Place Locate(double distance) const;
+    Geometry::PathMeasure::Place Locate(double distance) const;
     bool IsHidden(double middle, TextAnchor anchor) const;
 
     TextPathCache::Measure m_measure; ///< null where there is no path
