@@ -93,6 +93,8 @@ TEST(Entities, ExpandsInternalOnes)
         {"<!ENTITY a 'x'>", "<g>&a;&a;</g>", "<g>xx</g>"},
         {"<!ENTITY a \"x&b;z\"><!ENTITY b 'y'>", "<g k='&a;'/>", "<g k='xyz'/>"},
         {"<!ENTITY a '<path/>'>", "<g>&a;</g>", "<g><path/></g>"},
+        {"<!ENTITY c 'r\"d'><!ENTITY a '<g k=\"1\" l=\"&c;\">'>", "&a;<p q='&c;'/></g>",
+         "<g k=\"1\" l=\"r&quot;d\"><p q='r\"d'/></g>"},
         // A quote from an entity does not end the attribute.
         {"<!ENTITY a '\"'>", "<g k=\"&a;\" l='&a;'/>", "<g k=\"&quot;\" l='\"'/>"},
         {"<!ENTITY a '&#60;&#x62;'>", "<g>&a;</g>", "<g><b</g>"},

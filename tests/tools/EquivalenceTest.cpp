@@ -166,11 +166,13 @@ TEST(SvgEquivalence, DrawingsAsImages)
                    ground);
     }
     // A drawing that cannot be drawn costs itself alone.
-    const Picture bad(MakeDocument(
-        MakeImage(place, "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'><g id='a'>"
-                         "<use href='#a'/></g></svg>") +
-        "<rect width='10' height='10' fill='red'/>"));
-    EXPECT_NE(bad.GetNotices().find("refers to itself"), std::string::npos);
+    std::string chain = "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'>";
+    for (int i = 0; i < 300; ++i)
+        chain +=
+            "<g id='u" + std::to_string(i) + "'><use href='#u" + std::to_string(i + 1) + "'/></g>";
+    const Picture bad(MakeDocument(MakeImage(place, chain + "</svg>") +
+                                   "<rect width='10' height='10' fill='red'/>"));
+    EXPECT_NE(bad.GetNotices().find("nested too deep"), std::string::npos);
     ExpectPixel(bad.Get(5, 5), {255, 0, 0, 255});
     // Images within images end.
     std::string nested = inner;

@@ -88,10 +88,10 @@ void Measurer::AddElement(const Element& element, const Style& parent, const Tra
 void Measurer::AddUsed(const Element& use, const Style& style, const Transform& map,
                        const LengthContext& lengths)
 {
-    const Element* target = m_context.GetDocument().FindByReference(use.GetReference());
+    const Element* target = m_context.FindShown(use, m_active);
     if (!target)
         return;
-    const ActiveReference active(m_active, *target);
+    const ActiveReference active(m_active, use);
     const double x = ResolveAttribute(use, "x", lengths, LengthAxis::Horizontal);
     const double y = ResolveAttribute(use, "y", lengths, LengthAxis::Vertical);
     const Transform moved = AffineTransform::Concatenate(AffineTransform::Translation(x, y), map);

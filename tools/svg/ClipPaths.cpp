@@ -1,5 +1,7 @@
 #include "ClipPaths.h"
 
+#include <algorithm>
+
 #include "Bounds.h"
 #include "ElementTransform.h"
 #include "Scanner.h"
@@ -22,6 +24,10 @@ ClipPaths::Result ClipPaths::Push(std::string_view reference, const LengthContex
     const Element* clipPath = m_context.GetDocument().FindByReference(reference);
     if (!clipPath || clipPath->tag != Tag::ClipPath)
         return {};
+    if (std::ranges::find(m_active, clipPath) != m_active.end()) {
+        m_context.GetNotices().Add("a clip path that clips itself is left out");
+        return {};
+    }
     const ActiveReference active(m_active, *clipPath);
     const Style& style = m_context.GetStyles().ResolveInPlace(*clipPath);
     Transform map = MakeElementTransform(style, lengths, measure);

@@ -29,8 +29,9 @@ public:
         : m_context(context), m_target(target)
     {}
 
-    /// Pushes what a `clip-path` refers to. A reference to nothing clips nothing.
-    /// \throws Kernel::FormatException when clip paths refer to each other in a circle.
+    /// Pushes what a `clip-path` refers to. A reference to nothing clips nothing, nor
+    /// does one from a clip path to itself. \throws Kernel::FormatException when too many follow
+    /// one another.
     Result Push(std::string_view reference, const LengthContext& lengths, const Measure& measure);
 
 private:

@@ -103,6 +103,21 @@ bool Context::HasPathSegments()
     return m_counts.pathSegments < MaxPathSegments;
 }
 
+const Element* Context::FindShown(const Element& use, const std::vector<const Element*>& active)
+{
+    const Element* shown = m_document.FindByReference(use.GetReference());
+    if (!shown) {
+        m_notices.Add("a use element refers to an element that is missing");
+        return nullptr;
+    }
+    const auto isWithin = [&](const Element* element) { return shown->Holds(*element); };
+    if (isWithin(&use) || std::ranges::any_of(active, isWithin)) {
+        m_notices.Add("a use element that shows itself is left out");
+        return nullptr;
+    }
+    return shown;
+}
+
 void Context::CountUsedElement()
 {
     if (++m_counts.usedElements > MaxUsedElements)
@@ -114,9 +129,6 @@ ActiveReference::ActiveReference(std::vector<const Element*>& active, const Elem
 {
     if (active.size() == MaxNesting)
         throw Kernel::FormatException("references are nested too deep");
-    if (std::ranges::find(active, &element) != active.end())
-        throw Kernel::FormatException(std::string(element.name) + " " + std::string(element.id) +
-                                      " refers to itself");
     active.push_back(&element);
 }
 

@@ -116,6 +116,11 @@ public:
     bool HasPathSegments();
     void CountPathSegments(std::size_t count) { m_counts.pathSegments += double(count); }
 
+    /// What a use element shows. \param active the use elements that are being followed.
+    /// \return null, which is noted, where it is missing or holds the use element itself or one of
+    ///         those, so that showing it would not end: such references are in error and left out.
+    const Element* FindShown(const Element& use, const std::vector<const Element*>& active);
+
     /// Counts an element that is shown once more. \throws Kernel::FormatException beyond the limit.
     void CountUsedElement();
 
@@ -133,16 +138,15 @@ private:
     Counts m_counts{.pixels = MorePixels};
 };
 
-/// An element that is being shown by reference, for as long as the object lives.
+/// A reference that is being followed, for as long as the object lives.
 class ActiveReference
 {
 public:
     static constexpr std::size_t MaxNesting = 200;
 
-    /// \param active the elements that are being shown, outermost first.
-    /// \throws Kernel::FormatException when \p element is among them, so that it refers to itself,
-    /// or
-    ///         there are too many.
+    /// \param active the elements that stand for those which are followed, outermost first.
+    /// \pre \p element is not among them.
+    /// \throws Kernel::FormatException when there are too many.
     ActiveReference(std::vector<const Element*>& active, const Element& element);
     ~ActiveReference() { m_active.pop_back(); }
     ActiveReference(const ActiveReference&) = delete;

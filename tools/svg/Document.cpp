@@ -189,6 +189,7 @@ Element* Document::Contents::Add(pugi::xml_node node, std::string_view name, Ele
                                  Element* previous)
 {
     Element& element = elements.emplace_back();
+    element.order = element.lastOrder = static_cast<int>(elements.size());
     element.name = name;
     element.tag = FindTag(name);
     element.parent = parent;
@@ -234,6 +235,8 @@ void Document::Contents::BuildTree()
         Level& level = levels.back();
         const pugi::xml_node node = level.next;
         if (!node) {
+            if (level.parent)
+                level.parent->lastOrder = elements.back().order;
             scope.Leave(level.declarations);
             levels.pop_back();
             continue;

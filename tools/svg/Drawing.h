@@ -34,9 +34,8 @@ public:
 
     /// Draws from (0, 0) to (width, height) of the target's logical coordinates.
     /// \param progress may be null.
-    /// \throws Kernel::FormatException when elements refer to themselves or nest or multiply
-    /// without
-    ///         end; what came before is drawn then.
+    /// \throws Kernel::FormatException when elements nest or multiply without end; what came
+    ///         before is drawn then.
     void Draw(Renderer::RenderTarget& target, Kernel::Progress* progress = nullptr);
 
     /// Draws as an image within another drawing, whose counts go on and whose notices take in its

@@ -75,10 +75,17 @@ struct Element
     const Element* previousSibling = nullptr;
     int index = 1;      ///< among the parent's children, from 1
     int childCount = 0; ///< of its own children
+    int order = 0;      ///< in the document, over all elements
+    int lastOrder = 0;  ///< that of the last element within it, or its own
 
     /// The value of an attribute, or an empty text.
     std::string_view Get(std::string_view attribute) const noexcept;
     bool Has(std::string_view attribute) const noexcept;
+    /// Whether \p other is this element or lies within it.
+    bool Holds(const Element& other) const noexcept
+    {
+        return order <= other.order && other.order <= lastOrder;
+    }
     /// What the element refers to: `href` or `xlink:href`, whatever the prefix is.
     std::string_view GetReference() const noexcept;
 };

@@ -159,12 +159,13 @@ private:
     void Expand(std::string_view text, int nesting);
     bool CopyUntouched(std::string_view& text);
     void ExpandReference(std::string_view& text, int nesting);
-    void CopyCharacter(char c, bool replaced);
+    void CopyCharacter(char c, int nesting);
 
     const EntityTable& m_table;
     std::string m_result;
     std::size_t m_added = 0;
-    char m_quote = '\0'; ///< the quote that an attribute's value is in
+    char m_quote = '\0';    ///< the quote that an attribute's value is in
+    int m_quoteNesting = 0; ///< of the entity that the quote stands in
     bool m_inTag = false;
 };
 
@@ -181,7 +182,7 @@ void Expander::Expand(std::string_view text, int nesting)
         m_result += text.substr(0, plain);
         text.remove_prefix(plain);
         if (plain == 0) {
-            CopyCharacter(text.front(), nesting > 0);
+            CopyCharacter(text.front(), nesting);
             text.remove_prefix(1);
         }
     }
@@ -226,12 +227,12 @@ void Expander::ExpandReference(std::string_view& text, int nesting)
     Expand(entity->second, nesting + 1);
 }
 
-/// Keeps track of tags and attribute values. A quote that comes out of an entity does not end the
-/// value which it is in.
-void Expander::CopyCharacter(char c, bool replaced)
+/// Keeps track of tags and attribute values. A quote that comes out of an entity within the value
+/// does not end it (XML 1.0, 4.4.5).
+void Expander::CopyCharacter(char c, int nesting)
 {
     if (m_quote != '\0') {
-        if (c == m_quote && replaced) {
+        if (c == m_quote && nesting > m_quoteNesting) {
             m_result += c == '"' ? "&quot;" : "&apos;";
             return;
         }
@@ -243,6 +244,7 @@ void Expander::CopyCharacter(char c, bool replaced)
         m_inTag = false;
     } else if (m_inTag && (c == '"' || c == '\'')) {
         m_quote = c;
+        m_quoteNesting = nesting;
     }
     m_result += c;
 }

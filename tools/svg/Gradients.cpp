@@ -67,8 +67,8 @@ Kernel::Consolidated<Renderer::Gradient> GradientStops::Find(const Element& owne
     return known->second = Renderer::Gradient::Create(std::move(positions));
 }
 
-GradientSource::GradientSource(const Element& gradient, const Document& document)
-    : m_chain(gradient, document, IsGradient)
+GradientSource::GradientSource(const Element& gradient, const Document& document, Notices& notices)
+    : m_chain(gradient, document, IsGradient, notices)
 {}
 
 double GradientSource::GetLength(std::string_view attribute, const LengthContext& context,

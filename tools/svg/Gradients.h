@@ -34,8 +34,7 @@ private:
 class GradientSource
 {
 public:
-    /// \throws Kernel::FormatException when the references go in a circle.
-    GradientSource(const Element& gradient, const Document& document);
+    GradientSource(const Element& gradient, const Document& document, Notices& notices);
 
     /// Whether lengths are fractions of the painted shape's box.
     bool UsesBoundingBox() const;

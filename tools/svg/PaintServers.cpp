@@ -47,7 +47,7 @@ FillDescriptorConst PaintServers::MakeServerFill(const Paint& paint, double opac
         m_notices.Add("a paint server is missing; its fallback is painted");
         return fallback;
     }
-    const GradientSource gradient(*server, m_document);
+    const GradientSource gradient(*server, m_document, m_notices);
     Kernel::RectT<double> box{};
     if (gradient.UsesBoundingBox()) {
         const auto bounds = shape.GetBoundingBox();

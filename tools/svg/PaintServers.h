@@ -27,7 +27,6 @@ public:
     /// \param current what currentColor means.
     /// \param shape what is painted; its exact box, without the stroke, is what bounding-box units
     ///        refer to.
-    /// \throws Kernel::FormatException when gradients refer to each other in a circle.
     Renderer::FillDescriptorConst MakeFill(const Paint& paint, double opacity,
                                            const ColourValue& current,
                                            const Geometry::PolyCurveDbl& shape,

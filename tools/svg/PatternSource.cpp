@@ -11,8 +11,10 @@ namespace Svg {
 using Kernel::RectT;
 using Raster::AffineTransform;
 
-PatternSource::PatternSource(const Element& pattern, const Document& document)
-    : m_chain(pattern, document, [](const Element& element) { return element.tag == Tag::Pattern; })
+PatternSource::PatternSource(const Element& pattern, const Document& document, Notices& notices)
+    : m_chain(
+          pattern, document, [](const Element& element) { return element.tag == Tag::Pattern; },
+          notices)
 {}
 
 bool PatternSource::HasBoxUnits(std::string_view attribute, bool byDefault) const

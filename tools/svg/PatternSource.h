@@ -25,8 +25,7 @@ struct PatternTile
 class PatternSource
 {
 public:
-    /// \throws Kernel::FormatException when the references go in a circle.
-    PatternSource(const Element& pattern, const Document& document);
+    PatternSource(const Element& pattern, const Document& document, Notices& notices);
 
     /// Whether lengths or the content are fractions of the painted shape's box.
     bool UsesBoundingBox() const;

@@ -75,7 +75,7 @@ std::optional<FillDescriptorConst> Patterns::MakeFill(const Element& pattern, do
                                                       const Geometry::PolyCurveDbl& shape,
                                                       double reach, const LengthContext& lengths)
 {
-    const PatternSource source(pattern, m_context.GetDocument());
+    const PatternSource source(pattern, m_context.GetDocument(), m_context.GetNotices());
     RectT<double> box{};
     if (source.UsesBoundingBox()) {
         const auto bounds = shape.GetBoundingBox();

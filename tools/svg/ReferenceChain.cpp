@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <kernel/FormatException.h>
-
 namespace Svg {
 
 namespace {
@@ -12,14 +10,17 @@ constexpr std::size_t MaxLength = 100;
 
 } // namespace
 
-ReferenceChain::ReferenceChain(const Element& first, const Document& document, Belongs belongs)
+ReferenceChain::ReferenceChain(const Element& first, const Document& document, Belongs belongs,
+                               Notices& notices)
 {
     for (const Element* next = &first; next && belongs(*next);
          next = document.FindByReference(next->GetReference())) {
         if (m_elements.size() == MaxLength ||
-            std::ranges::find(m_elements, next) != m_elements.end())
-            throw Kernel::FormatException(std::string(first.name) + " " + std::string(first.id) +
-                                          " refers to itself or through too many others");
+            std::ranges::find(m_elements, next) != m_elements.end()) {
+            notices.Add("a gradient or pattern refers to itself or through too many others; "
+                        "that reference is left out");
+            return;
+        }
         m_elements.push_back(next);
     }
 }

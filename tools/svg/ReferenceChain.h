@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Document.h"
+#include "Notices.h"
 
 namespace Svg {
 
@@ -14,8 +15,10 @@ public:
     using Belongs = bool (*)(const Element&);
 
     /// \param belongs which elements take part; a reference to any other ends the chain.
-    /// \throws Kernel::FormatException when the references go in a circle, or through too many.
-    ReferenceChain(const Element& first, const Document& document, Belongs belongs);
+    /// \param notices takes in that the chain was cut where it comes back to one of its elements,
+    ///        or because it is too long.
+    ReferenceChain(const Element& first, const Document& document, Belongs belongs,
+                   Notices& notices);
 
     const Element& GetFirst() const noexcept { return *m_elements.front(); }
     /// The nearest element with an attribute, or null; of the first one's kind only, where asked.

@@ -213,7 +213,6 @@ void Walker::DrawChildren(const Element& element, const Style& style)
 /// Draws the children of the root, whose number tells how far the drawing has come.
 void Walker::DrawTopLevel(const Element& root, const Style& style)
 {
-    // A root that is used by one of its own elements would get here again; that is a circle.
     const auto viewport = Viewport::Make(root, m_rootRect, style);
     if (!viewport)
         return;
@@ -238,12 +237,10 @@ void Walker::DrawSwitch(const Element& element, const Style& style)
 
 void Walker::DrawUse(const Element& element, const Style& style)
 {
-    const Element* shown = m_context.GetDocument().FindByReference(element.GetReference());
-    if (!shown) {
-        m_context.GetNotices().Add("a use element refers to an element that is missing");
+    const Element* shown = m_context.FindShown(element, m_used);
+    if (!shown)
         return;
-    }
-    const ActiveReference active(m_used, *shown);
+    const ActiveReference active(m_used, element);
     const LengthContext lengths = MakeLengths(style);
     const double x = ResolveAttribute(element, "x", lengths, LengthAxis::Horizontal);
     const double y = ResolveAttribute(element, "y", lengths, LengthAxis::Vertical);

@@ -27,9 +27,7 @@ public:
     Walker& operator=(const Walker&) = delete;
 
     /// Draws the whole document into a rectangle from (0, 0) of the given extent.
-    /// \throws Kernel::FormatException when elements refer to themselves, or nest or multiply
-    /// beyond
-    ///         all measure.
+    /// \throws Kernel::FormatException when elements nest or multiply beyond all measure.
     void DrawDocument(double width, double height);
 
     /// Draws the whole document as a part of another picture, whose counts go on.
@@ -68,7 +66,7 @@ private:
     Painter m_painter;
     LengthContext m_lengths; ///< the extent of the innermost viewport
     Kernel::RectT<double> m_rootRect{};
-    std::vector<const Element*> m_used;
+    std::vector<const Element*> m_used; ///< the use elements that are being followed
     bool m_isReferenced = false;
 };
 
