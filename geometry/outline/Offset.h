@@ -30,8 +30,14 @@ public:
     const OutlineCubic* GetCubic() const noexcept { return m_cubic; }
     bool IsLeft() const noexcept { return m_radius > 0.0; }
 
-    /// The radius, with its sign, that factors of the profile multiply.
-    double GetFullRadius() const noexcept { return m_radius; }
+    /// How large the numbers are that points hereabouts are computed from: rounding moves them by
+    /// some 1e-16 of it.
+    double GetMagnitude() const noexcept
+    {
+        const auto largest = [](Point a) { return std::max(std::abs(a.x), std::abs(a.y)); };
+        return std::max({largest(m_piece.start), largest(m_piece.end), std::abs(m_radius),
+                         m_cubic ? m_cubic->hodograph.GetScale() : 0.0});
+    }
 
     /// The point of the path itself.
     Point GetPoint(double t) const noexcept

@@ -8,11 +8,6 @@
 namespace Geometry {
 namespace {
 
-double GetLargest(Point a)
-{
-    return std::max(std::abs(a.x), std::abs(a.y));
-}
-
 /// Whether the samples show all of a part: beside a cusp, nearly all of the turn may lie between
 /// two of them.
 bool IsEven(const OffsetPart& part, const CubicFit::Samples& samples, double tolerance)
@@ -52,14 +47,25 @@ double FindCut(const Offset& offset, const OffsetPart& part, double excess)
 void OffsetFitter::Add(OutlineSide& side, const Offset& offset, double from, double to,
                        bool forward)
 {
+    // Where numbers are coarser than the tolerance, nothing can be better than they are.
+    m_finest = std::max(m_tolerance, FinestShare * offset.GetMagnitude());
+    m_left = std::min(MostPartsOfOne, m_budget);
+    m_budget -= m_left;
     AddPart(side, offset,
             {from, to, offset.Sample(from, forward), offset.Sample(to, forward), forward}, 0);
+    m_budget += m_left;
 }
 
 /// Adds a part of an offset, from the end of the side, in as many cubics as it takes.
 void OffsetFitter::AddPart(OutlineSide& side, const Offset& offset, const OffsetPart& part,
                            int depth)
 {
+    if (m_left == 0) {
+        side.LineTo(part.end.point);
+        return;
+    }
+    --m_left;
+    const double tolerance = m_finest;
     CubicFit::Samples samples;
     double bulge = 0.0, extent = 0.0;
     const Point chord = part.end.point - part.start.point;
@@ -71,15 +77,11 @@ void OffsetFitter::AddPart(OutlineSide& side, const Offset& offset, const Offset
         extent = std::max(extent, Length(step));
         bulge = std::max(bulge, std::abs(Cross(chord, step)));
     }
-    // Where coordinates are coarser than the tolerance, nothing can be better than they are.
-    const double tolerance =
-        std::max(m_tolerance,
-                 FinestShare * (GetLargest(part.start.point) + std::abs(offset.GetFullRadius())));
     const bool isEven = IsEven(part, samples, tolerance);
     const bool isStraight = isEven && bulge <= 0.1 * tolerance * length &&
                             Dot(part.start.direction, chord) > 0.0 &&
                             Dot(part.end.direction, chord) > 0.0;
-    if (isStraight || std::max(extent, length) <= 0.5 * tolerance || depth > 40 || m_budget == 0) {
+    if (isStraight || std::max(extent, length) <= 0.5 * tolerance || depth > 40) {
         side.LineTo(part.end.point);
         return;
     }
@@ -88,7 +90,6 @@ void OffsetFitter::AddPart(OutlineSide& side, const Offset& offset, const Offset
         const CubicFit fit(part.start, part.end, samples, 0.25 * tolerance);
         if (fit.GetError() <= tolerance) {
             side.CubicTo(fit.GetControl1(), fit.GetControl2(), part.end.point);
-            --m_budget;
             return;
         }
         excess = fit.GetError() / tolerance;

@@ -18,7 +18,7 @@ public:
     void SetTolerance(double tolerance) noexcept
     {
         m_tolerance = tolerance;
-        m_budget = 1 << 22;
+        m_budget = MostParts;
     }
 
     /// Adds an offset between two parameters, over which the pen's end runs one way, in as many
@@ -26,10 +26,18 @@ public:
     void Add(OutlineSide& side, const Offset& offset, double from, double to, bool forward);
 
 private:
+    /// How many parts are looked at for one offset, and for all that one pen draws; beyond, offsets
+    /// are straight. Errors fall with the sixth power of the length, and parts beside a cusp halve
+    /// it: an offset takes some tens, or hundreds where its tolerance is as fine as rounding.
+    static constexpr std::size_t MostPartsOfOne = 1 << 9;
+    static constexpr std::size_t MostParts = 1 << 22;
+
     void AddPart(OutlineSide& side, const Offset& offset, const OffsetPart& part, int depth);
 
     double m_tolerance = 0.0;
-    std::size_t m_budget = 0; // of cubics; beyond, offsets are straight
+    double m_finest = 0.0;  // the tolerance of the present offset
+    std::size_t m_left = 0; // parts of it that may still be looked at
+    std::size_t m_budget = 0;
 };
 
 } // namespace Geometry

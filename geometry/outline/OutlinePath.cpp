@@ -94,17 +94,15 @@ OutlinePiece OutlinePath::Cut(const OutlinePiece& piece, double begin, double en
 
 OutlinePath& OutlinePathBuilder::Build(const CurveDbl& run)
 {
-    constexpr double largest = 1e100;
     const std::vector<Point>& points = run.GetPoints();
     m_path.cubics.clear();
     m_path.pieces.clear();
     m_path.closed = run.IsClosed();
     m_path.isDot = false;
-    const bool usable = std::all_of(points.begin(), points.end(), [](Point p) {
-        return std::abs(p.x) <= largest && std::abs(p.y) <= largest;
-    });
-    if (!usable || points.empty())
+    const double magnitude = GetMagnitude(points);
+    if (points.empty() || std::isinf(magnitude))
         return m_path;
+    m_precision = m_pen.At(magnitude);
     m_last = points.front();
     for (std::size_t i = 0; i < run.GetSegmentCount(); ++i) {
         if (run.GetSegment(i) == CurveDbl::Segment::Line)

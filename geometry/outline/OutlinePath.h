@@ -71,7 +71,7 @@ private:
 class OutlinePathBuilder
 {
 public:
-    void SetPrecision(const StrokePrecision& precision) noexcept { m_precision = precision; }
+    void SetPrecision(const StrokePrecision& precision) noexcept { m_pen = precision; }
 
     /// The pieces of a run; without any, and no dot, when there is nothing to stroke or a
     /// coordinate is not finite (or beyond 1e100). What is left out and what is straight is the
@@ -92,7 +92,8 @@ private:
     void AddPiece(double from, double to, Point in, Point out);
     void Add(const OutlinePiece& piece);
 
-    StrokePrecision m_precision{};
+    StrokePrecision m_pen{};
+    StrokePrecision m_precision{}; // of the pen for the present run
     OutlinePath m_path;
     Point m_last;          // where the last piece ended
     bool m_corner = false; // whether a segment begins here

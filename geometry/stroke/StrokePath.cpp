@@ -55,16 +55,14 @@ StrokePath& StrokePathBuilder::Build(std::span<const Point> points, bool closed)
 
 bool StrokePathBuilder::Start(std::span<const Point> points, bool closed)
 {
-    constexpr double largest = 1e100;
     m_path.vertices.clear();
     m_path.closed = closed;
     m_path.isDot = false;
     m_first = m_last = {};
-    const bool usable = std::all_of(points.begin(), points.end(), [](Point p) {
-        return std::abs(p.x) <= largest && std::abs(p.y) <= largest;
-    });
-    if (!usable || points.empty())
+    const double magnitude = GetMagnitude(points);
+    if (points.empty() || std::isinf(magnitude))
         return false;
+    m_precision = m_pen.At(magnitude);
     m_path.vertices.push_back({points.front(), {1.0, 0.0}, {1.0, 0.0}});
     return true;
 }

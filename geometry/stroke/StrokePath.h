@@ -40,7 +40,7 @@ struct StrokePath
 class StrokePathBuilder
 {
 public:
-    void SetPrecision(const StrokePrecision& precision) noexcept { m_precision = precision; }
+    void SetPrecision(const StrokePrecision& precision) noexcept { m_pen = precision; }
 
     /// The flattened run; without vertices when there is nothing to stroke or a coordinate is not
     /// finite (or so large, beyond 1e100, that its square would not be).
@@ -58,7 +58,8 @@ private:
     void AddTinyPiece(Point end, Point tangent);
     void Finish(bool hasSegments);
 
-    StrokePrecision m_precision{};
+    StrokePrecision m_pen{};
+    StrokePrecision m_precision{}; // of the pen for the present run
     StrokePath m_path;
     StrokeWalker::Piece m_first{}; // the run's first piece, and the one that arrives at the end
     StrokeWalker::Piece m_last{};  // without length where they are no smooth ones

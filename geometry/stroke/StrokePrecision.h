@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
+#include <span>
 
 #include <geometry/stroke/StrokeVector.h>
 #include <geometry/Stroker.h>
@@ -33,6 +35,15 @@ struct StrokePrecision
                 1e-4 * std::min(tolerance, radius)};
     }
 
+    /// The same for a run with coordinates as large as this: directions between points that are
+    /// fewer than a thousand steps of their numbers apart are noise.
+    StrokePrecision At(double magnitude) const noexcept
+    {
+        StrokePrecision precision = *this;
+        precision.shortest = std::max(shortest, 0x1p-42 * magnitude);
+        return precision;
+    }
+
     /// A cubic's four points, handles that are too short to see being drawn in.
     std::array<Point, 4> WithoutTinyHandles(const Point* points) const noexcept
     {
@@ -50,6 +61,20 @@ struct StrokePrecision
         return p;
     }
 };
+
+/// The largest coordinate of a run; infinite where the run cannot be stroked, as one is not finite
+/// or so large (beyond 1e100) that its square would not be.
+inline double GetMagnitude(std::span<const Point> points) noexcept
+{
+    double magnitude = 0.0;
+    for (const Point point : points) {
+        const double x = std::abs(point.x), y = std::abs(point.y);
+        if (!(x <= 1e100 && y <= 1e100))
+            return std::numeric_limits<double>::infinity();
+        magnitude = std::max({magnitude, x, y});
+    }
+    return magnitude;
+}
 
 /// Whether a cubic is a straight line because its controls are its ends.
 inline bool IsLine(const std::array<Point, 4>& p) noexcept

@@ -254,6 +254,16 @@ TEST(PathOutliner, SizesBeyondAllReasonTakeNoMoreThanABudgetOfPoints)
             }
         }
     EXPECT_EQ(Geometry::GetBoundedTolerance(MakeCircle(1e6), 0.01), 0.01);
+    // Handles far beyond the page bend the path within the steps of its numbers.
+    for (const double far : {1e9, 1e15, 1e18, 1e30})
+        for (const double width : {1.0, 1e6}) {
+            const WidthProfile profile = MakeProfile({{0, 0.2}, {1, 1}});
+            const StrokeParameters pen = MakePen(width, StrokeJoin::Round, StrokeCap::Round);
+            const PolyCurveDbl outline =
+                Outline(MakeCubic({0, 0}, {far, 0}, {0, far}, {100, 150}), pen, &profile);
+            EXPECT_LE(CountSegments(outline), 2000U) << far << ' ' << width;
+            EXPECT_GE(CountSegments(outline), 4U) << far << ' ' << width;
+        }
 }
 
 TEST(WidthProfile, IsAFunctionWhateverTheCurve)
