@@ -20,6 +20,6 @@ int main()
     target->PopTransform();
 
     Kernel::FileOutStream file("picture.png");
-    Raster::WritePNG(file, Raster::DynamicBitmap(target->GetBuffer()));
+    Raster::WritePNG(file, Raster::DynamicBitmap(target->GetBuffer(), target->GetProfile()));
     file.Close();
 }

@@ -37,7 +37,7 @@ struct OpenColorIOAdjustment::Processor
     std::string identity; ///< tells what is computed
 };
 
-Kernel::Counted<const OpenColorIOAdjustment>
+Kernel::Counted<OpenColorIOAdjustment>
 OpenColorIOAdjustment::Create(const OpenColorIOSettings& settings)
 {
     try {
@@ -45,7 +45,7 @@ OpenColorIOAdjustment::Create(const OpenColorIOSettings& settings)
         processor->cpu = MakeProcessor(settings)->getOptimizedCPUProcessor(
             OCIO::BIT_DEPTH_F32, OCIO::BIT_DEPTH_F32, Optimization);
         processor->identity = processor->cpu->getCacheID();
-        return Kernel::Counted<const OpenColorIOAdjustment>(
+        return Kernel::Counted<OpenColorIOAdjustment>(
             new OpenColorIOAdjustment(std::move(processor)));
     } catch (const OCIO::Exception& error) {
         throw Kernel::FormatException("colour configuration: " + std::string(error.what()));

@@ -27,7 +27,7 @@ class RASTER_EXPORT OpenColorIOAdjustment final : public ColourTransform
 public:
     /// Reads the configuration and the tables that the transform needs.
     /// \throws Kernel::FormatException when they cannot be read, or lack what is asked for.
-    static Kernel::Counted<const OpenColorIOAdjustment> Create(const OpenColorIOSettings& settings);
+    static Kernel::Counted<OpenColorIOAdjustment> Create(const OpenColorIOSettings& settings);
 
     ~OpenColorIOAdjustment() override;
 

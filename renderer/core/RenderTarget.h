@@ -268,19 +268,31 @@ public:
     /// @}
 
     /// \name State
+    /// Calls of which nothing else is said are noted by targets that record or export; others
+    /// ignore them.
     /// @{
+
+    /// Sets what maps world coordinates to device coordinates: the zoom and the place of the page.
+    /// It stays when transforms are pushed and popped.
     virtual void SetLogToDevTransform(Raster::AffineTransform::Params transform);
+    /// Replaces the world transform, which maps logical coordinates to world coordinates. The
+    /// scalar transform and the stack stay: PopTransform brings back what was in force at the push.
     virtual void SetWorldTransform(Raster::AffineTransform::Params transform);
     /// Puts a transform in front of the world transform: it acts in local coordinates.
     /// \param scalar what is put in front of the scalar transform.
     virtual void PushTransform(Raster::AffineTransform::Params transform,
                                Raster::AffineTransform::Params scalar);
     virtual void PushTransform(Raster::AffineTransform::Params transform, TransformScalarMode mode);
+    /// Brings back the world transform and the scalar transform of before the last push.
     virtual void PopTransform();
 
+    /// Tells what the calls up to the pop draw: groups nest.
     virtual void PushLogicalGroup(LogicalGroup group);
     virtual void PopLogicalGroup();
 
+    /// Sets the format that colours are asked for in, and the profiles of all formats; empty ones
+    /// mean the defaults. Targets with pixels keep the format that they were made for and take the
+    /// profiles; what is drawn already stays as it is.
     virtual void SetColourFormatAndProfiles(Raster::Format format,
                                             Raster::ICCManager::ICCProfileSet profiles);
 
@@ -290,24 +302,32 @@ public:
     virtual void SetColourTransforms(const ColourTransforms& transforms) = 0;
     virtual ColourTransforms GetColourTransforms() const = 0;
 
+    /// How bitmaps are resampled where they are magnified, and where they are minified. Bilinear in
+    /// the beginning.
     virtual void SetUpResamplerType(Raster::ResamplerType type);
     virtual void SetDownResamplerType(Raster::ResamplerType type);
 
+    /// Options for how an exporter writes what is drawn up to the pop; they must live until then.
     virtual void PushExportOptions(Kernel::NonCounted<const FileExportOptions> options);
     virtual void PopExportOptions();
 
+    /// Sets what decides which objects of a document are drawn (ShouldRender); null lets all pass.
+    /// The target's own calls draw whatever it says: callers ask before they draw an object.
     virtual void SetRenderingFilter(Kernel::Counted<RenderingFilter> filter);
     virtual Kernel::Counted<const RenderingFilter> GetRenderingFilter() const;
 
+    /// Tells which object of a document the calls up to the pop draw; it must live until then.
     virtual void PushRenderable(Kernel::NonCounted<const Renderable> renderable);
     virtual void PopRenderable();
 
-    /// Puts a colour below everything that is drawn so far.
+    /// Puts a colour below everything that is drawn so far. Targets without pixels ignore it.
     virtual void Matte(Kernel::Consolidated<Colour> colour);
 
     /// Whether bitmaps of another format than the target's may be given without conversion.
     virtual bool IsAllowOtherFormatBitmaps() const;
+    /// Has no effect: nothing here asserts.
     virtual void SetIsSuppressAsserts(bool suppress);
+    /// See IsAllowDegradedBitmaps; not allowed in the beginning.
     virtual void SetIsAllowDegradedBitmaps(bool allow);
 
 protected:
@@ -328,10 +348,13 @@ public:
     /// what joins them goes along.
     bool GetRoundMidPixel() const { return m_roundMidPixel; }
 
-    /// The largest distance in device pixels by which a flattened curve may leave the true one.
+    /// The largest distance in device pixels by which a flattened curve may leave the true one: a
+    /// third in the beginning. Pictures that are looked at closely take less, previews more.
     double GetDeviceExpansionTolerance() const { return m_deviceExpansionTolerance; }
     void SetDeviceExpansionTolerance(double tolerance) { m_deviceExpansionTolerance = tolerance; }
 
+    /// Whether the picture is the final one and not a preview, which callers may draw with less
+    /// care; true in the beginning.
     bool IsFinalPass() const { return m_finalPass; }
     void SetIsFinalPass(bool finalPass) { m_finalPass = finalPass; }
     /// A final pass with a tolerance below a quarter of a pixel.
@@ -359,6 +382,7 @@ public:
     Kernel::Counted<const Raster::ICCProfile> GetProfile() const;
     Raster::Format GetColourFormat() const { return m_colourFormat; }
 
+    /// Whether edges are smooth, where the flags of a drawing call say so too.
     bool GetAntialias() const { return m_antialias; }
     void SetAntialias(bool antialias) { m_antialias = antialias; }
     /// Asks for clips and shapes to be combined by the area they have in common, not the product of
@@ -401,7 +425,8 @@ public:
 
     /// \name Conveniences
     /// They fill in blend mode Normal, default options, no transparency, the even-odd rule and the
-    /// flags true, false. An empty line style descriptor draws no stroke.
+    /// flags true, false: under clip paths their own edges are not smooth, while those of the clips
+    /// are. An empty line style descriptor draws no stroke.
     /// @{
     void DrawEllipse(const Kernel::RectT<double>& bounds, float opacity,
                      const FillDescriptorConst& fill, const FillDescriptorConst& lineFill,

@@ -49,7 +49,8 @@ protected:
 
     std::filesystem::path GetFile() const { return m_folder / "config.ocio"; }
 
-    Kernel::Counted<const OpenColorIOAdjustment> Make(const std::string& destination)
+    /// As targets take it.
+    Kernel::Counted<ColourTransform> Make(const std::string& destination)
     {
         return OpenColorIOAdjustment::Create({GetFile(), "plain", destination, "", ""});
     }
