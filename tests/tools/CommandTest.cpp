@@ -291,19 +291,36 @@ TEST_F(Command, RefusesWrongUsage)
 {
     const std::string in = m_folder.Write("in.svg", Red);
     const std::string draw = "draw " + in + " " + Path("a.png") + " ";
-    for (const std::string& arguments : std::vector<std::string>{
-             "", "paint", "draw", "draw " + in, draw + "--width 0", draw + "--width -5",
-             draw + "--width 1.5", draw + "--scale 0", draw + "--scale nan", draw + "--scale inf",
-             draw + "--width 5 --scale 2", draw + "--format m8", draw + "--target sketch",
-             draw + "--target wireframe --format ia8", "draw " + in + " --target wireframe",
-             draw + "--background mud", draw + "--shiny", "draw " + in + " " + Path("a.bmp"),
-             "draw " + in + " " + Path("a")}) {
+    for (const std::string& arguments :
+         std::vector<std::string>{"",
+                                  "paint",
+                                  "draw",
+                                  "draw " + in,
+                                  draw + "--width 0",
+                                  draw + "--width -5",
+                                  draw + "--width 1.5",
+                                  draw + "--scale 0",
+                                  draw + "--scale nan",
+                                  draw + "--scale inf",
+                                  draw + "--width 5 --scale 2",
+                                  draw + "--format m8",
+                                  draw + "--target sketch",
+                                  draw + "--target 1",
+                                  draw + "--target wireframe --format ia8",
+                                  "draw " + in + " --target wireframe",
+                                  draw + "--background mud",
+                                  draw + "--shiny",
+                                  "draw " + in + " " + Path("a.bmp"),
+                                  "draw " + in + " " + Path("a")}) {
         EXPECT_EQ(Run(arguments), 2) << arguments;
-        EXPECT_NE(m_errors, "") << arguments;
+        EXPECT_TRUE(m_errors.starts_with("renderer: ")) << arguments << m_errors;
+        EXPECT_EQ(std::ranges::count(m_errors, '\n'), 1) << arguments << m_errors;
         EXPECT_FALSE(fs::exists(Path("a.png"))) << arguments;
     }
     EXPECT_EQ(Run("--help"), 0);
     EXPECT_EQ(Run("draw --help"), 0);
+    EXPECT_EQ(Run("--version"), 0);
+    EXPECT_TRUE(m_folder.Read("out").starts_with("renderer 0.")) << m_folder.Read("out");
 }
 
 TEST_F(Command, SaysWhatIsWrongInOneLine)

@@ -46,10 +46,12 @@ void AddDraw(CLI::App& app, Command::DrawOptions& options)
     const std::map<std::string, Command::Target> targets{{"bitmap", Command::Target::Bitmap},
                                                          {"wireframe", Command::Target::Wireframe},
                                                          {"null", Command::Target::Null}};
-    draw->add_option("--target", options.target,
-                     "bitmap; wireframe: black outlines of all shapes; null: no file, prints which "
-                     "pixels would be touched, and the numbers of calls")
-        ->transform(CLI::CheckedTransformer(targets));
+    draw->add_option_function<std::string>(
+            "--target",
+            [&options, targets](const std::string& name) { options.target = targets.at(name); },
+            "bitmap; wireframe: black outlines of all shapes; null: no file, prints which "
+            "pixels would be touched, and the numbers of calls")
+        ->check(CLI::IsMember(targets));
 }
 
 CLI::App* AddInspect(CLI::App& app, std::string& path)
@@ -71,6 +73,7 @@ int Fail(int status, const char* message)
 int main(int argc, char** argv)
 {
     CLI::App app("Draws vector drawings and shows saved values.", "renderer");
+    app.set_version_flag("--version", "renderer " RENDERER_VERSION);
     app.require_subcommand(1);
     Command::DrawOptions options;
     AddDraw(app, options);
@@ -84,7 +87,8 @@ int main(int argc, char** argv)
             Command::Draw(options);
         return 0;
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : UsageError;
+        const bool isQuestion = error.get_exit_code() == 0; // --help or --version, answered here
+        return isQuestion ? app.exit(error) : Fail(UsageError, error.what());
     } catch (const Command::UsageException& error) {
         return Fail(UsageError, error.what());
     } catch (const std::bad_alloc&) {
