@@ -54,13 +54,18 @@ Channel RoundChannel(Real sum) noexcept
         return static_cast<Channel>(static_cast<int>(sum + Real(0.5)));
 }
 
-/// Brings float alpha into its range.
+/// Brings float alpha into its range. Below it, beside an edge that a filter overshoots, there is
+/// no pixel: its colour would darken what lies below it.
 template<class P>
 void ClampAlpha(P* pixels, unsigned count) noexcept
 {
-    if constexpr (std::is_floating_point_v<typename P::ChannelType>)
-        for (unsigned k = 0; k < count; ++k)
-            pixels[k].Alpha() = std::clamp(pixels[k].Alpha(), typename P::ChannelType(0), P::Max);
+    if constexpr (std::is_floating_point_v<typename P::ChannelType>) {
+        for (unsigned k = 0; k < count; ++k) {
+            if (pixels[k].Alpha() < 0)
+                pixels[k] = {};
+            pixels[k].Alpha() = std::min(pixels[k].Alpha(), P::Max);
+        }
+    }
 }
 
 /// Turns sums into pixels. Without overshoot, colour stays within alpha because every step of the

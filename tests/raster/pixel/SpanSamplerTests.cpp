@@ -93,7 +93,9 @@ std::vector<double> GetExpected(const DynamicBuffer& source, double u, double v,
     for (double& sum : sums)
         sum /= weights;
     double& alpha = sums[P::AlphaIndex];
-    alpha = std::clamp(alpha, 0.0, double(P::Max));
+    if (alpha < 0.0) // there is no pixel, whose colour would be negative too
+        return std::vector<double>(P::ChannelCount);
+    alpha = std::min(alpha, double(P::Max));
     if (!std::is_floating_point_v<typename P::ChannelType>)
         for (double& sum : sums)
             sum = std::clamp(sum, 0.0, alpha);
