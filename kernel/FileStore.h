@@ -63,7 +63,9 @@ public:
     /// Reads payloads that together are small into memory and closes the file, of which a process
     /// can have some hundred open only; keeps it open for larger ones, unless 256 others are. To be
     /// called once, when the objects were read, before others use the store.
-    /// \param objects what ReadObjects gave. \throws like ReadPayload
+    /// \param objects what ReadObjects gave.
+    /// \throws FormatException when the file was cut short, std::system_error when it cannot be
+    /// read.
     void KeepPayloads(std::span<const unsigned char> objects);
 
 private:

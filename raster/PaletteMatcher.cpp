@@ -60,8 +60,8 @@ std::vector<int> PaletteMatcher::FindSpacings() const
         for (const PixelRGBA8& other : m_colours)
             if (other != m_colours[i])
                 spacings[i] = std::min(spacings[i], measure(m_colours[i], other));
-        if (std::find(m_colours.begin(), m_colours.begin() + std::ptrdiff_t(i), m_colours[i]) ==
-            m_colours.begin() + std::ptrdiff_t(i))
+        const auto here = m_colours.begin() + std::ptrdiff_t(i);
+        if (std::find(m_colours.begin(), here, *here) == here)
             distinct.push_back(spacings[i]);
     }
     const auto middle = distinct.begin() + std::ptrdiff_t(distinct.size() / 2);

@@ -268,8 +268,8 @@ public:
     /// @}
 
     /// \name State
-    /// Calls of which nothing else is said are noted by targets that record or export; others
-    /// ignore them.
+    /// Logical groups, export options and renderables are for targets that record or export; those
+    /// that draw pixels, outlines or measurements ignore them.
     /// @{
 
     /// Sets what maps world coordinates to device coordinates: the zoom and the place of the page.
